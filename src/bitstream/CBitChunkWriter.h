@@ -1,0 +1,36 @@
+#pragma once
+
+#include <memory>
+
+#include "bitstream/CBitWriter.h"
+#include "bitstream/CMemChunk.h"
+
+namespace qmx {
+
+/// 64-bit words in one chunk of a section: 32 KiB. Implementation limit, not part of a stream.
+inline constexpr int kChunkWords = 4096;
+
+/// A writer that grows without limit through a list of chunks. The coefficient encoder writes each
+/// section into one, so that its length is known when it is copied into the stream.
+class CBitChunkWriter final : public CBitWriter {
+public:
+    CBitChunkWriter();
+
+    const char* getType() const override { return "dynamic"; }
+    std::uint64_t getTotal() const override { return bitsInChunks + CBitWriter::getTotal(); }
+    /// Appends a chunk. Throws: std::bad_alloc.
+    void flushBuffer() override;
+
+    /// Copies the first nbits bits, or all of them when nbits is 0 or more than there are.
+    /// Returns: the number of bits copied. Throws: what destination throws; the bits that fitted
+    /// are in it. Changes nothing in this writer but its last, partial word.
+    std::uint64_t writeBitsTo(CBitWriter* destination, std::uint64_t nbits);
+
+private:
+    CMemChunk<std::uint64_t>* current = nullptr;
+    std::uint64_t inlineWord = 0;
+    std::uint64_t bitsInChunks = 0;
+    std::unique_ptr<CMemChunk<std::uint64_t>> chunks;
+};
+
+}  // namespace qmx

@@ -1,0 +1,17 @@
+#include "bitstream/CBitEncoder.h"
+
+namespace qmx {
+
+CBitEncoder::~CBitEncoder() {
+    if (ownsStream) delete stream;
+}
+
+void CBitEncoder::terminate() {
+    if (terminated) return;
+    finalTotal = run + total;
+    if (stream->getTotal() != 0) writeRunCode(*stream, run, k);
+    run = 0;
+    terminated = true;
+}
+
+}  // namespace qmx

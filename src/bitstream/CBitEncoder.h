@@ -1,0 +1,55 @@
+#pragma once
+
+#include <memory>
+
+#include "bitstream/CBitChunkWriter.h"
+#include "bitstream/CBitCoder.h"
+
+namespace qmx {
+
+/// Codes the one bits of a mostly-zero sequence as the runs of zeros before them.
+/// Format: docs/format.md, 11 Run code.
+class CBitEncoder : public CBitCoder {
+public:
+    /// Requires: writer outlives the encoder unless ownsWriter. Owns: writer if ownsWriter.
+    CBitEncoder(CBitWriter* writer, bool ownsWriter) : stream(writer), ownsStream(ownsWriter) {}
+    ~CBitEncoder() override;
+
+    const char* getType() const override { return stream->getType(); }
+    /// Source bits coded so far, zeros that wait for their one bit included.
+    std::uint64_t getTotal() const override { return terminated ? finalTotal : run + total; }
+    std::uint64_t getStoredTotal() const override { return stream->getTotal(); }
+
+    /// Codes a one bit after zeros zero bits, in place of the run kept here. Throws: std::bad_alloc
+    /// or what the writer throws.
+    void encodeOne(std::uint64_t zeros) {
+        total += zeros + 1;
+        writeRunCode(*stream, zeros, k);
+        run = 0;
+    }
+    /// Sends the zeros after the last one bit, if there was a one bit at all, and freezes the
+    /// total. Throws: as encodeOne.
+    void terminate();
+
+protected:
+    CBitWriter* stream;
+    bool terminated = false;
+    bool ownsStream;
+};
+
+/// An encoder with a chunk list of its own to write into.
+class CBitChunkEncoder final : public CBitEncoder {
+public:
+    /// Throws: std::bad_alloc.
+    CBitChunkEncoder() : CBitChunkEncoder(std::make_unique<CBitChunkWriter>()) {}
+
+    CBitChunkWriter& writer() const { return *chunkWriter; }
+
+private:
+    explicit CBitChunkEncoder(std::unique_ptr<CBitChunkWriter> own)
+        : CBitEncoder(own.get(), false), chunkWriter(std::move(own)) {}
+
+    std::unique_ptr<CBitChunkWriter> chunkWriter;
+};
+
+}  // namespace qmx

@@ -1,0 +1,42 @@
+#include "bitstream/CBitFileWriter.h"
+
+#include <algorithm>
+
+#include "bitstream/Status.h"
+
+namespace qmx {
+
+CBitFileWriter::CBitFileWriter(std::FILE* outputFile, bool closesFile)
+    : CBitFileWriter(std::make_unique<unsigned char[]>(kFileBufferBytes), outputFile, closesFile) {}
+
+CBitFileWriter::CBitFileWriter(std::unique_ptr<unsigned char[]> space, std::FILE* outputFile,
+                               bool closesFile)
+    : CBitWriter(space.get(), kFileBufferBytes),
+      storage(std::move(space)),
+      file(outputFile),
+      closeFile(closesFile) {}
+
+CBitFileWriter::~CBitFileWriter() {
+    if (file == nullptr) return;
+    writeRest();
+    if (closeFile) std::fclose(file);
+}
+
+void CBitFileWriter::writeToFile(std::size_t sizeBytes) {
+    if (file == nullptr || std::fwrite(buffer, 1, sizeBytes, file) != sizeBytes) throwWriteFailed();
+}
+
+void CBitFileWriter::flushBuffer() {
+    writeToFile(kFileBufferBytes);
+    bitsFlushed += 8 * kFileBufferBytes;
+    cursor = 0;
+}
+
+void CBitFileWriter::writeRest() {
+    flush();
+    // A write that failed earlier leaves the surplus bit counted beside a full buffer.
+    const std::uint64_t pendingBytes = (CBitWriter::getTotal() + 7) / 8;
+    writeToFile(std::min<std::uint64_t>(pendingBytes, kFileBufferBytes));
+}
+
+}  // namespace qmx

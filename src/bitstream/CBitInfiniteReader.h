@@ -1,0 +1,39 @@
+#pragma once
+
+#include <array>
+#include <memory>
+
+#include "bitstream/CBitReader.h"
+
+namespace qmx {
+
+/// Goes on from where another reader stands and, behind the end of its data, delivers zero bits for
+/// ever. The coefficient decoder reads each section through one. If the other reader reads a file,
+/// this one reads the same file through a window of its own, which it makes when it needs it.
+class CBitInfiniteReader final : public CBitReader {
+public:
+    CBitInfiniteReader() : CBitReader(nullptr, 0) {}
+
+    /// Requires: source's data or file outlives this reader.
+    void create(CBitReader* source, std::uint64_t lengthBits) override;
+    /// Installs the next window of the file, or zeros. Throws: std::bad_alloc; 3 only after
+    /// setInfinite(false).
+    void fetch() override;
+
+    /// Whether zeros follow the data, or 3 is thrown as by other readers.
+    void setInfinite(bool yieldsZeros) { infinite = yieldsZeros; }
+    /// Forgets its source: only zeros follow.
+    void reset();
+
+private:
+    bool fetchWindow();
+
+    /// Read again and again by every infinite reader.
+    static constexpr std::array<std::uint64_t, 64> zeroBuffer{};
+
+    bool infinite = true;
+    FilePosition next;
+    std::unique_ptr<unsigned char[]> window;
+};
+
+}  // namespace qmx

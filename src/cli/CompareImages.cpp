@@ -1,0 +1,61 @@
+#include "cli/CompareImages.h"
+
+#include <cmath>
+#include <cstdint>
+#include <cstdio>
+
+#include "cli/FatalErrors.h"
+#include "cli/FileModes.h"
+#include "container/FileIo.h"
+#include "image/CImageData.h"
+
+namespace qmx {
+namespace {
+
+template <class T, class P>
+double readAndCompare(const RawGeometry& geometry, int planes, std::FILE* first,
+                      std::FILE* second) {
+    const int width = static_cast<int>(geometry.width);
+    const int height = static_cast<int>(geometry.height);
+    CImageData<T> firstImage(width, height, planes);
+    CImageData<T> secondImage(width, height, planes);
+    std::puts("Reading...");
+    firstImage.template rawReadT<P>(first);
+    secondImage.template rawReadT<P>(second);
+    return firstImage.getMSE(&secondImage);
+}
+
+double meanSquaredError(const RawGeometry& geometry, std::FILE* first, std::FILE* second) {
+    switch (geometry.bytesPerPixel) {
+        case 1:
+            return readAndCompare<short, unsigned char>(geometry, 1, first, second);
+        case 2:
+            return readAndCompare<int, unsigned short>(geometry, 1, first, second);
+        case 3:
+            return readAndCompare<short, unsigned char>(geometry, 3, first, second);
+        default:
+            return 0.0;
+    }
+}
+
+}  // namespace
+
+ErrorFigures errorFigures(double mse, long bitsPerPixel) {
+    const auto shift = static_cast<unsigned long>(bitsPerPixel) % 64;
+    const double peak = static_cast<std::int32_t>((std::uint64_t{1} << shift) - 1);
+    return {mse, std::sqrt(mse), 10.0 * std::log10(peak * peak / mse)};
+}
+
+int compareFiles(const CommandLine& line) {
+    rememberGeometry(line.geometry);
+    const FilePtr first(openNamed(line.inputName, "rb"));
+    if (!first) return 1;
+    const FilePtr second(openNamed(line.otherName, "rb"));
+    if (!second) return 1;
+    const double mse = meanSquaredError(line.geometry, first.get(), second.get());
+    const ErrorFigures figures = errorFigures(mse, line.geometry.bitsPerPixel);
+    std::printf("MSE=%f RMSE=%f PSNR=%f\n", figures.mse, figures.rmse, figures.psnr);
+    return 0;
+}
+
+}  // namespace qmx

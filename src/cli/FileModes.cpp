@@ -1,0 +1,74 @@
+#include "cli/FileModes.h"
+
+#include "cli/FatalErrors.h"
+#include "cli/SampleDispatch.h"
+#include "container/CompressDriver.h"
+#include "container/DecompressDriver.h"
+#include "container/FileIo.h"
+
+namespace qmx {
+namespace {
+
+/// Quirk 7: not an error for the caller's shell.
+int refuseFormat() {
+    std::fputs("Image format not supported\n", stderr);
+    return 0;
+}
+
+}  // namespace
+
+std::FILE* openNamed(const char* name, const char* mode) {
+    std::FILE* file = std::fopen(name, mode);
+    if (file == nullptr) {
+        std::fprintf(stderr, "Cannot open '%s'\n", name);
+    } else {
+        rememberFile(file, name);
+    }
+    return file;
+}
+
+int compressFile(const CommandLine& line) {
+    const RawGeometry& g = line.geometry;
+    const TKHeader header = makeHeader(g.bytesPerPixel, g.bitsPerPixel, g.width, g.height);
+    rememberGeometry({header.bytesPerPixel, header.bitsPerPixel, header.xSize, header.ySize});
+
+    FilePtr raw(openNamed(line.inputName, "rb"));
+    if (!raw) return 1;
+    FilePtr stream(openNamed(line.otherName, "wb"));
+    if (!stream) return 1;
+    writeAll(stream.get(), FileRole::output, &header, sizeof header);
+    return dispatchSamples(
+        header,
+        [&]<class T, class P>() {
+            return compress<T, P>(header, raw.release(), stream.release(), line.rate, line.upper,
+                                  line.extra);
+        },
+        [&] {
+            closeOutput(std::move(stream));
+            return refuseFormat();
+        });
+}
+
+int decompressFile(const CommandLine& line) {
+    FilePtr stream(openNamed(line.inputName, "rb"));
+    if (!stream) return 1;
+    FilePtr raw(openNamed(line.otherName, "wb"));
+    if (!raw) return 1;
+
+    TKHeader header{};
+    const std::size_t got = std::fread(&header, 1, sizeof header, stream.get());
+    if (got < sizeof header.magic || !header.isRecognised()) {
+        std::fprintf(stderr, "File %s not recognized\n", line.inputName);
+        return 1;
+    }
+    rememberGeometry({header.bytesPerPixel, header.bitsPerPixel, header.xSize, header.ySize});
+    return dispatchSamples(
+        header,
+        [&]<class T, class P>() {
+            return decompress<T, P>(header, stream.release(), raw.release(), line.upper,
+                                    line.extra);
+        },
+        refuseFormat);
+}
+
+}  // namespace qmx

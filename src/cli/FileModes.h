@@ -1,0 +1,19 @@
+#pragma once
+
+#include <cstdio>
+
+#include "cli/CommandLine.h"
+
+namespace qmx {
+
+/// Opens a file and remembers its name for messages; says so on standard error when it cannot.
+/// Returns: the file, or null.
+std::FILE* openNamed(const char* name, const char* mode);
+
+// The modes that work from file to file. Returns: the exit status. Throws: 3 for a raw file that is
+// too short or an output row that cannot be written; FileError; std::bad_alloc.
+
+int compressFile(const CommandLine& line);
+int decompressFile(const CommandLine& line);
+
+}  // namespace qmx

@@ -1,0 +1,39 @@
+// The tesk command line tool.
+
+#include <new>
+
+#include "cli/CommandLine.h"
+#include "cli/CompareImages.h"
+#include "cli/FatalErrors.h"
+#include "cli/FileModes.h"
+
+namespace {
+
+int run(const qmx::CommandLine& line) {
+    switch (line.action) {
+        case qmx::Action::compress:
+            return qmx::compressFile(line);
+        case qmx::Action::decompress:
+            return qmx::decompressFile(line);
+        case qmx::Action::compare:
+            return qmx::compareFiles(line);
+    }
+    return 1;
+}
+
+}  // namespace
+
+// Thrown numbers are not caught here: they end the process by abort, after the fatal error handler
+// has named the file and the reason.
+int main(int argc, char** argv) {
+    const auto line = qmx::parseCommandLine(argc, argv);
+    if (!line) return qmx::usage(1);
+    qmx::installFatalErrorHandler();
+    try {
+        return run(*line);
+    } catch (const std::bad_alloc&) {
+        return qmx::reportOutOfMemory();
+    } catch (const qmx::FileError& error) {
+        return qmx::reportFileError(error, *line);
+    }
+}

@@ -1,0 +1,133 @@
+// The coefficient decoder: readWavelet of CWaveletDecoder and its stages.
+
+#include <cstdio>
+#include <vector>
+
+#include "bitstream/Status.h"
+#include "coding/OrderDecoder.h"
+#include "coding/SectionSyntax.h"
+#include "wavelet/CWaveletDecoder.h"
+
+namespace qmx {
+namespace {
+
+/// Room for the label of a coder with any numbers in it.
+constexpr std::size_t kLabelBytes = 96;
+
+struct Label {
+    Label(const char* format, int plane, int order, std::int64_t bitPlane) {
+        std::snprintf(text, sizeof text, format, plane, order, static_cast<int>(bitPlane));
+    }
+    char text[kLabelBytes];
+};
+
+}  // namespace
+
+template <class T>
+void CWaveletDecoder<T>::forgetSections() {
+    this->bits = -1;
+    counters.reset(this->bits);
+    streams->significances.forEach([](CBitInfiniteReader& reader) { reader.reset(); });
+    streams->refinements.forEach([](CBitInfiniteReader& reader) { reader.reset(); });
+}
+
+template <class T>
+void CWaveletDecoder<T>::assignSignificance(CBitReader& in, int plane, int order,
+                                            std::uint64_t lengthBits) {
+    const std::int64_t bitPlane = counters.take(plane, order, false);
+    CBitInfiniteReader* reader = streams->significances.find(plane, order, bitPlane);
+    if (reader == nullptr) return;
+    CBitDecoder* decoder = streams->decoders.find(plane, order, bitPlane);
+    const Label label("n coder for plane %d ord %d bits %d", plane, order, bitPlane);
+    decoder->setName(label.text);
+    reader->setName(label.text);
+    // An empty section has no payload of its own; what follows belongs to others.
+    if (lengthBits != 0) reader->create(&in, lengthBits);
+    decoder->attach(reader);
+}
+
+template <class T>
+void CWaveletDecoder<T>::assignRefinement(CBitReader& in, int plane, int order,
+                                          std::uint64_t lengthBits) {
+    const std::int64_t bitPlane = counters.take(plane, order, true);
+    CBitInfiniteReader* reader = streams->refinements.find(plane, order, bitPlane);
+    if (reader == nullptr) return;
+    reader->setName(Label("u streamer for plane %d ord %d bits %d", plane, order, bitPlane).text);
+    reader->create(&in, lengthBits);
+}
+
+/// Reads one section header and passes over its payload. Returns: false when the status is final:
+/// end mark, invalid or killed.
+template <class T>
+bool CWaveletDecoder<T>::readSection(CBitReader& in) {
+    SectionHeader header;
+    if (!readSectionHeader(in, header, sampleCountBits(this->image->x, this->image->y)))
+        return false;
+    if (header.plane >= this->image->planes || header.order > this->levels) {
+        this->status = kInvalidSection;
+        return false;
+    }
+    if (header.isRefinement) {
+        assignRefinement(in, header.plane, header.order, header.lengthBits);
+    } else {
+        assignSignificance(in, header.plane, header.order, header.lengthBits);
+    }
+    if (this->isKilled()) {
+        this->status = kKilled;
+        return false;
+    }
+    in.skip(header.lengthBits);
+    return true;
+}
+
+template <class T>
+int CWaveletDecoder<T>::readSections(CBitReader& in, int sectionLimit) {
+    forgetSections();
+    try {
+        this->bits = readTopPlane(in);
+        counters.reset(this->bits);
+        for (int count = 0; readSection(in);)
+            if (sectionLimit >= 1 && ++count == sectionLimit) throwSectionLimit();
+    } catch (int) {
+        this->status = kCut;
+    }
+    return this->status;
+}
+
+template <class T>
+bool CWaveletDecoder<T>::decodeRows(int arg) {
+    const int orders = this->levels + 1;
+    std::vector<OrderDecoder<T>> decoders;
+    for (int p = 0; p < this->image->planes; ++p)
+        for (int o = 0; o < orders; ++o)
+            decoders.emplace_back(
+                *streams, p, o,
+                ReceivedPlanes{this->bits, counters.significance(p, o), counters.refinement(p, o)});
+
+    const bool suspended = this->scanRows(arg, [&](int p, int r) {
+        forEachOrder(r, this->levels, [&](const ScanLine& line) {
+            decoders[static_cast<std::size_t>(p * orders + line.order)].decodeLine(
+                this->image->row(p, r), line, this->image->x);
+        });
+    });
+
+    for (auto& decoder : decoders)
+        decoder.storeRuns();
+    return suspended;
+}
+
+template <class T>
+int CWaveletDecoder<T>::readWavelet(CBitReader& in, int arg) {
+    this->status = kComplete;
+    if (this->isFreshStart()) {
+        this->image->clear();
+        if (!isUsable(readSections(in, arg))) return this->status;
+    }
+    if (decodeRows(arg)) this->status = kSuspended;
+    return this->status;
+}
+
+template int CWaveletDecoder<short>::readWavelet(CBitReader&, int);
+template int CWaveletDecoder<int>::readWavelet(CBitReader&, int);
+
+}  // namespace qmx

@@ -1,0 +1,47 @@
+#pragma once
+
+#include <cstdint>
+
+#include "bitstream/CBitReader.h"
+#include "bitstream/CBitWriter.h"
+
+namespace qmx {
+
+// Format: docs/format.md, 9 Stream and 10 Sections.
+
+/// The fields in front of a section's payload.
+struct SectionHeader {
+    int plane;
+    int order;
+    bool isRefinement;
+    std::uint64_t lengthBits;
+};
+
+/// Width of the fields plane, order and type together.
+inline constexpr int kSectionTagBits = 6;
+
+/// Returns: the width of the length field of a section. Requires: sampleCountBits, the number of
+/// bits of width x height. May be negative for an order that a damaged stream names.
+constexpr int lengthFieldBits(int sampleCountBits, int order) {
+    return sampleCountBits + 1 - 2 * order;
+}
+
+/// Returns: the number of bits of width x height.
+int sampleCountBits(int width, int height);
+
+/// Appends the top plane. Throws: what out throws.
+void writeTopPlane(CBitWriter& out, int topPlane);
+/// Returns: the top plane, -1 when the stream has no bit planes. Throws: what in throws.
+int readTopPlane(CBitReader& in);
+
+/// Appends a header. Of a length that is too long for its field, the low bits are written.
+/// Throws: what out throws.
+void writeSectionHeader(CBitWriter& out, const SectionHeader& header, int countBits);
+/// Reads a header. Returns: false at the end mark, with nothing but the mark consumed.
+/// Throws: what in throws.
+bool readSectionHeader(CBitReader& in, SectionHeader& header, int countBits);
+
+/// Appends the end mark. Throws: what out throws.
+void writeEndMark(CBitWriter& out);
+
+}  // namespace qmx

@@ -1,0 +1,186 @@
+// The coefficient encoder: writeWavelet of CWaveletEncoder and its stages.
+
+#include <optional>
+#include <vector>
+
+#include "bitstream/Status.h"
+#include "coding/FoldedValue.h"
+#include "coding/OrderEncoder.h"
+#include "coding/SectionPriority.h"
+#include "coding/SectionSyntax.h"
+#include "wavelet/CWaveletEncoder.h"
+#include "wavelet/SectionCounters.h"
+
+namespace qmx {
+namespace {
+
+/// Stream bits outside the sections in the size estimate: top plane and end mark.
+constexpr std::uint64_t kFixedBits = 19;
+/// Bits of the two section headers of a bit plane in the size estimate, without their lengths. More
+/// than they take; the estimate decides where lazy writers cut, so it is kept.
+constexpr std::uint64_t kHeaderPairBits = 22;
+
+template <class T>
+T foldRow(T* row, int width) {
+    T all = 0;
+    for (int c = 0; c < width; ++c) {
+        row[c] = fold(row[c]);
+        all = static_cast<T>(all | row[c]);
+    }
+    return all;
+}
+
+struct SectionChoice {
+    int plane;
+    int order;
+    bool refinement;
+};
+
+/// Finds the section that is worth most for its bits among those that may come next.
+template <class T>
+class SectionChooser {
+public:
+    SectionChooser(EncoderStreams<T>& coderStreams, const SectionCounters& sectionCounters)
+        : streams(coderStreams), counters(sectionCounters) {}
+
+    /// Returns: the choice, or nothing when all sections have been sent. On a tie the earlier
+    /// plane, the lower order and the n section win.
+    std::optional<SectionChoice> choose(int planes, int levels) {
+        best = -1.0;
+        for (int p = 0; p < planes; ++p)
+            for (int o = 0; o <= levels; ++o)
+                consider(p, o);
+        if (best <= 0.0) return std::nullopt;
+        return choice;
+    }
+
+private:
+    void consider(int p, int o) {
+        const auto n = static_cast<int>(counters.significance(p, o));
+        const auto u = static_cast<int>(counters.refinement(p, o));
+        if (n >= 0) offer(significance(p, o, n), {p, o, false});
+        // A u section refines coefficients that an n section above it has announced.
+        if (u >= std::max(n, 0)) offer(refinementValue(p, o, u), {p, o, true});
+    }
+
+    double significance(int p, int o, int bitPlane) {
+        const auto* coder = streams.encoders.find(p, o, bitPlane);
+        if (coder == nullptr) return significanceValue(p, o, bitPlane, 0, 0);
+        return significanceValue(p, o, bitPlane, *streams.newCounts.find(p, o, bitPlane),
+                                 coder->getStoredTotal());
+    }
+
+    void offer(double value, const SectionChoice& candidate) {
+        if (value <= best) return;
+        best = value;
+        choice = candidate;
+    }
+
+    EncoderStreams<T>& streams;
+    const SectionCounters& counters;
+    double best = -1.0;
+    SectionChoice choice{};
+};
+
+}  // namespace
+
+template <class T>
+int CWaveletEncoder<T>::sampleCountBits() const {
+    return qmx::sampleCountBits(this->image->x, this->image->y);
+}
+
+template <class T>
+void CWaveletEncoder<T>::foldPlanes() {
+    T all = 0;
+    for (int p = 0; p < this->image->planes; ++p)
+        for (int r = 0; r < this->image->y; ++r)
+            all = static_cast<T>(all | foldRow(this->image->row(p, r), this->image->x));
+    this->bits = topPlaneOf(all);
+}
+
+template <class T>
+bool CWaveletEncoder<T>::encodeRows(int arg) {
+    const int orders = this->levels + 1;
+    std::vector<OrderEncoder<T>> encoders;
+    for (int p = 0; p < this->image->planes; ++p)
+        for (int o = 0; o < orders; ++o)
+            encoders.emplace_back(*streams, p, o);
+
+    const bool suspended = this->scanRows(arg, [&](int p, int r) {
+        forEachOrder(r, this->levels, [&](const ScanLine& line) {
+            encoders[static_cast<std::size_t>(p * orders + line.order)].encodeLine(
+                this->image->row(p, r), line, this->image->x);
+        });
+    });
+
+    for (auto& encoder : encoders)
+        encoder.storeRuns(this->bits);
+    return suspended;
+}
+
+template <class T>
+std::uint64_t CWaveletEncoder<T>::closeCoders() {
+    std::uint64_t estimateBits = kFixedBits;
+    for (int p = 0; p < this->image->planes; ++p) {
+        for (int o = 0; o <= this->levels; ++o) {
+            const auto lengthBits =
+                static_cast<std::uint64_t>(lengthFieldBits(sampleCountBits(), o));
+            for (int b = 0; b <= this->bits; ++b) {
+                estimateBits += 2 * lengthBits + kHeaderPairBits;
+                auto* encoder = streams->encoders.find(p, o, b);
+                if (encoder == nullptr) continue;
+                encoder->terminate();
+                estimateBits +=
+                    encoder->getStoredTotal() + streams->refinements.find(p, o, b)->getTotal();
+            }
+        }
+    }
+    return estimateBits;
+}
+
+template <class T>
+void CWaveletEncoder<T>::writeSection(CBitWriter& out, int plane, int order, bool refinement,
+                                      int bitPlane) {
+    CBitChunkWriter* writer = nullptr;
+    if (refinement) {
+        writer = streams->refinements.find(plane, order, bitPlane);
+    } else if (auto* encoder = streams->encoders.find(plane, order, bitPlane)) {
+        writer = &encoder->writer();
+    }
+    // Bit planes outside the tables are sent as empty sections.
+    const std::uint64_t lengthBits = writer == nullptr ? 0 : writer->getTotal();
+    const int countBits = sampleCountBits();
+    if (lengthBits > lowBits(lengthFieldBits(countBits, order))) ++overlongSections;
+    writeSectionHeader(out, {plane, order, refinement, lengthBits}, countBits);
+    if (writer != nullptr) writer->writeBitsTo(&out, 0);
+}
+
+template <class T>
+void CWaveletEncoder<T>::writeSections(CBitWriter& out) {
+    SectionCounters counters;
+    counters.reset(this->bits);
+    SectionChooser<T> chooser(*streams, counters);
+    writeTopPlane(out, this->bits);
+    while (const auto choice = chooser.choose(this->image->planes, this->levels)) {
+        const auto bitPlane =
+            static_cast<int>(counters.take(choice->plane, choice->order, choice->refinement));
+        writeSection(out, choice->plane, choice->order, choice->refinement, bitPlane);
+    }
+    writeEndMark(out);
+    out.flush();
+}
+
+template <class T>
+int CWaveletEncoder<T>::writeWavelet(CBitWriter& out, int arg) {
+    if (this->isFreshStart()) foldPlanes();
+    if (encodeRows(arg)) return this->status = kSuspended;
+    const std::uint64_t estimateBits = closeCoders();
+    out.setSize((estimateBits + estimateBits / 20 + 7) >> 3);
+    writeSections(out);
+    return this->status = kComplete;
+}
+
+template int CWaveletEncoder<short>::writeWavelet(CBitWriter&, int);
+template int CWaveletEncoder<int>::writeWavelet(CBitWriter&, int);
+
+}  // namespace qmx

@@ -1,0 +1,121 @@
+#include "container/DecompressDriver.h"
+
+#include <cerrno>
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+#include "bitstream/CBitFileReader.h"
+#include "bitstream/Status.h"
+#include "container/ColourTransform.h"
+#include "container/DriverMessages.h"
+#include "container/FileIo.h"
+#include "wavelet/CFilter5_3.h"
+#include "wavelet/CWaveletDecoder.h"
+#include "wavelet/OutputConversion.h"
+
+namespace qmx {
+namespace {
+
+/// A stream that was read to memory.
+struct StreamBytes {
+    std::unique_ptr<unsigned char[]> bytes;
+    std::size_t sizeBytes = 0;
+};
+
+/// Reads everything behind the header. Requires: file can seek.
+StreamBytes readToMemory(std::FILE* file) {
+    std::puts(kReadingToMemory);
+    fseeko(file, 0, SEEK_END);
+    const off_t behindHeader = ftello(file) - static_cast<off_t>(sizeof(TKHeader));
+    StreamBytes stream;
+    if (behindHeader <= 0) return stream;
+    fseeko(file, sizeof(TKHeader), SEEK_SET);
+    const auto wanted = static_cast<std::size_t>(behindHeader);
+    stream.bytes = std::make_unique_for_overwrite<unsigned char[]>(wanted);
+    stream.sizeBytes = readUpTo(file, stream.bytes.get(), wanted);
+    return stream;
+}
+
+/// Decodes the coefficients; a suspended call is repeated once, without the extra number.
+int readCoefficients(IWaveletDecoder& decoder, CBitReader& reader, unsigned coefficientBits,
+                     int extra) {
+    std::printf(kReadingStream, coefficientBits);
+    const int result = decoder.readWavelet(reader, extra);
+    return result == kSuspended ? decoder.readWavelet(reader, 0) : result;
+}
+
+template <class T>
+int readStream(CWaveletDecoder<T>& decoder, FilePtr in, bool upper, int extra) {
+    if (upper) {
+        const StreamBytes stream = readToMemory(in.get());
+        CBitReader reader(stream.bytes.get(), stream.sizeBytes);
+        return readCoefficients(decoder, reader, kSampleBits<T>, extra);
+    }
+    CBitFileReader reader(in.get());
+    const int result = readCoefficients(decoder, reader, kSampleBits<T>, extra);
+    if (std::ferror(in.get()) != 0) throw FileError{FileRole::input, EIO};
+    return result;
+}
+
+template <class T, class P>
+void writeRows(const CImageData<T>& image, const SampleLimit<T>& limit, std::FILE* out) {
+    std::puts(kWriting);
+    std::vector<P> row(static_cast<std::size_t>(image.x) * static_cast<std::size_t>(image.planes));
+    for (int r = 0; r < image.y; ++r) {
+        interleaveRow(image, r, limit, row.data());
+        if (std::fwrite(row.data(), sizeof(P), row.size(), out) != row.size()) throwEndOfStream();
+    }
+}
+
+template <class T, class P>
+void writeStaged(const CImageData<T>& image, const SampleLimit<T>& limit, std::FILE* out) {
+    std::printf(kCopying, kSampleBits<P>);
+    const std::size_t rowSamples =
+        static_cast<std::size_t>(image.x) * static_cast<std::size_t>(image.planes);
+    const std::size_t samples = rowSamples * static_cast<std::size_t>(image.y);
+    const auto staging = std::make_unique_for_overwrite<P[]>(samples);
+    for (int r = 0; r < image.y; ++r)
+        interleaveRow(image, r, limit, staging.get() + static_cast<std::size_t>(r) * rowSamples);
+    std::puts(kWriting);
+    writeAll(out, FileRole::output, staging.get(), samples * sizeof(P));
+}
+
+}  // namespace
+
+template <class T, class P>
+int decompress(TKHeader header, std::FILE* in, std::FILE* out, bool upper, int extra) {
+    FilePtr streamFile(in);
+    FilePtr rawFile(out);
+    streamFile = makeSeekable(std::move(streamFile), &header, sizeof header);
+    CImageData<T> image(header.xSize, header.ySize, header.planes());
+    CFilter5_3<T> filter;
+    CWaveletDecoder<T> decoder(&image, &filter, false);
+
+    const int result = readStream(decoder, std::move(streamFile), upper, extra);
+    if (!isUsable(result)) {
+        std::printf(kDecompressionError, result);
+        return 1;
+    }
+    std::puts(kTransforming);
+    decoder.untransform();
+    if (header.bytesPerPixel == 3) {
+        std::puts(kInverseColour);
+        untransformColours(image);
+    }
+    // Only a stream that ended early can leave the range of its samples by itself.
+    const SampleLimit<T> limit(result == kCut ? header.bitsPerPixel : 0);
+    if (upper) {
+        writeStaged<T, P>(image, limit, rawFile.get());
+    } else {
+        writeRows<T, P>(image, limit, rawFile.get());
+    }
+    closeOutput(std::move(rawFile));
+    return 0;
+}
+
+template int decompress<short, unsigned char>(TKHeader, std::FILE*, std::FILE*, bool, int);
+template int decompress<short, unsigned short>(TKHeader, std::FILE*, std::FILE*, bool, int);
+template int decompress<int, unsigned short>(TKHeader, std::FILE*, std::FILE*, bool, int);
+
+}  // namespace qmx

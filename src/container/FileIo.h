@@ -1,0 +1,41 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdio>
+#include <memory>
+
+namespace qmx {
+
+struct FileCloser {
+    void operator()(std::FILE* file) const noexcept { std::fclose(file); }
+};
+
+/// Owns: an open file.
+using FilePtr = std::unique_ptr<std::FILE, FileCloser>;
+
+/// The part that a file plays in a job; the caller knows its name.
+enum class FileRole { input, output, temporary };
+
+/// A file could not be read or written for a reason that the operating system gave.
+struct FileError {
+    FileRole role;
+    int errorNumber;
+};
+
+/// Writes all bytes to an output or temporary file. Throws: FileError.
+void writeAll(std::FILE* file, FileRole role, const void* bytes, std::size_t sizeBytes);
+
+/// Reads up to sizeBytes bytes of the input. Returns: how many came before its end. Throws:
+/// FileError for any other reason to stop.
+std::size_t readUpTo(std::FILE* file, void* bytes, std::size_t sizeBytes);
+
+/// Hands everything written to the operating system and closes the output file, which is closed
+/// also when this throws: errors of earlier writes may show only here. Throws: FileError.
+void closeOutput(FilePtr file);
+
+/// Returns: the rest of a file that cannot seek, copied behind prefixBytes bytes of prefix into a
+/// temporary file that stands at the same place. A file that can seek comes back as it is.
+/// Throws: FileError.
+FilePtr makeSeekable(FilePtr file, const void* prefix, std::size_t prefixBytes);
+
+}  // namespace qmx

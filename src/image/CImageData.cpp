@@ -1,0 +1,90 @@
+#include "image/CImageData.h"
+
+#include <algorithm>
+#include <type_traits>
+
+#include "bitstream/Status.h"
+#include "image/Interleave.h"
+
+namespace qmx {
+namespace {
+
+/// Rounds width up to whole rows of padding; wraps like the 32-bit field that holds it.
+template <class T>
+int paddedWidth(int width) {
+    constexpr auto kLast = static_cast<unsigned>(CImageData<T>::kRowAlignmentSamples - 1);
+    return static_cast<int>((static_cast<unsigned>(width) + kLast) & ~kLast);
+}
+
+template <class T>
+T* alignUp(T* storage) {
+    constexpr auto kLast = static_cast<std::uintptr_t>(CImageData<T>::kRowAlignmentSamples - 1);
+    const auto address = reinterpret_cast<std::uintptr_t>(storage);
+    const std::size_t spareBytes = ((address + kLast) & ~kLast) - address;
+    return storage + spareBytes / sizeof(T);
+}
+
+}  // namespace
+
+template <class T>
+CImageData<T>::CImageData(int width, int height, int planeCount)
+    : planes(planeCount), x(width), y(height), stride(paddedWidth<T>(width)) {
+    static_assert(std::is_same_v<T, short> || std::is_same_v<T, int>);
+    if (planes < 1 || planes > kMaxPlanes) throwBadPlaneCount();
+    const std::size_t samples = planeSamples();
+    for (int p = 0; p < planes; ++p) {
+        rawPlane[p] = std::unique_ptr<T[]>(new T[samples]);
+        plane[p] = alignUp(rawPlane[p].get());
+    }
+}
+
+template <class T>
+std::size_t CImageData<T>::planeSamples() const {
+    // The spare samples pay for the alignment. A negative product becomes a size that no array has.
+    return static_cast<std::size_t>(static_cast<std::int64_t>(stride) * y +
+                                    (kRowAlignmentSamples - 1));
+}
+
+template <class T>
+void CImageData<T>::clear() {
+    for (int p = 0; p < planes; ++p)
+        std::fill_n(rawPlane[p].get(), planeSamples(), T{0});
+}
+
+template <class T>
+template <class P>
+int CImageData<T>::rawReadT(std::FILE* file) {
+    const std::size_t rowSamples = static_cast<std::size_t>(static_cast<std::int64_t>(x) * planes);
+    const std::unique_ptr<P[]> samples(new P[rowSamples]);
+    for (int r = 0; r < y; ++r) {
+        if (std::fread(samples.get(), sizeof(P), rowSamples, file) < rowSamples) throwEndOfStream();
+        deinterleaveRow(samples.get(), *this, r);
+    }
+    return 0;
+}
+
+template <class T>
+double CImageData<T>::getMSE(const CImageData* other) const {
+    if (x != other->x || y != other->y || planes != other->planes) return -1.0;
+    double sum = 0.0;
+    for (int p = 0; p < planes; ++p) {
+        for (int r = 0; r < y; ++r) {
+            const T* mine = row(p, r);
+            const T* theirs = other->plane[p] + (mine - plane[p]);
+            for (int c = 0; c < x; ++c) {
+                const auto d = static_cast<T>(static_cast<unsigned>(theirs[c]) -
+                                              static_cast<unsigned>(mine[c]));
+                sum += static_cast<double>(d) * d;
+            }
+        }
+    }
+    return sum / x / y / planes;
+}
+
+template class CImageData<short>;
+template class CImageData<int>;
+template int CImageData<short>::rawReadT<unsigned char>(std::FILE*);
+template int CImageData<short>::rawReadT<unsigned short>(std::FILE*);
+template int CImageData<int>::rawReadT<unsigned short>(std::FILE*);
+
+}  // namespace qmx

@@ -1,0 +1,62 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <cstdio>
+#include <memory>
+
+namespace qmx {
+
+/// One to three planes of samples, each in its own buffer whose rows are padded to a multiple of 8
+/// samples. Format: docs/format.md, 2 Raw images.
+template <class T>
+class CImageData {
+public:
+    static constexpr int kMaxPlanes = 3;
+    /// Rows are padded to a multiple of this many samples, planes aligned to as many bytes.
+    static constexpr int kRowAlignmentSamples = 8;
+
+    /// Planes of width x height samples, uninitialised.
+    /// Throws: 5 when planeCount is not 1 to 3; std::bad_alloc.
+    CImageData(int width, int height, int planeCount);
+    CImageData(const CImageData&) = delete;
+    CImageData& operator=(const CImageData&) = delete;
+
+    /// Reads one raw image from the current position of file.
+    /// Returns: 0. Throws: 3 when the file is too short, with the complete rows in place;
+    /// std::bad_alloc.
+    template <class P>
+    int rawReadT(std::FILE* file);
+
+    /// Returns: the mean squared error against other, whose samples are subtracted in the width of
+    /// T and so wrap; -1.0 when the geometries differ; NaN for an image without samples.
+    double getMSE(const CImageData* other) const;
+
+    /// Sets every sample of every plane, row padding included, to 0.
+    void clear();
+
+    T* row(int p, int r) { return plane[p] + static_cast<std::ptrdiff_t>(r) * stride; }
+    const T* row(int p, int r) const { return plane[p] + static_cast<std::ptrdiff_t>(r) * stride; }
+
+private:
+    std::size_t planeSamples() const;
+
+    std::uint64_t reserved = 0;
+    std::unique_ptr<T[]> rawPlane[kMaxPlanes];
+
+public:
+    T* plane[kMaxPlanes] = {};
+    int planes;
+    int x;
+    int y;
+    /// Samples from one row to the next.
+    int stride;
+};
+
+extern template class CImageData<short>;
+extern template class CImageData<int>;
+extern template int CImageData<short>::rawReadT<unsigned char>(std::FILE*);
+extern template int CImageData<short>::rawReadT<unsigned short>(std::FILE*);
+extern template int CImageData<int>::rawReadT<unsigned short>(std::FILE*);
+
+}  // namespace qmx

@@ -1,0 +1,26 @@
+#include "wavelet/CWavelet.h"
+
+#include <type_traits>
+
+namespace qmx {
+
+template <class T>
+CWavelet<T>::CWavelet(CImageData<T>* imageData, CFilter<T>* lineFilter, bool ownsBoth)
+    : filter(lineFilter),
+      image(imageData),
+      owns(ownsBoth),
+      levels(levelCount(imageData->x, imageData->y)) {
+    static_assert(std::is_same_v<T, short> || std::is_same_v<T, int>);
+}
+
+template <class T>
+CWavelet<T>::~CWavelet() {
+    if (!owns) return;
+    delete image;
+    delete filter;
+}
+
+template class CWavelet<short>;
+template class CWavelet<int>;
+
+}  // namespace qmx

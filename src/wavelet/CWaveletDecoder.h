@@ -1,0 +1,47 @@
+#pragma once
+
+#include <memory>
+
+#include "wavelet/CWavelet.h"
+#include "wavelet/CoderStreams.h"
+#include "wavelet/IWaveletDecoder.h"
+#include "wavelet/SectionCounters.h"
+
+namespace qmx {
+
+/// The coefficient decoder and the inverse transform.
+/// Format: docs/format.md, 6.6 Inverse transform and 13 Decoding.
+template <class T>
+class CWaveletDecoder final : public IWaveletDecoder, public CWavelet<T> {
+public:
+    /// Owns: imageData and lineFilter if ownsBoth, also when it throws; else both must outlive the
+    /// decoder. Throws: std::bad_alloc.
+    CWaveletDecoder(CImageData<T>* imageData, CFilter<T>* lineFilter, bool ownsBoth);
+    ~CWaveletDecoder() override;
+
+    void untransform() override;
+    int readWavelet(CBitReader& in, int arg) override;
+    void convertAndCopyToT(void* out, int bytesPerPixel, int limitBits) override;
+    void stop() override { this->requestStop(); }
+    void kill() override { this->requestKill(); }
+
+private:
+    void untransformPlane(int p);
+
+    // The stages of readWavelet, defined with it in src/coding/.
+    void forgetSections();
+    int readSections(CBitReader& in, int sectionLimit);
+    bool readSection(CBitReader& in);
+    void assignSignificance(CBitReader& in, int plane, int order, std::uint64_t lengthBits);
+    void assignRefinement(CBitReader& in, int plane, int order, std::uint64_t lengthBits);
+    bool decodeRows(int arg);
+
+    std::unique_ptr<DecoderStreams<T>> streams;
+    SectionCounters counters;
+};
+
+// Instantiated for short and int in CWaveletDecoder.cpp and, where readWavelet lives, in
+// src/coding/. There is no extern declaration: it would keep the latter from instantiating the
+// stages that it defines.
+
+}  // namespace qmx

@@ -1,0 +1,37 @@
+#include "wavelet/CWaveletEncoder.h"
+
+namespace qmx {
+
+template <class T>
+CWaveletEncoder<T>::CWaveletEncoder(CImageData<T>* imageData, CFilter<T>* lineFilter, bool ownsBoth)
+    : CWavelet<T>(imageData, lineFilter, ownsBoth),
+      streams(std::make_unique<EncoderStreams<T>>()) {}
+
+template <class T>
+CWaveletEncoder<T>::~CWaveletEncoder() = default;
+
+template <class T>
+void CWaveletEncoder<T>::transform() {
+    for (int p = 0; p < this->image->planes && !this->isKilled(); ++p)
+        transformPlane(p);
+}
+
+template <class T>
+void CWaveletEncoder<T>::transformPlane(int p) {
+    for (int level = 0; level < this->levels && !this->isKilled(); ++level) {
+        const LevelGeometry geometry = this->levelAt(1 << level);
+        const auto step = static_cast<unsigned long>(geometry.step);
+        for (int r = 0; r < geometry.height; r += geometry.step)
+            this->filter->transform(this->image->row(p, r), geometry.samplesPerRow(), step);
+        this->forEachColumnBatch(p, geometry, [&](T* first, int columns) {
+            this->filter->transformMul(first, geometry.samplesPerColumn(),
+                                       static_cast<unsigned long>(geometry.strideSamples) * step,
+                                       columns, step);
+        });
+    }
+}
+
+template class CWaveletEncoder<short>;
+template class CWaveletEncoder<int>;
+
+}  // namespace qmx

@@ -1,0 +1,64 @@
+#pragma once
+
+#include <cstdint>
+
+#include "bitstream/CBitDecoder.h"
+#include "bitstream/CBitEncoder.h"
+#include "bitstream/CBitInfiniteReader.h"
+#include "wavelet/LevelGeometry.h"
+
+namespace qmx {
+
+/// Colour planes that the tables have room for. Implementation limit; images have at most 3.
+inline constexpr int kTablePlanes = 4;
+/// Bit planes that the tables have room for: as many as the coefficient type has bits. A stream may
+/// name higher ones; they carry nothing. Format: docs/format.md, 8 Folded values and top plane.
+template <class T>
+inline constexpr int kTableBitPlanes = 8 * static_cast<int>(sizeof(T));
+
+/// One element for each colour plane, order and bit plane.
+template <class T, class Element>
+class CSectionTable {
+public:
+    /// Returns: the element, or null outside the table: the coordinates may come from a stream.
+    Element* find(int plane, int order, std::int64_t bitPlane) {
+        const bool inside = plane >= 0 && plane < kTablePlanes && order >= 0 &&
+                            order < kMaxOrders && bitPlane >= 0 && bitPlane < kTableBitPlanes<T>;
+        return inside ? &elements[plane][order][bitPlane] : nullptr;
+    }
+
+    /// Returns: the kTableBitPlanes<T> elements of one plane and order. Requires: both inside.
+    Element* bitPlanes(int plane, int order) { return elements[plane][order]; }
+
+    template <class Visit>
+    void forEach(Visit visit) {
+        for (auto& plane : elements)
+            for (auto& order : plane)
+                for (auto& element : order)
+                    visit(element);
+    }
+
+private:
+    Element elements[kTablePlanes][kMaxOrders][kTableBitPlanes<T>]{};
+};
+
+/// All coders of an encoder, in one block.
+template <class T>
+struct EncoderStreams : CAligned<8> {
+    /// Significance: run codes and signs of the n sections.
+    CSectionTable<T, CBitChunkEncoder> encoders;
+    /// Coefficients whose highest bit lies in a bit plane.
+    CSectionTable<T, std::uint64_t> newCounts;
+    /// Refinement: raw bits of the u sections.
+    CSectionTable<T, CBitChunkWriter> refinements;
+};
+
+/// All coders of a decoder, in one block.
+template <class T>
+struct DecoderStreams : CAligned<8> {
+    CSectionTable<T, CBitDecoder> decoders;
+    CSectionTable<T, CBitInfiniteReader> significances;
+    CSectionTable<T, CBitInfiniteReader> refinements;
+};
+
+}  // namespace qmx

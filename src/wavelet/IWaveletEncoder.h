@@ -1,0 +1,26 @@
+#pragma once
+
+namespace qmx {
+
+class CBitWriter;
+
+/// Turns image planes into a coefficient stream.
+class IWaveletEncoder {
+public:
+    virtual ~IWaveletEncoder() = default;
+
+    /// Decomposes all planes in place, once.
+    virtual void transform() = 0;
+    /// Codes the decomposed planes into out. The planes hold no coefficients afterwards.
+    /// Requires: transform has run; not called again after it has returned 0.
+    /// arg: 0 or more codes everything; below 0 suspends after the row whose index is -arg.
+    /// Returns: 0 when the stream is complete, 8 when the work was suspended; the next call with
+    /// the same writer goes on. Throws: what out throws; what was written stays in it.
+    virtual int writeWavelet(CBitWriter& out, int arg) = 0;
+    /// Suspends writeWavelet after the current row. Any thread.
+    virtual void stop() = 0;
+    /// As stop; also ends a transform after the current level. Any thread.
+    virtual void kill() = 0;
+};
+
+}  // namespace qmx

@@ -1,0 +1,39 @@
+#pragma once
+
+namespace qmx {
+
+// Format: docs/format.md, 6.3 Level count to 6.6 Inverse transform.
+
+inline constexpr int kMaxLevels = 5;
+/// Orders run from 0 to the number of levels.
+inline constexpr int kMaxOrders = kMaxLevels + 1;
+
+/// Returns: the number of decomposition levels for an image of width x height samples: 0 when the
+/// smaller side is 2 or 3, -1 when it is 0 or 1.
+int levelCount(int width, int height);
+
+/// One level of the transform of a plane: its samples stand at multiples of step.
+struct LevelGeometry {
+    int width;
+    int height;
+    int strideSamples;
+    int step;
+
+    /// Samples of the level in a row of the plane, and in a column.
+    int samplesPerRow() const { return (width - 1) / step + 1; }
+    int samplesPerColumn() const { return (height - 1) / step + 1; }
+
+    /// Returns: how many columns of the level are filtered vertically, counted from the left: all,
+    /// but on tall, wide levels a last column that no whole step follows is left out.
+    int filteredColumns() const;
+};
+
+/// Columns that one batch call filters together. Implementation limit; the result does not depend
+/// on it.
+inline constexpr int kBatchColumns = 1024;
+
+/// Returns: the step that the inverse transform starts with: that of the last level, and 1 when
+/// there is no level. Quirk 4: an image without levels is inverse filtered all the same.
+int coarsestInverseStep(int levels);
+
+}  // namespace qmx
