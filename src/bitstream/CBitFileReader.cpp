@@ -1,5 +1,7 @@
 #include "bitstream/CBitFileReader.h"
 
+#include <algorithm>
+
 #include "bitstream/CBitFileWriter.h"
 #include "bitstream/Status.h"
 
@@ -41,6 +43,7 @@ void CBitFileReader::fetch() {
 
 void CBitFileReader::skip(std::uint64_t nbits) {
     const std::uint64_t consumed = getTotal();
+    nbits = std::min(nbits, ~consumed);
     const std::uint64_t windowEnd =
         bitsBefore + static_cast<std::uint64_t>(bufferWords) * kWordBits;
     if (nbits <= kWordBits || endsInTail() || consumed + nbits <= windowEnd) {

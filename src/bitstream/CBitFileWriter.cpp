@@ -27,8 +27,10 @@ void CBitFileWriter::writeToFile(std::size_t sizeBytes) {
 }
 
 void CBitFileWriter::flushBuffer() {
-    writeToFile(kFileBufferBytes);
-    bitsFlushed += 8 * kFileBufferBytes;
+    const std::int64_t wholeWords = std::min(cursor, bufferWords);
+    const auto sizeBytes = static_cast<std::size_t>(wholeWords * kWordBytes);
+    writeToFile(sizeBytes);
+    bitsFlushed += 8 * sizeBytes;
     cursor = 0;
 }
 

@@ -1,5 +1,7 @@
 #include "bitstream/CBitInfiniteReader.h"
 
+#include <algorithm>
+
 #include "bitstream/CBitFileReader.h"
 #include "bitstream/CBitFileWriter.h"
 
@@ -7,13 +9,38 @@ namespace qmx {
 
 void CBitInfiniteReader::create(CBitReader* source, std::uint64_t lengthBits) {
     CBitReader::create(source, lengthBits);
-    next = source->filePosition();
-    if (next.file == nullptr) return;
-    // The source will move its window; only what it has already loaded can be shared.
+    next = {};
+    // A source that reads a file will move its window; only what it has loaded can be shared.
+    const FilePosition place = source->filePosition();
+    if (place.file != nullptr) moveTo(place);
+}
+
+void CBitInfiniteReader::moveTo(const FilePosition& place) {
+    next = place;
     buffer = nullptr;
     bufferWords = 0;
     tailBytes = 0;
     cursor = 0;
+}
+
+FilePosition CBitInfiniteReader::filePosition() const {
+    if (next.file == nullptr) return {};
+    const std::int64_t windowBytes = bufferWords * kWordBytes + tailBytes;
+    return {next.file, next.offsetBytes - windowBytes + cursor * kWordBytes};
+}
+
+void CBitInfiniteReader::skip(std::uint64_t nbits) {
+    const FilePosition place = filePosition();
+    if (place.file == nullptr || nbits <= kWordBits) {
+        CBitReader::skip(nbits);
+        return;
+    }
+    const int unread = std::max(bitLength(accumulator) - 1, 0);
+    const std::uint64_t ahead = nbits - static_cast<std::uint64_t>(unread);
+    const auto words = static_cast<std::int64_t>(ahead / kWordBits);
+    moveTo({place.file, place.offsetBytes + words * kWordBytes});
+    accumulator = 1;
+    readInt(static_cast<int>(ahead % kWordBits));
 }
 
 void CBitInfiniteReader::reset() {

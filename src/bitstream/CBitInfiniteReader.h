@@ -20,6 +20,10 @@ public:
     /// setInfinite(false).
     void fetch() override;
 
+    /// Never fails while zeros follow; seeks if the data come from a file.
+    void skip(std::uint64_t nbits) override;
+    FilePosition filePosition() const override;
+
     /// Whether zeros follow the data, or 3 is thrown as by other readers.
     void setInfinite(bool yieldsZeros) { infinite = yieldsZeros; }
     /// Forgets its source: only zeros follow.
@@ -27,11 +31,14 @@ public:
 
 private:
     bool fetchWindow();
+    /// Makes the next read start at a place in a file.
+    void moveTo(const FilePosition& place);
 
     /// Read again and again by every infinite reader.
-    static constexpr std::array<std::uint64_t, 64> zeroBuffer{};
+    static inline const std::array<std::uint64_t, 64> zeroBuffer{};
 
     bool infinite = true;
+    /// Where the data behind the window go on; no file when there are none.
     FilePosition next;
     std::unique_ptr<unsigned char[]> window;
 };

@@ -1,5 +1,7 @@
 #include "bitstream/CBitWriter.h"
 
+#include <cassert>
+
 #include "bitstream/Status.h"
 
 namespace qmx {
@@ -69,6 +71,7 @@ void CBitWriter::writeAcross(std::uint64_t value, int nbits) {
     // word that is completed is followed by another whole word, that test only stores the word, so
     // the part of value that fits can go in at once and the rest starts the next word.
     if (endMask == 0 && cursor + 1 < bufferWords) {
+        assert(bitMask != 0);
         const int filled = std::countr_zero(bitMask);
         accumulator |= value << filled;
         storeAccumulator();

@@ -69,7 +69,11 @@ protected:
     /// surplus bit. Throws: what flushBuffer throws.
     bool checkFlushBuffer();
 
-    void stepBitBack() { bitMask >>= 1; }
+    /// Takes the last bit back, for which there is no room.
+    void stepBitBack() {
+        bitMask >>= 1;
+        accumulator &= bitMask - 1;
+    }
     /// The end mark of a buffer that has no whole word; 2 when it has no tail either.
     std::uint64_t tailEndMask() const { return std::uint64_t{1} << (8 * tailBytes + 1); }
 

@@ -106,7 +106,7 @@ bool CWaveletDecoder<T>::decodeRows(int arg) {
 
     const bool suspended = this->scanRows(arg, [&](int p, int r) {
         forEachOrder(r, this->levels, [&](const ScanLine& line) {
-            decoders[static_cast<std::size_t>(p * orders + line.order)].decodeLine(
+            decoders[static_cast<unsigned>(p * orders + line.order)].decodeLine(
                 this->image->row(p, r), line, this->image->x);
         });
     });

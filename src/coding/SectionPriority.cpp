@@ -38,7 +38,7 @@ double weight(int plane) {
 }  // namespace
 
 double refinementValue(int plane, int order, int bitPlane) {
-    return kPowers[static_cast<std::size_t>(bitPlane + order)] * weight(plane);
+    return kPowers[static_cast<unsigned>(bitPlane + order)] * weight(plane);
 }
 
 double significanceValue(int plane, int order, int bitPlane, std::uint64_t newCount,

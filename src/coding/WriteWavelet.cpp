@@ -108,7 +108,7 @@ bool CWaveletEncoder<T>::encodeRows(int arg) {
 
     const bool suspended = this->scanRows(arg, [&](int p, int r) {
         forEachOrder(r, this->levels, [&](const ScanLine& line) {
-            encoders[static_cast<std::size_t>(p * orders + line.order)].encodeLine(
+            encoders[static_cast<unsigned>(p * orders + line.order)].encodeLine(
                 this->image->row(p, r), line, this->image->x);
         });
     });

@@ -15,7 +15,7 @@ constexpr std::uint64_t kHeaderBytes = sizeof(TKHeader);
 constexpr std::uint64_t kBitsPerSampleAndPlane = 2;
 /// Headers, closing runs and the partial words of all sections that 3 planes, 6 orders and 62 bit
 /// planes can have, 16 bytes each, with room to spare.
-constexpr std::uint64_t kOverheadBytes = 64 * 1024;
+constexpr std::uint64_t kOverheadBytes = 65536;
 
 std::int32_t wrappingRawBytes(const TKHeader& header) {
     const std::uint32_t pixels = std::uint32_t{header.xSize} * header.ySize;

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <memory>
-#include <vector>
 
 #include "bitstream/CBitFileWriter.h"
 #include "bitstream/Status.h"

@@ -2,6 +2,7 @@
 
 #include <cstdio>
 
+#include "container/FileIo.h"
 #include "container/TKHeader.h"
 
 namespace qmx {

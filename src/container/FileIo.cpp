@@ -6,7 +6,7 @@
 namespace qmx {
 namespace {
 
-constexpr std::size_t kCopyBytes = 64 * 1024;
+constexpr std::size_t kCopyBytes = 65536;
 
 bool canSeek(std::FILE* file) {
     return fseeko(file, 0, SEEK_CUR) == 0;
@@ -25,7 +25,8 @@ std::size_t readUpTo(std::FILE* file, void* bytes, std::size_t sizeBytes) {
 }
 
 void closeOutput(FilePtr file) {
-    if (std::ferror(file.get()) != 0) throw FileError{FileRole::output, EIO};
+    // A write that failed before left its reason in errno, which calls that succeed do not change.
+    if (std::ferror(file.get()) != 0) throw FileError{FileRole::output, errno};
     if (std::fclose(file.release()) != 0) throw FileError{FileRole::output, errno};
 }
 

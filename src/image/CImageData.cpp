@@ -1,6 +1,8 @@
 #include "image/CImageData.h"
 
 #include <algorithm>
+#include <limits>
+#include <new>
 #include <type_traits>
 
 #include "bitstream/Status.h"
@@ -14,6 +16,15 @@ template <class T>
 int paddedWidth(int width) {
     constexpr auto kLast = static_cast<unsigned>(CImageData<T>::kRowAlignmentSamples - 1);
     return static_cast<int>((static_cast<unsigned>(width) + kLast) & ~kLast);
+}
+
+/// Returns: a sample count as an array length. Throws: std::bad_array_new_length.
+template <class T>
+std::size_t arrayLength(std::int64_t samples) {
+    constexpr auto kMost =
+        std::numeric_limits<std::ptrdiff_t>::max() / static_cast<std::ptrdiff_t>(sizeof(T));
+    if (samples < 0 || samples > kMost) throw std::bad_array_new_length();
+    return static_cast<std::size_t>(samples);
 }
 
 template <class T>
@@ -40,9 +51,8 @@ CImageData<T>::CImageData(int width, int height, int planeCount)
 
 template <class T>
 std::size_t CImageData<T>::planeSamples() const {
-    // The spare samples pay for the alignment. A negative product becomes a size that no array has.
-    return static_cast<std::size_t>(static_cast<std::int64_t>(stride) * y +
-                                    (kRowAlignmentSamples - 1));
+    // The spare samples pay for the alignment.
+    return arrayLength<T>(std::int64_t{stride} * y + (kRowAlignmentSamples - 1));
 }
 
 template <class T>
@@ -54,7 +64,7 @@ void CImageData<T>::clear() {
 template <class T>
 template <class P>
 int CImageData<T>::rawReadT(std::FILE* file) {
-    const std::size_t rowSamples = static_cast<std::size_t>(static_cast<std::int64_t>(x) * planes);
+    const std::size_t rowSamples = arrayLength<P>(std::int64_t{x} * planes);
     const std::unique_ptr<P[]> samples(new P[rowSamples]);
     for (int r = 0; r < y; ++r) {
         if (std::fread(samples.get(), sizeof(P), rowSamples, file) < rowSamples) throwEndOfStream();

@@ -1,0 +1,2 @@
+# The usage text goes to standard output.
+exec "$TESK"

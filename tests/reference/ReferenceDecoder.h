@@ -1,0 +1,21 @@
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "ReferenceImage.h"
+
+namespace reference {
+
+/// The raw file of a stream and how the stream ended.
+struct Decoded {
+    int status;                        ///< 0 complete, 4 ended early (cut), 128 invalid
+    std::vector<unsigned char> bytes;  ///< empty if invalid
+};
+
+/// Decodes a stream file, header included, in the file profile. With a sectionLimit of n >= 1 the
+/// decoder stops on purpose behind the n-th section, and the stream counts as cut
+/// (docs/format.md, 13.1); 0 sets no limit.
+Decoded decode(const std::vector<unsigned char>& streamFile, std::uint64_t sectionLimit = 0);
+
+}  // namespace reference
