@@ -52,10 +52,13 @@ int compareFiles(const CommandLine& line) {
     if (!first) return 1;
     const FilePtr second(openNamed(line.otherName, "rb"));
     if (!second) return 1;
+    rememberRawInput(first.get(), line.inputName);
+    rememberRawInput(second.get(), line.otherName);
     const double mse = meanSquaredError(line.geometry, first.get(), second.get());
     const ErrorFigures figures = errorFigures(mse, line.geometry.bitsPerPixel);
     std::printf("MSE=%f RMSE=%f PSNR=%f\n", figures.mse, figures.rmse, figures.psnr);
-    return 0;
+    // The figures are all that this mode is for: losing them is not a success.
+    return std::fflush(stdout) == 0 ? 0 : reportLostResult();
 }
 
 }  // namespace qmx

@@ -6,6 +6,8 @@
 #include <cstring>
 #include <exception>
 
+#include "bitstream/Status.h"
+
 namespace qmx {
 namespace {
 
@@ -15,36 +17,51 @@ struct NamedFile {
 };
 
 struct Context {
-    std::array<NamedFile, 2> files;
+    std::array<NamedFile, 2> rawInputs;
+    const char* outputName = "";
     RawGeometry geometry;
 };
 
 Context theContext;
 
-/// Finds the file that made a stream or a row fail: its error or end-of-file mark is set.
-void explainFailedFile() {
-    const int reason = errno;
+void explainOutput(int errorNumber) {
+    std::fprintf(stderr, "tesk: cannot write '%s': %s\n", theContext.outputName,
+                 std::strerror(errorNumber));
+}
+
+/// Finds the raw file that ended too early: its end-of-file or error mark is set.
+/// Returns: whether there is one.
+bool explainRawInput(int errorNumber) {
     const RawGeometry& g = theContext.geometry;
-    for (const NamedFile& known : theContext.files) {
-        if (known.file == nullptr) continue;
-        if (std::ferror(known.file) != 0) {
-            std::fprintf(stderr, "tesk: '%s': %s\n", known.name, std::strerror(reason));
-            return;
+    for (const NamedFile& input : theContext.rawInputs) {
+        if (input.file == nullptr) continue;
+        if (std::ferror(input.file) != 0) {
+            std::fprintf(stderr, "tesk: cannot read '%s': %s\n", input.name,
+                         std::strerror(errorNumber));
+            return true;
         }
-        if (std::feof(known.file) != 0) {
+        if (std::feof(input.file) != 0) {
             std::fprintf(stderr, "tesk: '%s': too short for %ld x %ld pixels of %ld bytes\n",
-                         known.name, g.width, g.height, g.bytesPerPixel);
-            return;
+                         input.name, g.width, g.height, g.bytesPerPixel);
+            return true;
         }
     }
-    std::fprintf(stderr, "tesk: '%s': cannot be used\n", theContext.files.front().name);
+    return false;
+}
+
+/// An end that is met is that of a raw file, which is then still open, or that of the room for
+/// output. A failed write is met after raw files have been closed.
+void explainThrownNumber(int number, int errorNumber) {
+    if (number == kThrownEndOfStream && explainRawInput(errorNumber)) return;
+    explainOutput(errorNumber);
 }
 
 [[noreturn]] void endProcess() {
+    const int errorNumber = errno;
     try {
         if (const auto thrown = std::current_exception()) std::rethrow_exception(thrown);
-    } catch (int) {
-        explainFailedFile();
+    } catch (int number) {
+        explainThrownNumber(number, errorNumber);
     } catch (...) {
         std::fputs("tesk: unexpected error\n", stderr);
     }
@@ -53,12 +70,16 @@ void explainFailedFile() {
 
 }  // namespace
 
-void rememberFile(std::FILE* file, const char* name) {
-    for (NamedFile& known : theContext.files) {
-        if (known.file != nullptr) continue;
-        known = {file, name};
+void rememberRawInput(std::FILE* file, const char* name) {
+    for (NamedFile& input : theContext.rawInputs) {
+        if (input.file != nullptr) continue;
+        input = {file, name};
         return;
     }
+}
+
+void rememberOutput(const char* name) {
+    theContext.outputName = name;
 }
 
 void rememberGeometry(const RawGeometry& geometry) {
@@ -86,6 +107,17 @@ int reportOutOfMemory() {
     const RawGeometry& g = theContext.geometry;
     std::fprintf(stderr, "Out of memory: %ld x %ld pixels of %ld bytes\n", g.width, g.height,
                  g.bytesPerPixel);
+    return 1;
+}
+
+int reportLostResult() {
+    std::fprintf(stderr, "tesk: cannot write standard output: %s\n", std::strerror(errno));
+    return 1;
+}
+
+int reportImpossibleSize() {
+    const RawGeometry& g = theContext.geometry;
+    std::fprintf(stderr, "tesk: no image has %ld x %ld pixels\n", g.width, g.height);
     return 1;
 }
 

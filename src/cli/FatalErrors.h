@@ -10,9 +10,11 @@ namespace qmx {
 // What the tool says on standard error when it cannot go on. All lines name the file and the
 // reason. The state behind these functions belongs to the process, as its terminate handler does.
 
-/// Remembers what an open file is called. At most two files are remembered.
-/// Requires: name outlives the process's work; file stays open until the work on it has ended.
-void rememberFile(std::FILE* file, const char* name);
+/// Remembers a raw file that is read, at most two. Requires: name outlives the process's work; file
+/// is open as long as a raw file that is too short may be met.
+void rememberRawInput(std::FILE* file, const char* name);
+/// Remembers what the output file is called. Requires: as above.
+void rememberOutput(const char* name);
 /// Remembers the geometry for messages.
 void rememberGeometry(const RawGeometry& geometry);
 
@@ -20,6 +22,10 @@ void rememberGeometry(const RawGeometry& geometry);
 int reportFileError(const FileError& error, const CommandLine& line);
 /// Prints "Out of memory" with the geometry. Returns: exit status 1.
 int reportOutOfMemory();
+/// Prints why standard output does not take the result. Returns: exit status 1.
+int reportLostResult();
+/// Prints that no image has the remembered geometry. Returns: exit status 1.
+int reportImpossibleSize();
 
 /// From now on, a thrown number that nobody catches prints one line before the process aborts.
 void installFatalErrorHandler();

@@ -19,11 +19,7 @@ int refuseFormat() {
 
 std::FILE* openNamed(const char* name, const char* mode) {
     std::FILE* file = std::fopen(name, mode);
-    if (file == nullptr) {
-        std::fprintf(stderr, "Cannot open '%s'\n", name);
-    } else {
-        rememberFile(file, name);
-    }
+    if (file == nullptr) std::fprintf(stderr, "Cannot open '%s'\n", name);
     return file;
 }
 
@@ -36,6 +32,8 @@ int compressFile(const CommandLine& line) {
     if (!raw) return 1;
     FilePtr stream(openNamed(line.otherName, "wb"));
     if (!stream) return 1;
+    rememberRawInput(raw.get(), line.inputName);
+    rememberOutput(line.otherName);
     writeAll(stream.get(), FileRole::output, &header, sizeof header);
     return dispatchSamples(
         header,
@@ -54,6 +52,7 @@ int decompressFile(const CommandLine& line) {
     if (!stream) return 1;
     FilePtr raw(openNamed(line.otherName, "wb"));
     if (!raw) return 1;
+    rememberOutput(line.otherName);
 
     TKHeader header{};
     const std::size_t got = std::fread(&header, 1, sizeof header, stream.get());

@@ -6,7 +6,7 @@
 
 namespace qmx {
 
-/// Opens a file and remembers its name for messages; says so on standard error when it cannot.
+/// Opens a file; says so on standard error when it cannot.
 /// Returns: the file, or null.
 std::FILE* openNamed(const char* name, const char* mode);
 

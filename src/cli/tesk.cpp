@@ -31,6 +31,8 @@ int main(int argc, char** argv) {
     qmx::installFatalErrorHandler();
     try {
         return run(*line);
+    } catch (const std::bad_array_new_length&) {
+        return qmx::reportImpossibleSize();
     } catch (const std::bad_alloc&) {
         return qmx::reportOutOfMemory();
     } catch (const qmx::FileError& error) {

@@ -7,16 +7,21 @@
 
 namespace qmx {
 
-/// Compresses a raw image file into the coefficient stream behind a header.
+/// Compresses a raw image file into the coefficient stream behind a header. Prints its progress on
+/// standard output.
 ///
-/// in: the raw file at its start; closed here. out: the stream file, positioned behind the 16
-/// header bytes that the caller has written; closed here. rate: the budget as a multiple of the raw
-/// size, 0 for 1.5; used only when upper is true. upper: build the stream in memory and cut it at
-/// the budget; else send it through a buffer of 4096 bytes to the file, complete. extra: passed on
-/// to CWaveletEncoder::writeWavelet. Prints its progress on standard output. Requires:
-/// header.bytesPerPixel is 1 or 3 for 8-bit samples P, 2 for 16-bit ones. Returns: 0. Throws: 3
-/// when the raw file is too short and upper is false; FileError; std::bad_alloc. Ends the process
-/// when the file takes no more bytes and upper is false.
+///  - in: the raw file at its start; closed here.
+///  - out: the stream file, positioned behind the 16 header bytes that the caller has written;
+///    closed here.
+///  - rate: the budget as a multiple of the raw size, 0 for 1.5; used only when upper is true.
+///  - upper: build the stream in memory and cut it at the budget; else send it, complete, through a
+///    buffer of 4096 bytes to the file.
+///  - extra: passed on to CWaveletEncoder::writeWavelet.
+///
+/// Requires: header.bytesPerPixel is 1 or 3 for 8-bit samples P, 2 for 16-bit ones.
+/// Returns: 0.
+/// Throws: 3 when the raw file is too short and upper is false; FileError; std::bad_alloc. Ends the
+/// process when upper is false and the file does not even take the last bytes of the stream.
 template <class T, class P>
 int compress(TKHeader header, std::FILE* in, std::FILE* out, double rate, bool upper, int extra);
 

@@ -3,7 +3,6 @@
 #include <cerrno>
 #include <cstdint>
 #include <memory>
-#include <vector>
 
 #include "bitstream/CBitFileReader.h"
 #include "bitstream/Status.h"
@@ -61,10 +60,13 @@ int readStream(CWaveletDecoder<T>& decoder, FilePtr in, bool upper, int extra) {
 template <class T, class P>
 void writeRows(const CImageData<T>& image, const SampleLimit<T>& limit, std::FILE* out) {
     std::puts(kWriting);
-    std::vector<P> row(static_cast<std::size_t>(image.x) * static_cast<std::size_t>(image.planes));
+    const std::size_t rowSamples =
+        static_cast<std::size_t>(image.x) * static_cast<std::size_t>(image.planes);
+    // An array of its own even for rows without samples: fwrite takes no null.
+    const auto row = std::make_unique_for_overwrite<P[]>(rowSamples);
     for (int r = 0; r < image.y; ++r) {
-        interleaveRow(image, r, limit, row.data());
-        if (std::fwrite(row.data(), sizeof(P), row.size(), out) != row.size()) throwEndOfStream();
+        interleaveRow(image, r, limit, row.get());
+        if (std::fwrite(row.get(), sizeof(P), rowSamples, out) != rowSamples) throwEndOfStream();
     }
 }
 

@@ -7,16 +7,19 @@
 
 namespace qmx {
 
-/// Decompresses the coefficient stream behind a header into a raw image file.
+/// Decompresses the coefficient stream behind a header into a raw image file. Prints its progress on
+/// standard output.
 ///
-/// in: the stream file, positioned behind the header; closed here. It is copied into a temporary
-/// file first if it cannot seek. out: the raw file; closed here. upper: read the whole stream and
-/// write the whole image at once; else through a window of 4096 bytes and row by row. The two give
-/// the same image for every stream. extra: passed on to the first CWaveletDecoder::readWavelet.
-/// Prints its progress on standard output.
+///  - in: the stream file, positioned behind the header; closed here. It is copied into a temporary
+///    file first if it cannot seek.
+///  - out: the raw file; closed here.
+///  - upper: read the whole stream and write the whole image at once; else go through a window of
+///    4096 bytes and row by row. The two give the same image for every stream.
+///  - extra: passed on to the first CWaveletDecoder::readWavelet.
+///
 /// Requires: header.bytesPerPixel is 1 or 3 for 8-bit samples P, 2 for 16-bit ones.
-/// Returns: 0; 1 when the stream is invalid, out is then empty. Throws: 3 when a row cannot be
-/// written and upper is false; FileError; std::bad_alloc.
+/// Returns: 0; 1 when the stream is invalid, out is then empty.
+/// Throws: 3 when a row cannot be written and upper is false; FileError; std::bad_alloc.
 template <class T, class P>
 int decompress(TKHeader header, std::FILE* in, std::FILE* out, bool upper, int extra);
 

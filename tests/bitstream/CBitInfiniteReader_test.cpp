@@ -32,12 +32,12 @@ TEST(CBitInfiniteReader, DeliversOnlyZerosWithoutASource) {
     EXPECT_EQ(reader.countZeros(41), 41);
 }
 
-TEST(CBitInfiniteReader, DeliversTheDataAndThenZeros) {
+TEST(CBitInfiniteReader, DeliversAllDataWhateverLengthIsGivenAndThenZeros) {
     const Bits bits = test::randomBits(72, 12);
     const Bytes bytes = test::packed(bits);
     CBitReader source(bytes.data(), bytes.size());
     CBitInfiniteReader reader;
-    reader.create(&source, 0);
+    reader.create(&source, 5);
     EXPECT_EQ(test::readBits(reader, 72), bits);
     EXPECT_EQ(reader.getTotal(), 72U);
     EXPECT_EQ(reader.readInt(32), 0U);
@@ -56,14 +56,6 @@ TEST(CBitInfiniteReader, FieldsMayReachAcrossTheEndOfTheData) {
             for (std::uint64_t place = 0; place < bits.size() + 200; place += step)
                 ASSERT_EQ(reader.readInt(width), test::valueAt(bits, place, width));
         }
-}
-
-TEST(CBitInfiniteReader, TheLengthIsNotALimit) {
-    const Bytes bytes(16, 0xFF);
-    CBitReader source(bytes.data(), bytes.size());
-    CBitInfiniteReader reader;
-    reader.create(&source, 5);
-    EXPECT_EQ(test::readBits(reader, 128), Bits(128, true));
 }
 
 TEST(CBitInfiniteReader, TotalGoesOnFromTheSourceAndStartsAgainWithTheZeros) {
@@ -200,28 +192,41 @@ TEST(CBitInfiniteReader, MayBeCreatedAgainOnAnotherSource) {
     }
 }
 
-TEST(CBitInfiniteReader, SkipsDataInMemoryAndZerosAlike) {
-    const Bits bits = test::randomBits(8 * 37, 31);
+TEST(CBitInfiniteReader, SkipsDataAndZerosInMemoryAndInAFileAlike) {
+    const Bits bits = test::randomBits(8 * 9003, 31);
     const Bytes bytes = test::packed(bits);
-    for (std::uint64_t length : {0U, 1U, 64U, 65U, 128U, 200U, 295U, 296U, 297U, 1000U, 100000U}) {
-        CBitReader source(bytes.data(), bytes.size());
-        CBitInfiniteReader reader;
-        reader.create(&source, 0);
-        reader.skip(length);
-        EXPECT_TRUE(test::readBits(reader, 400) == tailOf(bits, length, 400)) << length;
-    }
+    const ScratchFile file(bytes);
+    for (std::uint64_t place : {0U, 1U, 64U, 70U, 32768U, 40001U, 72024U, 72030U})
+        for (std::uint64_t length : {0U, 1U, 64U, 65U, 127U, 128U, 1000U, 32767U, 32768U, 32769U,
+                                     71990U, 72023U, 72024U, 72025U, 1U << 31}) {
+            std::fseek(file.get(), 0, SEEK_SET);
+            CBitFileReader fileSource(file.get());
+            CBitReader memorySource(bytes.data(), bytes.size());
+            const Bits expected = tailOf(bits, place + length, 300);
+            for (CBitReader* source : {static_cast<CBitReader*>(&fileSource), &memorySource}) {
+                CBitInfiniteReader reader;
+                reader.create(source, 0);
+                test::readBits(reader, place);
+                reader.skip(length);
+                ASSERT_TRUE(test::readBits(reader, 300) == expected) << place << " + " << length;
+            }
+        }
 }
 
-TEST(CBitInfiniteReader, SkipsDataInAFileLikeDataInMemory) {
-    const Bits bits = test::randomBits(8 * 9000, 31);
-    const ScratchFile file(test::packed(bits));
-    for (std::uint64_t length : {0U, 1U, 64U, 65U, 128U, 1000U, 32767U, 32768U, 32769U, 71990U}) {
-        std::fseek(file.get(), 0, SEEK_SET);
-        CBitFileReader source(file.get());
-        CBitInfiniteReader reader;
-        reader.create(&source, 0);
-        reader.skip(length);
-        EXPECT_TRUE(test::readBits(reader, 400) == tailOf(bits, length, 400)) << length;
+TEST(CBitInfiniteReader, SkipBehindTheDataThrowsWhenItIsNotInfinite) {
+    for (std::uint64_t beyond : {0U, 1U, 8U, 40U, 64U, 104U, 100000U}) {
+        const Bytes bytes(19, 0xFF);
+        const ScratchFile file(bytes);
+        CBitFileReader fileSource(file.get());
+        CBitReader memorySource(bytes.data(), bytes.size());
+        for (CBitReader* source : {static_cast<CBitReader*>(&fileSource), &memorySource}) {
+            CBitInfiniteReader reader;
+            reader.setInfinite(false);
+            reader.create(source, 0);
+            const int thrown = test::thrownBy([&] { reader.skip(8 * bytes.size() + beyond); });
+            EXPECT_EQ(thrown, beyond == 0 ? 0 : qmx::kThrownEndOfStream) << beyond << " bits";
+            EXPECT_EQ(test::thrownBy([&] { reader.readBit(); }), qmx::kThrownEndOfStream);
+        }
     }
 }
 

@@ -26,7 +26,7 @@ using File = std::unique_ptr<std::FILE, FileCloser>;
 /// Returns: a file in memory that holds bytes, open for reading at its start.
 inline File fileOf(const Bytes& bytes) {
     File file(std::tmpfile());
-    std::fwrite(bytes.data(), 1, bytes.size(), file.get());
+    if (!bytes.empty()) std::fwrite(bytes.data(), 1, bytes.size(), file.get());
     std::rewind(file.get());
     return file;
 }
