@@ -36,11 +36,12 @@ void CBitInfiniteReader::skip(std::uint64_t nbits) {
         return;
     }
     const int unread = std::max(bitLength(accumulator) - 1, 0);
-    const std::uint64_t ahead = nbits - static_cast<std::uint64_t>(unread);
-    const auto words = static_cast<std::int64_t>(ahead / kWordBits);
+    // As in CBitFileReader, the last skipped bit is read.
+    const std::uint64_t lastBit = nbits - static_cast<std::uint64_t>(unread) - 1;
+    const auto words = static_cast<std::int64_t>(lastBit / kWordBits);
     moveTo({place.file, place.offsetBytes + words * kWordBytes});
     accumulator = 1;
-    readInt(static_cast<int>(ahead % kWordBits));
+    CBitReader::skip(lastBit % kWordBits + 1);
 }
 
 void CBitInfiniteReader::reset() {

@@ -20,7 +20,7 @@ public:
     /// setInfinite(false).
     void fetch() override;
 
-    /// Never fails while zeros follow; seeks if the data come from a file.
+    /// Seeks if the data come from a file. Throws: 3 only after setInfinite(false).
     void skip(std::uint64_t nbits) override;
     FilePosition filePosition() const override;
 

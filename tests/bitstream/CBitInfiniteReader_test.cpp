@@ -188,7 +188,7 @@ TEST(CBitInfiniteReader, MayBeCreatedAgainOnAnotherSource) {
         reader.create(&fileSource, 0);
         EXPECT_EQ(reader.readInt(16), 0x5A5AU);
         reader.create(&memorySource, 0);
-        EXPECT_EQ(test::readBits(reader, 801), tailOf(Bits(800, true), 0, 801));
+        EXPECT_EQ(test::readBits(reader, 900), tailOf(Bits(800, true), 0, 900));
     }
 }
 
