@@ -23,7 +23,8 @@ public:
 
     const char* getType() const override { return "file"; }
     std::uint64_t getTotal() const override { return bitsFlushed + CBitWriter::getTotal(); }
-    /// Throws: 5 when the file is null or does not take the whole buffer.
+    /// Throws: 5 when the file is null or does not take the whole buffer; bits written after that are
+    /// lost.
     void flushBuffer() override;
 
 private:

@@ -26,7 +26,8 @@ public:
 
     const char* getType() const override { return "buffer"; }
     char getMode() const override { return 'w'; }
-    /// Bits written so far; exactly the size of the buffer after it has overflowed.
+    /// Bits written so far; exactly the size of the buffer when it has overflowed. Writing on after
+    /// that is memory-safe, but its bits are lost and the total means nothing.
     std::uint64_t getTotal() const override;
 
     /// Supplies fresh space in `buffer`, `bufferWords` and `tailBytes`.
