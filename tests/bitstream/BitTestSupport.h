@@ -8,6 +8,7 @@
 #include "support/Bytes.h"
 #include "support/TempDir.h"
 #include "support/TestImages.h"
+#include "support/ThrownBy.h"
 
 namespace test {
 
@@ -18,17 +19,6 @@ struct Field {
     std::uint64_t value;
     int width;
 };
-
-/// Returns: the number that work throws, 0 if it throws none.
-template <class Work>
-int thrownBy(Work work) {
-    try {
-        work();
-    } catch (int number) {
-        return number;
-    }
-    return 0;
-}
 
 inline std::uint64_t anyWord(Random& random) {
     return random.next() << 40 ^ random.next() << 20 ^ random.next();

@@ -5,10 +5,12 @@
 
 #include "bitstream/Status.h"
 #include "image/ColourPixel.h"
+#include "support/ThrownBy.h"
 
 namespace {
 
 using qmx::CImageData;
+using test::thrownBy;
 
 /// A file in memory, read from its start.
 struct MemoryFile {
@@ -18,16 +20,6 @@ struct MemoryFile {
     std::vector<unsigned char> bytes;
     std::FILE* file;
 };
-
-template <class Work>
-int thrownBy(Work work) {
-    try {
-        work();
-    } catch (int number) {
-        return number;
-    }
-    return 0;
-}
 
 TEST(CImageData, RowsArePaddedToEightSamplesAndPlanesAligned) {
     EXPECT_EQ(CImageData<short>(5, 2, 1).stride, 8);
