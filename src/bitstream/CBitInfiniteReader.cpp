@@ -45,9 +45,8 @@ void CBitInfiniteReader::skip(std::uint64_t nbits) {
 }
 
 void CBitInfiniteReader::reset() {
-    CBitReader noData(nullptr, 0);
-    CBitReader::create(&noData, 0);
-    next = {};
+    moveTo({});
+    accumulator = 1;
 }
 
 bool CBitInfiniteReader::fetchWindow() {
