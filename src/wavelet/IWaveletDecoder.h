@@ -12,18 +12,24 @@ public:
     /// Reconstructs all planes from their coefficients, in place, once.
     virtual void untransform() = 0;
     /// Fills the planes with the coefficients that in holds. Every sample is defined afterwards.
-    /// arg: 0 reads everything; N >= 1 reads N sections as if the stream ended there; below 0
-    /// suspends the decoding after the row whose index is -arg.
-    /// Returns: 0 complete; 4 the stream ended early, what came was decoded; 8 suspended, call
-    /// again to go on (the finishing call returns 0 even if the stream had ended early); 16 killed,
-    /// nothing decoded; 128 invalid section header, nothing decoded.
-    /// Throws: std::bad_alloc. Requires: in outlives a suspension.
+    ///
+    ///  - arg 0: everything. arg >= 1: that many sections, as if the stream ended behind them.
+    ///    arg < 0: suspend the decoding after the row whose index is -arg.
+    ///
+    /// Requires: in's data or file stay as they are until the decoding is complete.
+    /// Returns: 0 complete; 4 the stream ended early, what came was decoded; 8 suspended, call again
+    /// to go on (Quirk 12: the finishing call returns 0 even if the stream had ended early);
+    /// 16 killed, nothing decoded; 128 invalid section header, nothing decoded.
+    /// Throws: std::bad_alloc.
     virtual int readWavelet(CBitReader& in, int arg) = 0;
-    /// Writes the reconstructed samples as pixels without row padding into out. bytesPerPixel: 1
-    /// or 2 interleave the planes as 8- or 16-bit samples; 3 also undoes the colour transform and
-    /// needs 3 planes; anything else writes nothing. limitBits: significant bits of a sample to
-    /// limit to, none when 0 or less. out is aligned for its samples. Format: docs/format.md, 14
-    /// Output samples.
+    /// Writes the reconstructed samples into out, pixel by pixel, without row padding.
+    ///
+    ///  - bytesPerPixel 1 or 2: the planes interleaved as 8- or 16-bit samples. 3: the same in 8
+    ///    bits with the colour transform undone, if there are 3 planes. Else nothing is written.
+    ///  - limitBits: significant bits of a sample, to which it is limited; 0 or less for no limit.
+    ///
+    /// Requires: out holds all samples and is aligned for them.
+    /// Format: docs/format.md, 14 Output samples.
     virtual void convertAndCopyToT(void* out, int bytesPerPixel, int limitBits) = 0;
     /// Suspends readWavelet after the current row. Any thread.
     virtual void stop() = 0;

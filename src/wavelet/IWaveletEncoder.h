@@ -12,10 +12,13 @@ public:
     /// Decomposes all planes in place, once.
     virtual void transform() = 0;
     /// Codes the decomposed planes into out. The planes hold no coefficients afterwards.
+    ///
+    ///  - arg >= 0: everything. arg < 0: suspend after the row whose index is -arg.
+    ///
     /// Requires: transform has run; not called again after it has returned 0.
-    /// arg: 0 or more codes everything; below 0 suspends after the row whose index is -arg.
-    /// Returns: 0 when the stream is complete, 8 when the work was suspended; the next call with
-    /// the same writer goes on. Throws: what out throws; what was written stays in it.
+    /// Returns: 0 when the stream is complete; 8 when the work was suspended: the next call with the
+    /// same writer goes on.
+    /// Throws: what out throws; what was written stays in it.
     virtual int writeWavelet(CBitWriter& out, int arg) = 0;
     /// Suspends writeWavelet after the current row. Any thread.
     virtual void stop() = 0;
