@@ -8,12 +8,21 @@ CBitChunkWriter::CBitChunkWriter() : CBitWriter(nullptr, 0) {
     buffer = reinterpret_cast<unsigned char*>(&inlineWord);
 }
 
-void CBitChunkWriter::flushBuffer() {
+void CBitChunkWriter::appendChunk() {
     if (current == nullptr) {
-        chunks = std::make_unique<CMemChunk<std::uint64_t>>(kChunkWords);
+        chunks = makeObject<CMemChunk<std::uint64_t>>(memory, kChunkWords, memory);
         current = chunks.get();
     } else {
         current = current->append();
+    }
+}
+
+void CBitChunkWriter::flushBuffer() {
+    try {
+        appendChunk();
+    } catch (...) {
+        stepBitBack();
+        throw;
     }
     bitsInChunks += static_cast<std::uint64_t>(bufferWords) * kWordBits;
     bufferWords = current->words;

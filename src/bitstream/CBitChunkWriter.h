@@ -1,7 +1,5 @@
 #pragma once
 
-#include <memory>
-
 #include "bitstream/CBitWriter.h"
 #include "bitstream/CMemChunk.h"
 
@@ -16,9 +14,14 @@ class CBitChunkWriter final : public CBitWriter {
 public:
     CBitChunkWriter();
 
+    /// Takes chunks from chunkMemory instead of from new. Requires: nothing has been written yet;
+    /// chunkMemory outlives the writer.
+    void useMemory(std::pmr::memory_resource* chunkMemory) { memory = chunkMemory; }
+
     const char* getType() const override { return "dynamic"; }
     std::uint64_t getTotal() const override { return bitsInChunks + CBitWriter::getTotal(); }
-    /// Appends a chunk. Throws: std::bad_alloc.
+    /// Appends a chunk. Throws: std::bad_alloc; the bit that needed the chunk is not counted, and
+    /// nothing may be written after it.
     void flushBuffer() override;
 
     /// Copies the first nbits bits, or all of them when nbits is 0 or more than there are.
@@ -27,10 +30,13 @@ public:
     std::uint64_t writeBitsTo(CBitWriter* destination, std::uint64_t nbits);
 
 private:
+    void appendChunk();
+
     CMemChunk<std::uint64_t>* current = nullptr;
     std::uint64_t inlineWord = 0;
     std::uint64_t bitsInChunks = 0;
-    std::unique_ptr<CMemChunk<std::uint64_t>> chunks;
+    MemoryObject<CMemChunk<std::uint64_t>> chunks;
+    std::pmr::memory_resource* memory = std::pmr::new_delete_resource();
 };
 
 }  // namespace qmx

@@ -1,7 +1,5 @@
 #pragma once
 
-#include <memory>
-
 #include "bitstream/CBitChunkWriter.h"
 #include "bitstream/CBitCoder.h"
 
@@ -40,16 +38,13 @@ protected:
 /// An encoder with a chunk list of its own to write into.
 class CBitChunkEncoder final : public CBitEncoder {
 public:
-    /// Throws: std::bad_alloc.
-    CBitChunkEncoder() : CBitChunkEncoder(std::make_unique<CBitChunkWriter>()) {}
+    // The base only keeps the address of the writer, which is constructed after it.
+    CBitChunkEncoder() : CBitEncoder(&chunkWriter, false) {}
 
-    CBitChunkWriter& writer() const { return *chunkWriter; }
+    CBitChunkWriter& writer() { return chunkWriter; }
 
 private:
-    explicit CBitChunkEncoder(std::unique_ptr<CBitChunkWriter> own)
-        : CBitEncoder(own.get(), false), chunkWriter(std::move(own)) {}
-
-    std::unique_ptr<CBitChunkWriter> chunkWriter;
+    CBitChunkWriter chunkWriter;
 };
 
 }  // namespace qmx

@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "bitstream/CBitFileWriter.h"
-#include "bitstream/Status.h"
+#include "bitstream/Throwing.h"
 
 namespace qmx {
 

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "bitstream/Status.h"
+#include "bitstream/Throwing.h"
 
 namespace qmx {
 

@@ -11,7 +11,13 @@ CBitLazyWriter::CBitLazyWriter(std::uint64_t blockSizeBytes, bool ownsItsBlock)
 }
 
 CBitLazyWriter::~CBitLazyWriter() {
-    if (ownsBlock && hasBlock()) std::free(buffer);
+    CBitLazyWriter::releaseBlock();
+}
+
+void CBitLazyWriter::releaseBlock() {
+    if (!ownsBlock || !hasBlock()) return;
+    deleteBlock(buffer);
+    buffer = reinterpret_cast<unsigned char*>(&inlineWord);
 }
 
 void CBitLazyWriter::flushBuffer() {

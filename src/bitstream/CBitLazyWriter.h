@@ -29,6 +29,9 @@ public:
 
 protected:
     bool hasBlock() const { return buffer != inlineBytes(); }
+    /// Gives the block back if it is this writer's. Each class that overrides deleteBlock calls it
+    /// in its destructor, because a destructor of a base does not reach the override.
+    void releaseBlock();
 
     std::uint64_t inlineWord = 0;
     std::uint64_t blockSize;

@@ -1,6 +1,8 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
+#include <cstring>
 
 #include "bitstream/CAligned.h"
 
@@ -10,11 +12,13 @@ namespace qmx {
 /// Format: docs/format.md, 4 Bit order.
 class CBitStreamer : public CAligned<8> {
 public:
-    /// Throws: std::bad_alloc.
-    CBitStreamer();
+    /// Room for a name with the zero that ends it. Implementation limit.
+    static constexpr std::size_t kNameBytes = 48;
+
+    CBitStreamer() { name[0] = 0; }
     CBitStreamer(const CBitStreamer&) = delete;
     CBitStreamer& operator=(const CBitStreamer&) = delete;
-    virtual ~CBitStreamer();
+    virtual ~CBitStreamer() = default;
 
     /// Where the bits live: "buffer", "lazy", "file" or "dynamic".
     virtual const char* getType() const = 0;
@@ -29,11 +33,15 @@ public:
 
     /// A label for people who debug; empty unless setName was called.
     const char* getName() const { return name; }
-    /// Copies text. Throws: std::bad_alloc, the name is then unchanged.
-    void setName(const char* text);
+    /// Copies text, as far as there is room for it.
+    void setName(const char* text) {
+        const std::size_t length = strnlen(text, kNameBytes - 1);
+        std::memmove(name, text, length);
+        name[length] = 0;
+    }
 
 private:
-    char* name;
+    char name[kNameBytes];
 };
 
 /// A stream of uncoded bits.

@@ -2,7 +2,7 @@
 
 #include <cassert>
 
-#include "bitstream/Status.h"
+#include "bitstream/Throwing.h"
 
 namespace qmx {
 

@@ -1,38 +1,44 @@
 #pragma once
 
-#include <memory>
+#include "bitstream/Memory.h"
 
 namespace qmx {
 
 /// One node of a singly linked list of word arrays. Owns: its words and all nodes after it.
 template <class T>
 struct CMemChunk {
-    /// The first node of a list is its own head. Throws: std::bad_alloc.
-    explicit CMemChunk(int wordCount)
+    /// The first node of a list is its own head. Requires: chunkMemory outlives the list.
+    /// Throws: std::bad_alloc.
+    CMemChunk(int wordCount, std::pmr::memory_resource* chunkMemory)
         : head(this),
-          data(std::make_unique_for_overwrite<T[]>(static_cast<std::size_t>(wordCount))),
-          words(wordCount) {}
+          data(makeArray<T>(static_cast<std::size_t>(wordCount), chunkMemory)),
+          words(wordCount),
+          memory(chunkMemory) {}
 
     /// Destroys the nodes after this one in a loop: a list of many chunks must not need a deep
     /// stack.
     ~CMemChunk() {
-        while (next != nullptr)
-            next = std::move(next->next);
+        while (next != nullptr) {
+            // By way of a local: an owner must not be moved from while its own node goes.
+            auto rest = std::move(next->next);
+            next = std::move(rest);
+        }
     }
     CMemChunk(const CMemChunk&) = delete;
     CMemChunk& operator=(const CMemChunk&) = delete;
 
     /// Appends a node of the same size. Requires: this is the last node. Returns: the new node.
     CMemChunk* append() {
-        next = std::make_unique<CMemChunk>(words);
+        next = makeObject<CMemChunk>(memory, words, memory);
         next->head = head;
         return next.get();
     }
 
     CMemChunk* head;
-    std::unique_ptr<CMemChunk> next;
-    std::unique_ptr<T[]> data;
+    MemoryObject<CMemChunk> next;
+    MemoryArray<T> data;
     int words;
+    std::pmr::memory_resource* memory;
 };
 
 }  // namespace qmx

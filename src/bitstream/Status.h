@@ -13,11 +13,6 @@ inline constexpr int kThrownWriteFailed = 5;
 /// The decoder has read as many sections as it was asked to; never leaves the decoder.
 inline constexpr int kThrownSectionLimit = 7;
 
-[[noreturn]] void throwEndOfStream();
-[[noreturn]] void throwBadPlaneCount();
-[[noreturn]] void throwWriteFailed();
-[[noreturn]] void throwSectionLimit();
-
 // Results of the coefficient encoder and decoder.
 
 /// Everything was coded.
@@ -28,10 +23,13 @@ inline constexpr int kCut = 4;
 inline constexpr int kSuspended = 8;
 /// Killed while the decoder read section headers.
 inline constexpr int kKilled = 16;
-/// A section header names a plane or an order that the image does not have.
+/// A section header names a plane or an order that the image does not have; the codec objects also
+/// answer this for a format that they do not know.
 inline constexpr int kInvalidSection = 128;
 /// The coder has not run yet.
 inline constexpr int kNotRun = -1;
+/// The buffer for the pixels is too small; only from the memory decompressor.
+inline constexpr int kBufferTooSmall = -1;
 
 /// Returns: whether a result lets the caller use what was coded (complete or cut).
 constexpr bool isUsable(int result) {

@@ -49,15 +49,22 @@ CommandLine parseStreamFileMode(int argc, const char* const* argv) {
 }  // namespace
 
 std::optional<CommandLine> parseCommandLine(int argc, const char* const* argv) {
-    if (argc < 2 || std::strlen(argv[1]) != 1) return std::nullopt;
-    const char word = argv[1][0];
+    if (argc < 2) return std::nullopt;
+    const char* word = argv[1];
+    if (std::strcmp(word, "m") == 0 && argc == 8)
+        return parseRawFileMode(Action::compare, argc, argv);
+
+    const char mode = word[0];
+    const bool inMemory = mode != 0 && word[1] == 'c';  // what follows does not matter
+    const bool throughFiles = mode != 0 && word[1] == 0;
+    if (!inMemory && !throughFiles) return std::nullopt;
     std::optional<CommandLine> line;
-    if ((word == 'c' || word == 'C') && argc >= 8 && argc <= 10)
+    if ((mode == 'c' || mode == 'C') && argc >= 8 && argc <= 10)
         line = parseRawFileMode(Action::compress, argc, argv);
-    if ((word == 'd' || word == 'D') && (argc == 4 || argc == 5))
+    if ((mode == 'd' || mode == 'D') && (argc == 4 || argc == 5))
         line = parseStreamFileMode(argc, argv);
-    if (word == 'm' && argc == 8) line = parseRawFileMode(Action::compare, argc, argv);
-    if (line) line->upper = word == 'C' || word == 'D';
+    if (line) line->inMemory = inMemory;
+    if (line) line->upper = mode == 'C' || mode == 'D';
     return line;
 }
 

@@ -20,6 +20,8 @@ struct CommandLine {
     Action action = Action::compress;
     /// The mode word's capital letter: build the stream, or read it, in memory.
     bool upper = false;
+    /// The mode word's second letter c: work through the in-memory codec objects.
+    bool inMemory = false;
     const char* inputName = nullptr;
     /// The output of compression and decompression, the second input of a comparison.
     const char* otherName = nullptr;

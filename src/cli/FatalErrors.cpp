@@ -86,6 +86,16 @@ void rememberGeometry(const RawGeometry& geometry) {
     theContext.geometry = geometry;
 }
 
+void rememberGeometry(const TKHeader& header) {
+    rememberGeometry(
+        RawGeometry{header.bytesPerPixel, header.bitsPerPixel, header.xSize, header.ySize});
+}
+
+void reportDecompressionError(int result, const CommandLine& line) {
+    std::fprintf(stderr, "tesk: cannot decompress '%s': error %d, '%s' stays empty\n",
+                 line.inputName, result, line.otherName);
+}
+
 int reportFileError(const FileError& error, const CommandLine& line) {
     const char* reason = std::strerror(error.errorNumber);
     switch (error.role) {

@@ -4,6 +4,7 @@
 
 #include "cli/CommandLine.h"
 #include "container/FileIo.h"
+#include "container/TKHeader.h"
 
 namespace qmx {
 
@@ -17,9 +18,12 @@ void rememberRawInput(std::FILE* file, const char* name);
 void rememberOutput(const char* name);
 /// Remembers the geometry for messages.
 void rememberGeometry(const RawGeometry& geometry);
+void rememberGeometry(const TKHeader& header);
 
 /// Prints which file of the request could not be used and why. Returns: exit status 1.
 int reportFileError(const FileError& error, const CommandLine& line);
+/// Prints that the stream gave no image. The modes that print progress lines say so there.
+void reportDecompressionError(int result, const CommandLine& line);
 /// Prints "Out of memory" with the geometry. Returns: exit status 1.
 int reportOutOfMemory();
 /// Prints why standard output does not take the result. Returns: exit status 1.

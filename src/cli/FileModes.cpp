@@ -1,21 +1,17 @@
 #include "cli/FileModes.h"
 
 #include "cli/FatalErrors.h"
-#include "cli/SampleDispatch.h"
 #include "container/CompressDriver.h"
 #include "container/DecompressDriver.h"
 #include "container/FileIo.h"
+#include "container/SampleDispatch.h"
 
 namespace qmx {
-namespace {
 
-/// Quirk 7: not an error for the caller's shell.
 int refuseFormat() {
     std::fputs("Image format not supported\n", stderr);
-    return 0;
+    return 0;  // Quirk 7: not an error for the caller's shell
 }
-
-}  // namespace
 
 std::FILE* openNamed(const char* name, const char* mode) {
     std::FILE* file = std::fopen(name, mode);
@@ -26,7 +22,7 @@ std::FILE* openNamed(const char* name, const char* mode) {
 int compressFile(const CommandLine& line) {
     const RawGeometry& g = line.geometry;
     const TKHeader header = makeHeader(g.bytesPerPixel, g.bitsPerPixel, g.width, g.height);
-    rememberGeometry({header.bytesPerPixel, header.bitsPerPixel, header.xSize, header.ySize});
+    rememberGeometry(header);
 
     FilePtr raw(openNamed(line.inputName, "rb"));
     if (!raw) return 1;
@@ -36,7 +32,7 @@ int compressFile(const CommandLine& line) {
     rememberOutput(line.otherName);
     writeAll(stream.get(), FileRole::output, &header, sizeof header);
     return dispatchSamples(
-        header,
+        header, MostBitsOfShort::inFiles,
         [&]<class T, class P>() {
             return compress<T, P>(header, raw.release(), stream.release(), line.rate, line.upper,
                                   line.extra);
@@ -60,9 +56,9 @@ int decompressFile(const CommandLine& line) {
         std::fprintf(stderr, "File %s not recognized\n", line.inputName);
         return 1;
     }
-    rememberGeometry({header.bytesPerPixel, header.bitsPerPixel, header.xSize, header.ySize});
+    rememberGeometry(header);
     return dispatchSamples(
-        header,
+        header, MostBitsOfShort::inFiles,
         [&]<class T, class P>() {
             return decompress<T, P>(header, stream.release(), raw.release(), line.upper,
                                     line.extra);

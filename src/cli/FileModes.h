@@ -6,6 +6,9 @@
 
 namespace qmx {
 
+/// Says that no image has so many bytes per pixel. Returns: exit status 0, Quirk 7.
+int refuseFormat();
+
 /// Opens a file; says so on standard error when it cannot.
 /// Returns: the file, or null.
 std::FILE* openNamed(const char* name, const char* mode);

@@ -6,15 +6,16 @@
 #include "cli/CompareImages.h"
 #include "cli/FatalErrors.h"
 #include "cli/FileModes.h"
+#include "cli/MemoryModes.h"
 
 namespace {
 
 int run(const qmx::CommandLine& line) {
     switch (line.action) {
         case qmx::Action::compress:
-            return qmx::compressFile(line);
+            return line.inMemory ? qmx::compressInMemory(line) : qmx::compressFile(line);
         case qmx::Action::decompress:
-            return qmx::decompressFile(line);
+            return line.inMemory ? qmx::decompressInMemory(line) : qmx::decompressFile(line);
         case qmx::Action::compare:
             return qmx::compareFiles(line);
     }

@@ -3,7 +3,7 @@
 #include <cstdio>
 #include <vector>
 
-#include "bitstream/Status.h"
+#include "bitstream/Throwing.h"
 #include "coding/OrderDecoder.h"
 #include "coding/SectionSyntax.h"
 #include "wavelet/CWaveletDecoder.h"
@@ -11,14 +11,11 @@
 namespace qmx {
 namespace {
 
-/// Room for the label of a coder with any numbers in it.
-constexpr std::size_t kLabelBytes = 96;
-
 struct Label {
     Label(const char* format, int plane, int order, std::int64_t bitPlane) {
         std::snprintf(text, sizeof text, format, plane, order, static_cast<int>(bitPlane));
     }
-    char text[kLabelBytes];
+    char text[CBitStreamer::kNameBytes];
 };
 
 }  // namespace
@@ -97,7 +94,7 @@ int CWaveletDecoder<T>::readSections(CBitReader& in, int sectionLimit) {
 template <class T>
 bool CWaveletDecoder<T>::decodeRows(int arg) {
     const int orders = this->levels + 1;
-    std::vector<OrderDecoder<T>> decoders;
+    std::pmr::vector<OrderDecoder<T>> decoders(memory);
     for (int p = 0; p < this->image->planes; ++p)
         for (int o = 0; o < orders; ++o)
             decoders.emplace_back(

@@ -14,7 +14,7 @@
 namespace qmx {
 namespace {
 
-/// Stream bits outside the sections in the size estimate: top plane and end mark.
+/// Stream bits outside the sections: top plane and end mark.
 constexpr std::uint64_t kFixedBits = 19;
 /// Bits of the two section headers of a bit plane in the size estimate, without their lengths. More
 /// than they take; the estimate decides where lazy writers cut, so it is kept.
@@ -101,7 +101,7 @@ void CWaveletEncoder<T>::foldPlanes() {
 template <class T>
 bool CWaveletEncoder<T>::encodeRows(int arg) {
     const int orders = this->levels + 1;
-    std::vector<OrderEncoder<T>> encoders;
+    std::pmr::vector<OrderEncoder<T>> encoders(memory);
     for (int p = 0; p < this->image->planes; ++p)
         for (int o = 0; o < orders; ++o)
             encoders.emplace_back(*streams, p, o);
@@ -119,23 +119,29 @@ bool CWaveletEncoder<T>::encodeRows(int arg) {
 }
 
 template <class T>
-std::uint64_t CWaveletEncoder<T>::closeCoders() {
-    std::uint64_t estimateBits = kFixedBits;
-    for (int p = 0; p < this->image->planes; ++p) {
-        for (int o = 0; o <= this->levels; ++o) {
-            const auto lengthBits =
-                static_cast<std::uint64_t>(lengthFieldBits(sampleCountBits(), o));
-            for (int b = 0; b <= this->bits; ++b) {
-                estimateBits += 2 * lengthBits + kHeaderPairBits;
-                auto* encoder = streams->encoders.find(p, o, b);
-                if (encoder == nullptr) continue;
-                encoder->terminate();
-                estimateBits +=
-                    encoder->getStoredTotal() + streams->refinements.find(p, o, b)->getTotal();
-            }
-        }
-    }
-    return estimateBits;
+void CWaveletEncoder<T>::closeCoders() {
+    estimateBits = streamBits = kFixedBits;
+    for (int p = 0; p < this->image->planes; ++p)
+        for (int o = 0; o <= this->levels; ++o)
+            for (int b = 0; b <= this->bits; ++b)
+                closeAndMeasure(p, o, b);
+}
+
+template <class T>
+void CWaveletEncoder<T>::closeAndMeasure(int plane, int order, int bitPlane) {
+    const auto lengthBits = static_cast<std::uint64_t>(lengthFieldBits(sampleCountBits(), order));
+    // The top plane has no u section.
+    const std::uint64_t headers = bitPlane < this->bits ? 2 : 1;
+    estimateBits += 2 * lengthBits + kHeaderPairBits;
+    streamBits += headers * (kSectionTagBits + lengthBits);
+
+    auto* encoder = streams->encoders.find(plane, order, bitPlane);
+    if (encoder == nullptr) return;
+    encoder->terminate();
+    const std::uint64_t payloadBits =
+        encoder->getStoredTotal() + streams->refinements.find(plane, order, bitPlane)->getTotal();
+    estimateBits += payloadBits;
+    streamBits += payloadBits;
 }
 
 template <class T>
@@ -156,7 +162,7 @@ void CWaveletEncoder<T>::writeSection(CBitWriter& out, int plane, int order, boo
 }
 
 template <class T>
-void CWaveletEncoder<T>::writeSections(CBitWriter& out) {
+void CWaveletEncoder<T>::writeStream(CBitWriter& out) {
     SectionCounters counters;
     counters.reset(this->bits);
     SectionChooser<T> chooser(*streams, counters);
@@ -168,18 +174,29 @@ void CWaveletEncoder<T>::writeSections(CBitWriter& out) {
     }
     writeEndMark(out);
     out.flush();
+    this->status = kComplete;
+}
+
+template <class T>
+int CWaveletEncoder<T>::codeCoefficients(int arg) {
+    if (this->isFreshStart()) foldPlanes();
+    if (encodeRows(arg)) return this->status = kSuspended;
+    closeCoders();
+    return kComplete;
 }
 
 template <class T>
 int CWaveletEncoder<T>::writeWavelet(CBitWriter& out, int arg) {
-    if (this->isFreshStart()) foldPlanes();
-    if (encodeRows(arg)) return this->status = kSuspended;
-    const std::uint64_t estimateBits = closeCoders();
+    if (codeCoefficients(arg) == kSuspended) return kSuspended;
     out.setSize((estimateBits + estimateBits / 20 + 7) >> 3);
-    writeSections(out);
-    return this->status = kComplete;
+    writeStream(out);
+    return this->status;
 }
 
+template int CWaveletEncoder<short>::codeCoefficients(int);
+template int CWaveletEncoder<int>::codeCoefficients(int);
+template void CWaveletEncoder<short>::writeStream(CBitWriter&);
+template void CWaveletEncoder<int>::writeStream(CBitWriter&);
 template int CWaveletEncoder<short>::writeWavelet(CBitWriter&, int);
 template int CWaveletEncoder<int>::writeWavelet(CBitWriter&, int);
 

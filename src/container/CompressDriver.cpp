@@ -29,7 +29,7 @@ void readStaged(CImageData<T>& image, std::FILE* in) {
     std::fill(bytes + got, bytes + samples * sizeof(P), static_cast<unsigned char>(0));
     std::printf(kCopying, kSampleBits<T>);
     for (int r = 0; r < image.y; ++r)
-        deinterleaveRow(staging.get() + static_cast<std::size_t>(r) * rowSamples, image, r);
+        deinterleaveRow<P>(staging.get() + static_cast<std::size_t>(r) * rowSamples, image, r);
 }
 
 template <class T, class P>

@@ -5,7 +5,7 @@
 #include <memory>
 
 #include "bitstream/CBitFileReader.h"
-#include "bitstream/Status.h"
+#include "bitstream/Throwing.h"
 #include "container/ColourTransform.h"
 #include "container/DriverMessages.h"
 #include "container/FileIo.h"
@@ -65,7 +65,7 @@ void writeRows(const CImageData<T>& image, const SampleLimit<T>& limit, std::FIL
     // An array of its own even for rows without samples: fwrite takes no null.
     const auto row = std::make_unique_for_overwrite<P[]>(rowSamples);
     for (int r = 0; r < image.y; ++r) {
-        interleaveRow(image, r, limit, row.get());
+        interleaveRow<P>(image, r, limit, row.get());
         if (std::fwrite(row.get(), sizeof(P), rowSamples, out) != rowSamples) throwEndOfStream();
     }
 }
@@ -78,7 +78,7 @@ void writeStaged(const CImageData<T>& image, const SampleLimit<T>& limit, std::F
     const std::size_t samples = rowSamples * static_cast<std::size_t>(image.y);
     const auto staging = std::make_unique_for_overwrite<P[]>(samples);
     for (int r = 0; r < image.y; ++r)
-        interleaveRow(image, r, limit, staging.get() + static_cast<std::size_t>(r) * rowSamples);
+        interleaveRow<P>(image, r, limit, staging.get() + static_cast<std::size_t>(r) * rowSamples);
     std::puts(kWriting);
     writeAll(out, FileRole::output, staging.get(), samples * sizeof(P));
 }

@@ -6,6 +6,8 @@
 
 namespace qmx {
 
+#pragma GCC visibility push(default)
+
 /// The 16 bytes in front of every stream, as they stand in the file.
 /// Format: docs/format.md, 3 Header.
 struct TKHeader {
@@ -23,7 +25,11 @@ struct TKHeader {
     std::uint8_t reserved[6];
 
     bool isRecognised() const { return std::memcmp(magic, kMagic, sizeof magic) == 0; }
+    bool isSupported() const { return bytesPerPixel >= 1 && bytesPerPixel <= 3; }
     int planes() const { return bytesPerPixel == 3 ? 3 : 1; }
+    /// Bytes of a row of the raw image, and of all of it.
+    std::uint64_t rawRowBytes() const { return std::uint64_t{xSize} * bytesPerPixel; }
+    std::uint64_t rawBytes() const { return rawRowBytes() * ySize; }
 };
 
 static_assert(sizeof(TKHeader) == 16 && std::is_trivially_copyable_v<TKHeader>);
@@ -43,6 +49,9 @@ inline TKHeader makeHeader(long bytesPerPixel, long bitsPerPixel, long width, lo
 class CTeskHeader : protected TKHeader {
 protected:
     CTeskHeader() : TKHeader{} {}
+    explicit CTeskHeader(const TKHeader& header) : TKHeader(header) {}
 };
+
+#pragma GCC visibility pop
 
 }  // namespace qmx

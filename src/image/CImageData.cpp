@@ -5,7 +5,7 @@
 #include <new>
 #include <type_traits>
 
-#include "bitstream/Status.h"
+#include "bitstream/Throwing.h"
 #include "image/Interleave.h"
 
 namespace qmx {
@@ -27,6 +27,9 @@ std::size_t arrayLength(std::int64_t samples) {
     return static_cast<std::size_t>(samples);
 }
 
+/// These pay for the alignment of a plane.
+constexpr int kSpareSamples = CImageData<short>::kRowAlignmentSamples - 1;
+
 template <class T>
 T* alignUp(T* storage) {
     constexpr auto kLast = static_cast<std::uintptr_t>(CImageData<T>::kRowAlignmentSamples - 1);
@@ -38,21 +41,27 @@ T* alignUp(T* storage) {
 }  // namespace
 
 template <class T>
-CImageData<T>::CImageData(int width, int height, int planeCount)
+CImageData<T>::CImageData(int width, int height, int planeCount, std::pmr::memory_resource* memory)
     : planes(planeCount), x(width), y(height), stride(paddedWidth<T>(width)) {
     static_assert(std::is_same_v<T, short> || std::is_same_v<T, int>);
     if (planes < 1 || planes > kMaxPlanes) throwBadPlaneCount();
     const std::size_t samples = planeSamples();
     for (int p = 0; p < planes; ++p) {
-        rawPlane[p] = std::unique_ptr<T[]>(new T[samples]);
+        rawPlane[p] = makeArray<T>(samples, memory);
         plane[p] = alignUp(rawPlane[p].get());
     }
 }
 
 template <class T>
 std::size_t CImageData<T>::planeSamples() const {
-    // The spare samples pay for the alignment.
-    return arrayLength<T>(std::int64_t{stride} * y + (kRowAlignmentSamples - 1));
+    return arrayLength<T>(std::int64_t{stride} * y + kSpareSamples);
+}
+
+template <class T>
+std::size_t CImageData<T>::storageBytes(int width, int height, int planeCount) {
+    const std::size_t samples =
+        arrayLength<T>(std::int64_t{paddedWidth<T>(width)} * height + kSpareSamples);
+    return samples * sizeof(T) * static_cast<std::size_t>(planeCount);
 }
 
 template <class T>
@@ -68,7 +77,7 @@ int CImageData<T>::rawReadT(std::FILE* file) {
     const std::unique_ptr<P[]> samples(new P[rowSamples]);
     for (int r = 0; r < y; ++r) {
         if (std::fread(samples.get(), sizeof(P), rowSamples, file) < rowSamples) throwEndOfStream();
-        deinterleaveRow(samples.get(), *this, r);
+        deinterleaveRow<P>(samples.get(), *this, r);
     }
     return 0;
 }

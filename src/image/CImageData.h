@@ -3,7 +3,8 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
-#include <memory>
+
+#include "bitstream/Memory.h"
 
 namespace qmx {
 
@@ -16,11 +17,15 @@ public:
     /// Rows are padded to a multiple of this many samples, planes aligned to as many bytes.
     static constexpr int kRowAlignmentSamples = 8;
 
-    /// Planes of width x height samples, uninitialised.
+    /// Planes of width x height samples, uninitialised. Requires: memory outlives the image.
     /// Throws: 5 when planeCount is not 1 to 3; std::bad_alloc.
-    CImageData(int width, int height, int planeCount);
+    CImageData(int width, int height, int planeCount,
+               std::pmr::memory_resource* memory = std::pmr::new_delete_resource());
     CImageData(const CImageData&) = delete;
     CImageData& operator=(const CImageData&) = delete;
+
+    /// Returns: the bytes that the planes of an image take. Requires: sides of 0 to 65535.
+    static std::size_t storageBytes(int width, int height, int planeCount);
 
     /// Reads one raw image from the current position of file.
     /// Returns: 0. Throws: 3 when the file is too short, with the complete rows in place;
@@ -42,7 +47,7 @@ private:
     std::size_t planeSamples() const;
 
     std::uint64_t reserved = 0;
-    std::unique_ptr<T[]> rawPlane[kMaxPlanes];
+    MemoryArray<T> rawPlane[kMaxPlanes];
 
 public:
     T* plane[kMaxPlanes] = {};

@@ -20,6 +20,9 @@ public:
     CWavelet& operator=(const CWavelet&) = delete;
 
     int getLevels() const { return levels; }
+    /// Also obeys a flag that others own: while it is true, all work ends as if killed.
+    /// Requires: flag outlives this object.
+    void watch(const std::atomic<bool>& flag) { watchedFlag = &flag; }
 
 protected:
     /// Owns: image and filter if ownsBoth, from here on.
@@ -31,7 +34,10 @@ protected:
         requestStop();
         killFlag.store(true, std::memory_order_relaxed);
     }
-    bool isKilled() const { return killFlag.load(std::memory_order_relaxed); }
+    bool isKilled() const { return killFlag.load(std::memory_order_relaxed) || isCancelled(); }
+    bool isCancelled() const {
+        return watchedFlag != nullptr && watchedFlag->load(std::memory_order_relaxed);
+    }
 
     LevelGeometry levelAt(int step) const { return {image->x, image->y, image->stride, step}; }
     /// Calls batch(first sample, number of columns) for groups of neighbouring columns that cover
@@ -48,7 +54,8 @@ protected:
     /// A coder starts afresh when no row has been finished.
     bool isFreshStart() const { return resumeRow == 0 && resumePlane < 1; }
     /// Calls visitRow(plane, row) from the resume point on; stops after a row when a stop was
-    /// requested or when the row's index is -arg (arg < 0). Returns: whether it was suspended.
+    /// requested or when the row's index is -arg (arg < 0). Returns: whether it was suspended. Once
+    /// killed, a call that goes on visits nothing and counts as suspended.
     ///
     /// Quirk 5: after a suspension every later plane starts at the resume row too.
     template <class VisitRow>
@@ -60,6 +67,7 @@ protected:
     int levels;
     std::atomic<bool> stopFlag{false};
     std::atomic<bool> killFlag{false};
+    const std::atomic<bool>* watchedFlag = nullptr;
     /// Top plane of the stream.
     int bits = 0;
     int resumeRow = 0;
@@ -73,10 +81,11 @@ protected:
 template <class T>
 template <class VisitRow>
 bool CWavelet<T>::scanRows(int arg, VisitRow visitRow) {
+    if (isKilled() && !isFreshStart()) return true;
     for (int p = resumePlane; p < image->planes; ++p) {
         for (int r = resumeRow; r < image->y; ++r) {
             visitRow(p, r);
-            const bool stopped = stopFlag.load(std::memory_order_relaxed);
+            const bool stopped = stopFlag.load(std::memory_order_relaxed) || isKilled();
             if (!stopped && (arg >= 0 || arg != -r)) continue;
             stopFlag.store(false, std::memory_order_relaxed);
             resumeRow = r + 1;

@@ -3,9 +3,11 @@
 namespace qmx {
 
 template <class T>
-CWaveletDecoder<T>::CWaveletDecoder(CImageData<T>* imageData, CFilter<T>* lineFilter, bool ownsBoth)
+CWaveletDecoder<T>::CWaveletDecoder(CImageData<T>* imageData, CFilter<T>* lineFilter, bool ownsBoth,
+                                    std::pmr::memory_resource* workMemory)
     : CWavelet<T>(imageData, lineFilter, ownsBoth),
-      streams(std::make_unique<DecoderStreams<T>>()) {}
+      memory(workMemory),
+      streams(makeObject<DecoderStreams<T>>(memory)) {}
 
 template <class T>
 CWaveletDecoder<T>::~CWaveletDecoder() = default;

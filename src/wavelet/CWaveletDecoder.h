@@ -1,7 +1,5 @@
 #pragma once
 
-#include <memory>
-
 #include "wavelet/CWavelet.h"
 #include "wavelet/CoderStreams.h"
 #include "wavelet/IWaveletDecoder.h"
@@ -15,8 +13,9 @@ template <class T>
 class CWaveletDecoder final : public IWaveletDecoder, public CWavelet<T> {
 public:
     /// Owns: imageData and lineFilter if ownsBoth, also when it throws; else both must outlive the
-    /// decoder. Throws: std::bad_alloc.
-    CWaveletDecoder(CImageData<T>* imageData, CFilter<T>* lineFilter, bool ownsBoth);
+    /// decoder, as memory must. Throws: std::bad_alloc.
+    CWaveletDecoder(CImageData<T>* imageData, CFilter<T>* lineFilter, bool ownsBoth,
+                    std::pmr::memory_resource* workMemory = std::pmr::new_delete_resource());
     ~CWaveletDecoder() override;
 
     void untransform() override;
@@ -36,7 +35,8 @@ private:
     void assignRefinement(CBitReader& in, int plane, int order, std::uint64_t lengthBits);
     bool decodeRows(int arg);
 
-    std::unique_ptr<DecoderStreams<T>> streams;
+    std::pmr::memory_resource* memory;
+    MemoryObject<DecoderStreams<T>> streams;
     SectionCounters counters;
 };
 

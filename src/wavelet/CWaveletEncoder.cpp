@@ -3,9 +3,11 @@
 namespace qmx {
 
 template <class T>
-CWaveletEncoder<T>::CWaveletEncoder(CImageData<T>* imageData, CFilter<T>* lineFilter, bool ownsBoth)
+CWaveletEncoder<T>::CWaveletEncoder(CImageData<T>* imageData, CFilter<T>* lineFilter, bool ownsBoth,
+                                    std::pmr::memory_resource* workMemory)
     : CWavelet<T>(imageData, lineFilter, ownsBoth),
-      streams(std::make_unique<EncoderStreams<T>>()) {}
+      memory(workMemory),
+      streams(makeObject<EncoderStreams<T>>(memory, memory)) {}
 
 template <class T>
 CWaveletEncoder<T>::~CWaveletEncoder() = default;

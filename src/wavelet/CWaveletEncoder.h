@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstdint>
-#include <memory>
 
 #include "wavelet/CWavelet.h"
 #include "wavelet/CoderStreams.h"
@@ -15,14 +14,26 @@ template <class T>
 class CWaveletEncoder final : public IWaveletEncoder, public CWavelet<T> {
 public:
     /// Owns: imageData and lineFilter if ownsBoth, also when it throws; else both must outlive the
-    /// encoder. Throws: std::bad_alloc.
-    CWaveletEncoder(CImageData<T>* imageData, CFilter<T>* lineFilter, bool ownsBoth);
+    /// encoder, as memory must. Throws: std::bad_alloc.
+    CWaveletEncoder(CImageData<T>* imageData, CFilter<T>* lineFilter, bool ownsBoth,
+                    std::pmr::memory_resource* workMemory = std::pmr::new_delete_resource());
     ~CWaveletEncoder() override;
 
     void transform() override;
+    /// The same as codeCoefficients, an announcement of the size to out, and writeStream.
     int writeWavelet(CBitWriter& out, int arg) override;
     void stop() override { this->requestStop(); }
     void kill() override { this->requestKill(); }
+
+    /// The first part of writeWavelet: codes all sections, writes nothing. Requires: as writeWavelet.
+    /// Returns: 0; 8 when it was suspended. Throws: std::bad_alloc.
+    int codeCoefficients(int arg);
+    /// Returns: the exact length of the stream that writeStream writes. Requires: codeCoefficients
+    /// has returned 0.
+    std::uint64_t getStreamBits() const { return streamBits; }
+    /// The second part of writeWavelet. Requires: codeCoefficients has returned 0; called once.
+    /// Throws: what out throws.
+    void writeStream(CBitWriter& out);
 
     /// Sections so far whose length did not fit its field. A stream with such a section does not
     /// restore its image. Format: docs/format.md, 15 Images that do not come back.
@@ -34,13 +45,17 @@ private:
     // The stages of writeWavelet, defined with it in src/coding/.
     void foldPlanes();
     bool encodeRows(int arg);
-    std::uint64_t closeCoders();
-    void writeSections(CBitWriter& out);
+    void closeCoders();
+    void closeAndMeasure(int plane, int order, int bitPlane);
     void writeSection(CBitWriter& out, int plane, int order, bool refinement, int bitPlane);
     int sampleCountBits() const;
 
-    std::unique_ptr<EncoderStreams<T>> streams;
+    std::pmr::memory_resource* memory;
+    MemoryObject<EncoderStreams<T>> streams;
     std::uint64_t overlongSections = 0;
+    /// Bits of the stream as lazy writers are told, a little too many.
+    std::uint64_t estimateBits = 0;
+    std::uint64_t streamBits = 0;
 };
 
 // Instantiated for short and int in CWaveletEncoder.cpp and, where writeWavelet lives, in

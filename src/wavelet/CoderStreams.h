@@ -44,7 +44,13 @@ private:
 
 /// All coders of an encoder, in one block.
 template <class T>
-struct EncoderStreams : CAligned<8> {
+struct EncoderStreams {
+    /// Requires: memory outlives the streams.
+    explicit EncoderStreams(std::pmr::memory_resource* memory) {
+        encoders.forEach([=](CBitChunkEncoder& encoder) { encoder.writer().useMemory(memory); });
+        refinements.forEach([=](CBitChunkWriter& writer) { writer.useMemory(memory); });
+    }
+
     /// Significance: run codes and signs of the n sections.
     CSectionTable<T, CBitChunkEncoder> encoders;
     /// Coefficients whose highest bit lies in a bit plane.
@@ -55,7 +61,7 @@ struct EncoderStreams : CAligned<8> {
 
 /// All coders of a decoder, in one block.
 template <class T>
-struct DecoderStreams : CAligned<8> {
+struct DecoderStreams {
     CSectionTable<T, CBitDecoder> decoders;
     CSectionTable<T, CBitInfiniteReader> significances;
     CSectionTable<T, CBitInfiniteReader> refinements;

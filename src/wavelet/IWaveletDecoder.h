@@ -28,7 +28,7 @@ public:
     ///    bits with the colour transform undone, if there are 3 planes. Else nothing is written.
     ///  - limitBits: significant bits of a sample, to which it is limited; 0 or less for no limit.
     ///
-    /// Requires: out holds all samples and is aligned for them.
+    /// Requires: out holds all samples, at any address.
     /// Format: docs/format.md, 14 Output samples.
     virtual void convertAndCopyToT(void* out, int bytesPerPixel, int limitBits) = 0;
     /// Suspends readWavelet after the current row. Any thread.

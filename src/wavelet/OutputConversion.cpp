@@ -6,41 +6,55 @@
 namespace qmx {
 namespace {
 
-template <class T, class P>
-void copyPlanes(const CImageData<T>& image, const SampleLimit<T>& limit, P* out) {
-    const std::ptrdiff_t rowSamples = static_cast<std::ptrdiff_t>(image.x) * image.planes;
-    for (int r = 0; r < image.y; ++r)
-        interleaveRow(image, r, limit, out + r * rowSamples);
-}
-
 template <class T>
-void copyColours(const CImageData<T>& image, const SampleLimit<T>& limit, unsigned char* out) {
+void convertColourRow(const CImageData<T>& image, int r, const SampleLimit<T>& limit,
+                      unsigned char* out) {
     const auto put = [&](int value) {
         *out++ = static_cast<unsigned char>(limit.apply(static_cast<T>(value)));
     };
-    for (int r = 0; r < image.y; ++r) {
-        for (int c = 0; c < image.x; ++c) {
-            const ColourPixel pixel =
-                inverseColour(image.row(0, r)[c], image.row(1, r)[c], image.row(2, r)[c]);
-            put(pixel.first);
-            put(pixel.second);
-            put(pixel.third);
-        }
+    for (int c = 0; c < image.x; ++c) {
+        const ColourPixel pixel =
+            inverseColour(image.row(0, r)[c], image.row(1, r)[c], image.row(2, r)[c]);
+        put(pixel.first);
+        put(pixel.second);
+        put(pixel.third);
     }
 }
 
 }  // namespace
 
 template <class T>
-void CWaveletDecoder<T>::convertAndCopyToT(void* out, int bytesPerPixel, int limitBits) {
-    const CImageData<T>& samples = *this->image;
-    const SampleLimit<T> limit(limitBits);
-    if (bytesPerPixel == 1) copyPlanes(samples, limit, static_cast<unsigned char*>(out));
-    if (bytesPerPixel == 2) copyPlanes(samples, limit, static_cast<unsigned short*>(out));
-    if (bytesPerPixel == 3 && samples.planes == 3)
-        copyColours(samples, limit, static_cast<unsigned char*>(out));
+std::size_t outputRowBytes(const CImageData<T>& image, int bytesPerPixel) {
+    const bool isColour = bytesPerPixel == 3;
+    if (bytesPerPixel < 1 || bytesPerPixel > 3 || (isColour && image.planes != 3)) return 0;
+    const std::size_t sampleBytes = bytesPerPixel == 2 ? 2 : 1;
+    return static_cast<std::size_t>(image.x) * static_cast<std::size_t>(image.planes) * sampleBytes;
 }
 
+template <class T>
+void convertRow(const CImageData<T>& image, int r, int bytesPerPixel, const SampleLimit<T>& limit,
+                void* out) {
+    if (bytesPerPixel == 1) interleaveRow<unsigned char>(image, r, limit, out);
+    if (bytesPerPixel == 2) interleaveRow<unsigned short>(image, r, limit, out);
+    if (bytesPerPixel == 3) convertColourRow(image, r, limit, static_cast<unsigned char*>(out));
+}
+
+template <class T>
+void CWaveletDecoder<T>::convertAndCopyToT(void* out, int bytesPerPixel, int limitBits) {
+    const CImageData<T>& samples = *this->image;
+    const std::size_t rowBytes = outputRowBytes(samples, bytesPerPixel);
+    if (rowBytes == 0) return;
+    const SampleLimit<T> limit(limitBits);
+    auto* row = static_cast<unsigned char*>(out);
+    for (int r = 0; r < samples.y; ++r, row += rowBytes)
+        convertRow(samples, r, bytesPerPixel, limit, row);
+}
+
+template std::size_t outputRowBytes<short>(const CImageData<short>&, int);
+template std::size_t outputRowBytes<int>(const CImageData<int>&, int);
+template void convertRow<short>(const CImageData<short>&, int, int, const SampleLimit<short>&,
+                                void*);
+template void convertRow<int>(const CImageData<int>&, int, int, const SampleLimit<int>&, void*);
 template void CWaveletDecoder<short>::convertAndCopyToT(void*, int, int);
 template void CWaveletDecoder<int>::convertAndCopyToT(void*, int, int);
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <cstring>
 #include <type_traits>
 
 #include "image/CImageData.h"
@@ -34,15 +35,37 @@ private:
 };
 
 /// Writes one row of image, samples of a pixel side by side, each limited and narrowed to P.
-/// Requires: out holds image.x * image.planes samples; 0 <= r < image.y.
-template <class T, class P>
-void interleaveRow(const CImageData<T>& image, int r, const SampleLimit<T>& limit, P* out) {
+/// Requires: out holds image.x * image.planes samples of type P, at any address; 0 <= r < image.y.
+template <class P, class T>
+void interleaveRow(const CImageData<T>& image, int r, const SampleLimit<T>& limit, void* out) {
+    const std::size_t pixelBytes = static_cast<std::size_t>(image.planes) * sizeof(P);
     for (int p = 0; p < image.planes; ++p) {
         const T* row = image.row(p, r);
-        P* sample = out + p;
-        for (int c = 0; c < image.x; ++c, sample += image.planes)
-            *sample = static_cast<P>(limit.apply(row[c]));
+        auto* bytes = static_cast<unsigned char*>(out) + static_cast<std::size_t>(p) * sizeof(P);
+        for (int c = 0; c < image.x; ++c, bytes += pixelBytes) {
+            const P sample = static_cast<P>(limit.apply(row[c]));
+            std::memcpy(bytes, &sample, sizeof sample);
+        }
     }
 }
+
+/// Returns: the bytes of a row of image in the layout that bytesPerPixel names: 1 and 2 for planes
+/// of 8 and 16 bits, 3 for 3 planes of 8 bits with the colour transform undone; 0 when image does
+/// not have that layout.
+template <class T>
+std::size_t outputRowBytes(const CImageData<T>& image, int bytesPerPixel);
+
+/// Writes one row of image in that layout. Requires: out holds outputRowBytes bytes, not 0;
+/// 0 <= r < image.y.
+template <class T>
+void convertRow(const CImageData<T>& image, int r, int bytesPerPixel, const SampleLimit<T>& limit,
+                void* out);
+
+extern template std::size_t outputRowBytes<short>(const CImageData<short>&, int);
+extern template std::size_t outputRowBytes<int>(const CImageData<int>&, int);
+extern template void convertRow<short>(const CImageData<short>&, int, int,
+                                       const SampleLimit<short>&, void*);
+extern template void convertRow<int>(const CImageData<int>&, int, int, const SampleLimit<int>&,
+                                     void*);
 
 }  // namespace qmx

@@ -139,7 +139,7 @@ TEST(CBitChunkWriter, DestroysAVeryLongListOnASmallStack) {
 }
 
 TEST(CMemChunk, NodesKnowTheirHeadAndTheirSize) {
-    qmx::CMemChunk<std::uint64_t> first(10);
+    qmx::CMemChunk<std::uint64_t> first(10, std::pmr::new_delete_resource());
     EXPECT_EQ(first.head, &first);
     EXPECT_EQ(first.next, nullptr);
     qmx::CMemChunk<std::uint64_t>* second = first.append();

@@ -24,7 +24,7 @@ private:
 };
 
 /// Returns: the bits that the encoder has written, as bytes.
-Bytes writtenBy(const CBitChunkEncoder& encoder) {
+Bytes writtenBy(CBitChunkEncoder& encoder) {
     Bytes bytes((encoder.getStoredTotal() + 7) / 8);
     qmx::CBitWriter writer(bytes.data(), bytes.size());
     encoder.writer().writeBitsTo(&writer, 0);

@@ -3,7 +3,7 @@
 #include <cstddef>
 #include <gtest/gtest.h>
 
-#include "cli/SampleDispatch.h"
+#include "container/SampleDispatch.h"
 #include "support/Bytes.h"
 
 namespace {
@@ -44,10 +44,13 @@ TEST(TKHeader, IsABaseThatOnlyDerivedClassesSee) {
     EXPECT_FALSE((std::is_convertible_v<Codec*, TKHeader*>));
 }
 
+using qmx::MostBitsOfShort;
+
 /// Returns: bits of the coefficient and of the sample type, or 0 for a format without one.
-int typesOf(int bytesPerPixel, int bitsPerPixel) {
+int typesOf(int bytesPerPixel, int bitsPerPixel,
+            MostBitsOfShort mostBits = MostBitsOfShort::inFiles) {
     return qmx::dispatchSamples(
-        qmx::makeHeader(bytesPerPixel, bitsPerPixel, 1, 1),
+        qmx::makeHeader(bytesPerPixel, bitsPerPixel, 1, 1), mostBits,
         []<class T, class P>() { return static_cast<int>(800 * sizeof(T) + 8 * sizeof(P)); },
         [] { return 0; });
 }
@@ -60,6 +63,12 @@ TEST(SampleDispatch, ChoosesTheTypesByBytesAndBits) {
     EXPECT_EQ(typesOf(2, 0), 1616);
     EXPECT_EQ(typesOf(2, 13), 3216);
     EXPECT_EQ(typesOf(2, 255), 3216);
+}
+
+TEST(SampleDispatch, MemoryGoesOverToIntOneBitEarlier) {
+    EXPECT_EQ(typesOf(2, 11, MostBitsOfShort::inMemory), 1616);
+    EXPECT_EQ(typesOf(2, 12, MostBitsOfShort::inMemory), 3216);
+    EXPECT_EQ(typesOf(1, 12, MostBitsOfShort::inMemory), 1608);
 }
 
 TEST(SampleDispatch, OtherBytesPerPixelHaveNoTypes) {

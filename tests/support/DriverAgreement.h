@@ -53,7 +53,7 @@ inline Outcome decompressHere(const Bytes& stream, bool upper, int extra = 0) {
     const Silence silence;
     Outcome decoded;
     decoded.status = qmx::dispatchSamples(
-        header,
+        header, qmx::MostBitsOfShort::inFiles,
         [&]<class T, class P>() { return qmx::decompress<T, P>(header, in, out, upper, extra); },
         [] { return -1; });
     decoded.bytes.assign(written, written + writtenBytes);

@@ -5,9 +5,9 @@
 
 #include "bitstream/CBitFileReader.h"
 #include "bitstream/Status.h"
-#include "cli/SampleDispatch.h"
 #include "container/Budget.h"
 #include "container/ColourTransform.h"
+#include "container/SampleDispatch.h"
 #include "support/TestImages.h"
 #include "wavelet/CFilter5_3.h"
 #include "wavelet/CWaveletDecoder.h"
@@ -71,7 +71,7 @@ inline Bytes encode(const RawImage& image, std::uint64_t roomBytes = ~std::uint6
         std::min(roomBytes, qmx::completeStreamBoundBytes(headerOf(image), 32));
     Bytes stream;
     qmx::dispatchSamples(
-        headerOf(image),
+        headerOf(image), qmx::MostBitsOfShort::inFiles,
         [&]<class T, class P>() {
             stream = encodeAs<T, P>(image, room, extra);
             return 0;
@@ -116,7 +116,7 @@ inline Decoded decode(const Bytes& stream, ReadFrom from = ReadFrom::memory, int
         from == ReadFrom::file ? static_cast<qmx::CBitReader&>(fileReader) : memoryReader;
     Decoded decoded;
     qmx::dispatchSamples(
-        header,
+        header, qmx::MostBitsOfShort::inFiles,
         [&]<class T, class P>() {
             decoded = decodeAs<T>(header, reader, extra);
             return 0;

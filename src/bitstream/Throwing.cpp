@@ -1,4 +1,4 @@
-#include "bitstream/Status.h"
+#include "bitstream/Throwing.h"
 
 namespace qmx {
 

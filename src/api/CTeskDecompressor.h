@@ -1,0 +1,50 @@
+#pragma once
+
+#include <memory>
+
+#include "ITeskDecompressor.h"
+#include "TKHeader.h"
+
+namespace qmx {
+
+class CBitReader;
+class IWaveletDecoder;
+
+#pragma GCC visibility push(default)
+
+/// Decompresses one stream that begins with its header. The magic is not looked at.
+/// Format: docs/format.md, 13 Decoding, memory profile.
+class CTeskDecompressor : public ITeskDecompressor, protected CTeskHeader {
+public:
+    /// Reads the header and allocates the planes of the image: look at the header first where the
+    /// data may be hostile. A stream of 16 bytes or less has a header of zeros.
+    /// Requires: data holds lengthBytes bytes (it may be null when that is 0) and stays as it is
+    /// until this object is destroyed. Throws: std::bad_alloc.
+    CTeskDecompressor(const unsigned char* data, unsigned long lengthBytes);
+    ~CTeskDecompressor() override;
+    CTeskDecompressor(const CTeskDecompressor&) = delete;
+    CTeskDecompressor& operator=(const CTeskDecompressor&) = delete;
+
+    int getBytesPerPixel() override { return bytesPerPixel; }
+    int getBitsPerPixel() override { return bitsPerPixel; }
+    int getXSize() override { return xSize; }
+    int getYSize() override { return ySize; }
+    int decompress(void* out, unsigned long sizeBytes) override;
+    void stop() override;
+    void kill() override;
+
+private:
+    template <class T>
+    void setup();
+    void readCoefficients();
+
+    std::unique_ptr<IWaveletDecoder> decoder;
+    int status;
+    std::unique_ptr<CBitReader> reader;
+    const unsigned char* stream;
+    unsigned long streamBytes;
+};
+
+#pragma GCC visibility pop
+
+}  // namespace qmx

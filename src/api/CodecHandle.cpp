@@ -1,0 +1,120 @@
+#include "api/CodecHandle.h"
+
+#include <limits>
+#include <new>
+
+#define QMX_TEXT_OF(x) #x
+#define QMX_TEXT(x) QMX_TEXT_OF(x)
+
+namespace qmx {
+namespace {
+
+constexpr char kVersion[] =
+    QMX_TEXT(TESK_VERSION_MAJOR) "." QMX_TEXT(TESK_VERSION_MINOR) "." QMX_TEXT(TESK_VERSION_PATCH);
+
+bool areValid(const tesk_options& options) {
+    const bool bothHooksOrNone = (options.allocate == nullptr) == (options.release == nullptr);
+    return hasKnownSize(options) && bothHooksOrNone;
+}
+
+}  // namespace
+
+tesk_status readHeader(const void* stream, std::size_t streamBytes, TKHeader& header) {
+    if (streamBytes < sizeof header) return TESK_INVALID_STREAM;
+    std::memcpy(&header, stream, sizeof header);
+    if (!header.isRecognised()) return TESK_INVALID_STREAM;
+    return header.isSupported() ? TESK_OK : TESK_UNSUPPORTED_FORMAT;
+}
+
+tesk_status checkPixels(const tesk_codec& codec, const TKHeader& header) {
+    const std::size_t pixels = std::size_t{header.xSize} * header.ySize;
+    const bool allowed = codec.maxPixels == 0 || pixels <= codec.maxPixels;
+    return allowed ? TESK_OK : TESK_LIMIT_EXCEEDED;
+}
+
+std::size_t strideOrDefault(std::size_t strideBytes, const TKHeader& header) {
+    // An image without pixels may have any stride, as long as it counts as one.
+    if (header.rawBytes() == 0) return 1;
+    if (strideBytes == 0) return header.rawRowBytes();
+    const std::size_t most = std::numeric_limits<std::ptrdiff_t>::max() / std::size_t{header.ySize};
+    return strideBytes >= header.rawRowBytes() && strideBytes <= most ? strideBytes : 0;
+}
+
+}  // namespace qmx
+
+const char* tesk_version(void) {
+    return qmx::kVersion;
+}
+
+const char* tesk_status_message(int status) {
+    switch (status) {
+        case TESK_OK:
+            return "complete";
+        case TESK_CUT:
+            return "usable, but the stream ends early";
+        case TESK_STOPPED:
+            return "stopped on request";
+        case TESK_INVALID_STREAM:
+            return "not a valid stream";
+        case TESK_UNSUPPORTED_FORMAT:
+            return "image format not supported";
+        case TESK_LIMIT_EXCEEDED:
+            return "beyond the limits of the caller";
+        case TESK_OUT_OF_MEMORY:
+            return "out of memory";
+        case TESK_BUFFER_TOO_SMALL:
+            return "buffer too small";
+        case TESK_INVALID_ARGUMENT:
+            return "invalid argument";
+        default:
+            return "unknown status";
+    }
+}
+
+tesk_status tesk_probe(const void* stream, size_t stream_bytes, tesk_image* image) {
+    if (stream == nullptr || image == nullptr || !qmx::hasKnownSize(*image))
+        return TESK_INVALID_ARGUMENT;
+    qmx::TKHeader header;
+    const tesk_status status = qmx::readHeader(stream, stream_bytes, header);
+    if (status == TESK_INVALID_STREAM) return status;
+    image->width = header.xSize;
+    image->height = header.ySize;
+    image->bytes_per_pixel = header.bytesPerPixel;
+    image->bits_per_pixel = header.bitsPerPixel;
+    return status;
+}
+
+tesk_status tesk_create(const tesk_options* options, tesk_codec** codec) {
+    if (codec == nullptr) return TESK_INVALID_ARGUMENT;
+    *codec = nullptr;
+    if (options != nullptr && !qmx::areValid(*options)) return TESK_INVALID_ARGUMENT;
+
+    const tesk_options chosen = options != nullptr ? *options : tesk_options TESK_OPTIONS_INIT;
+    const qmx::AllocatorHooks hooks =
+        chosen.allocate != nullptr
+            ? qmx::AllocatorHooks{chosen.allocate, chosen.release, chosen.user}
+            : qmx::defaultHooks();
+    void* storage = hooks.allocate(hooks.user, sizeof(tesk_codec));
+    if (storage == nullptr) return TESK_OUT_OF_MEMORY;
+    *codec = new (storage) tesk_codec{hooks, chosen.max_pixels, chosen.max_memory_bytes};
+    return TESK_OK;
+}
+
+void tesk_destroy(tesk_codec* codec) {
+    if (codec == nullptr) return;
+    const qmx::AllocatorHooks hooks = codec->hooks;
+    codec->~tesk_codec();
+    hooks.release(hooks.user, codec);
+}
+
+void tesk_stop(tesk_codec* codec) {
+    codec->stopRequested.store(true, std::memory_order_relaxed);
+}
+
+void tesk_clear_stop(tesk_codec* codec) {
+    codec->stopRequested.store(false, std::memory_order_relaxed);
+}
+
+void tesk_release_block(tesk_codec* codec, void* block) {
+    if (block != nullptr) codec->hooks.release(codec->hooks.user, block);
+}

@@ -1,0 +1,174 @@
+#ifndef TESK_H
+#define TESK_H
+
+/*
+ * The C interface of tesk, a lossless, embedded codec for raw images.
+ *
+ * One image goes in or comes out per call. The library prints nothing, keeps no global state and
+ * lets no exception out. A codec works for one thread at a time; codecs of different threads do not
+ * touch each other. Only tesk_stop may be called from any thread at any time.
+ *
+ * Sizes and strides are in bytes. Structs begin with their size, which the caller sets to sizeof
+ * the struct (the TESK_..._INIT values do), so that later versions can add fields at their end.
+ * 16-bit samples are in the byte order of the machine, at any address.
+ *
+ * The stream: docs/format.md in the sources of tesk. The memory profile of that page holds here.
+ */
+
+#include <stddef.h>
+#include <stdint.h>
+
+#include "Version.h"
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+#pragma GCC visibility push(default)
+
+/* What a call answers. The numbers do not change. */
+typedef enum tesk_status {
+    TESK_OK = 0,                 /* complete */
+    TESK_CUT = 1,                /* usable: the stream ends at the budget, or ended early */
+    TESK_STOPPED = 2,            /* tesk_stop was called; there is no result */
+    TESK_INVALID_STREAM = 3,     /* this is no stream, or a section names what the image lacks */
+    TESK_UNSUPPORTED_FORMAT = 4, /* no stream can hold such an image */
+    TESK_LIMIT_EXCEEDED = 5,     /* beyond what the caller's options allow */
+    TESK_OUT_OF_MEMORY = 6,      /* the allocator has no more */
+    TESK_BUFFER_TOO_SMALL = 7,   /* the caller's buffer does not hold the result */
+    TESK_INVALID_ARGUMENT = 8    /* a null pointer, an unknown struct size, a stride below a row */
+} tesk_status;
+
+/* Returns: a few words of English for a status, also for a number that is none. Never null. */
+const char* tesk_status_message(int status);
+
+/* Returns: the version of the library that runs, "major.minor.patch". TESK_VERSION_MAJOR and its
+ * fellows name the version that was compiled against. */
+const char* tesk_version(void);
+
+/* The geometry of an image. */
+typedef struct tesk_image {
+    size_t struct_bytes;
+    uint32_t width;           /* pixels, 0 to 65535 */
+    uint32_t height;          /* pixels, 0 to 65535 */
+    uint32_t bytes_per_pixel; /* 1: 8-bit gray, 2: 16-bit gray, 3: interleaved 8-bit R, G, B */
+    uint32_t bits_per_pixel;  /* significant bits of one sample: 8 for R, G, B, not 24 */
+} tesk_image;
+
+#define TESK_IMAGE_INIT \
+    { sizeof(tesk_image), 0, 0, 0, 0 }
+
+/*
+ * Reads the geometry of a stream from its first 16 bytes. Allocates nothing, needs no codec.
+ *
+ * Returns: TESK_OK, image is filled.
+ *          TESK_UNSUPPORTED_FORMAT: image is filled, but no image has so many bytes per pixel.
+ *          TESK_INVALID_STREAM: too short or no stream. TESK_INVALID_ARGUMENT.
+ */
+tesk_status tesk_probe(const void* stream, size_t stream_bytes, tesk_image* image);
+
+/* What a codec may use and where its memory comes from. 0 and null leave the default. */
+typedef struct tesk_options {
+    size_t struct_bytes;
+    /* Largest image, in pixels. 0: no limit. */
+    size_t max_pixels;
+    /* Most memory that one call may hold, output blocks included. 0: no limit. What an image needs
+     * at least is refused before anything is allocated; more may be refused while coding. */
+    size_t max_memory_bytes;
+    /* All memory of the codec and its output blocks come from here. Returns memory aligned as by
+     * malloc, or null. Null: malloc and free. Set both or none. */
+    void* (*allocate)(void* user, size_t size_bytes);
+    void (*release)(void* user, void* memory);
+    void* user;
+} tesk_options;
+
+#define TESK_OPTIONS_INIT \
+    { sizeof(tesk_options), 0, 0, NULL, NULL, NULL }
+
+typedef struct tesk_codec tesk_codec;
+
+/*
+ * Makes a codec. options may be null; it is copied.
+ *
+ * Returns: TESK_OK, *codec belongs to the caller; TESK_OUT_OF_MEMORY, TESK_INVALID_ARGUMENT: *codec
+ * is null.
+ */
+tesk_status tesk_create(const tesk_options* options, tesk_codec** codec);
+
+/* Destroys a codec. Null does nothing. Output blocks stay valid, but must then be released by the
+ * caller's own release, or free. Requires: no call works with it. */
+void tesk_destroy(tesk_codec* codec);
+
+/* Ends the call that works with codec, from any thread, within about one transform level or one row
+ * of pixels. All further calls return TESK_STOPPED until tesk_clear_stop. Requires: codec is not
+ * null and not destroyed. */
+void tesk_stop(tesk_codec* codec);
+void tesk_clear_stop(tesk_codec* codec);
+
+/* What a call did. */
+typedef struct tesk_result {
+    size_t struct_bytes;
+    /* Bytes of the stream that was written, its 16 header bytes included. After
+     * TESK_BUFFER_TOO_SMALL the bytes that are needed. 0 after decompression. */
+    size_t stream_bytes;
+    /* Most memory that the call held at one time, an output block included. */
+    size_t peak_memory_bytes;
+} tesk_result;
+
+#define TESK_RESULT_INIT \
+    { sizeof(tesk_result), 0, 0 }
+
+/*
+ * Compresses an image into a stream.
+ *
+ *  - pixels: height rows of width pixels; row_stride_bytes from one row to the next, 0 for rows
+ *    without gaps. It may be null for an image without pixels.
+ *  - budget_bytes: the most bytes that the stream may have, header included: 16 or more. 0: no
+ *    budget, the stream is complete. A stream that has to be cut is exactly so long.
+ *  - result: may be null.
+ *
+ * Returns: TESK_OK, TESK_CUT, TESK_STOPPED, TESK_LIMIT_EXCEEDED, TESK_OUT_OF_MEMORY,
+ *          TESK_INVALID_ARGUMENT;
+ *          TESK_UNSUPPORTED_FORMAT: a side above 65535, other bytes per pixel than 1, 2 and 3, or
+ *          bits per pixel that are 0 or more than a sample has;
+ *          TESK_BUFFER_TOO_SMALL (tesk_compress only): nothing was written to out.
+ */
+/* ... into the caller's buffer of out_bytes bytes. */
+tesk_status tesk_compress(tesk_codec* codec, const tesk_image* image, const void* pixels,
+                          size_t row_stride_bytes, size_t budget_bytes, void* out, size_t out_bytes,
+                          tesk_result* result);
+
+/* ... into a block that the codec's allocator provides, as long as the stream. *block belongs to the
+ * caller, who gives it to tesk_release_block; it is null unless the status is TESK_OK or TESK_CUT. */
+tesk_status tesk_compress_to_block(tesk_codec* codec, const tesk_image* image, const void* pixels,
+                                   size_t row_stride_bytes, size_t budget_bytes, void** block,
+                                   tesk_result* result);
+
+/* Releases a block. Null does nothing. Requires: block is from tesk_compress_to_block of a codec
+ * with the same allocator. */
+void tesk_release_block(tesk_codec* codec, void* block);
+
+/*
+ * Decompresses a stream, or any prefix of one that has its 16 header bytes, into the caller's
+ * buffer. The geometry is that of tesk_probe.
+ *
+ *  - out: height rows of width pixels, row_stride_bytes from one row to the next, 0 for rows without
+ *    gaps. Bytes between rows stay as they are. out_bytes: bytes that may be written at out; the
+ *    last row needs no gap behind it.
+ *  - result: may be null.
+ *
+ * Returns: TESK_OK: the stream was complete; TESK_CUT: it ended early, out holds an approximation;
+ *          TESK_STOPPED: out is undefined;
+ *          TESK_INVALID_STREAM, TESK_UNSUPPORTED_FORMAT, TESK_LIMIT_EXCEEDED, TESK_OUT_OF_MEMORY,
+ *          TESK_BUFFER_TOO_SMALL, TESK_INVALID_ARGUMENT: nothing was written.
+ */
+tesk_status tesk_decompress(tesk_codec* codec, const void* stream, size_t stream_bytes, void* out,
+                            size_t out_bytes, size_t row_stride_bytes, tesk_result* result);
+
+#pragma GCC visibility pop
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif

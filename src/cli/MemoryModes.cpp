@@ -1,0 +1,107 @@
+#include "cli/MemoryModes.h"
+
+#include <algorithm>
+#include <memory>
+
+#include "api/CTeskCompressor.h"
+#include "api/CTeskDecompressor.h"
+#include "bitstream/Status.h"
+#include "cli/FatalErrors.h"
+#include "cli/FileModes.h"
+#include "container/Budget.h"
+#include "container/FileIo.h"
+
+namespace qmx {
+namespace {
+
+using ByteArray = std::unique_ptr<unsigned char[]>;
+
+/// Returns: the first sizeBytes bytes of a raw file; those that it lacks are 0.
+ByteArray readPixels(FilePtr raw, std::size_t sizeBytes) {
+    auto pixels = std::make_unique_for_overwrite<unsigned char[]>(sizeBytes);
+    const std::size_t got = readUpTo(raw.get(), pixels.get(), sizeBytes);
+    std::fill(pixels.get() + got, pixels.get() + sizeBytes, static_cast<unsigned char>(0));
+    return pixels;
+}
+
+/// A file that was read to memory.
+struct FileBytes {
+    ByteArray bytes;
+    std::size_t sizeBytes;
+};
+
+FileBytes readWhole(FilePtr file) {
+    file = makeSeekable(std::move(file), nullptr, 0);
+    fseeko(file.get(), 0, SEEK_END);
+    const auto sizeBytes = static_cast<std::size_t>(std::max<off_t>(ftello(file.get()), 0));
+    fseeko(file.get(), 0, SEEK_SET);
+    FileBytes whole{std::make_unique_for_overwrite<unsigned char[]>(sizeBytes), 0};
+    whole.sizeBytes = readUpTo(file.get(), whole.bytes.get(), sizeBytes);
+    return whole;
+}
+
+void writeBlock(CTeskCompressor& compressor, std::FILE* stream) {
+    const auto release = [&](unsigned char* block) { compressor.freeBlock(block); };
+    const std::unique_ptr<unsigned char, decltype(release)> block(compressor.getBlock(), release);
+    if (block != nullptr)
+        writeAll(stream, FileRole::output, block.get(), compressor.getStreamSize());
+}
+
+/// The header as the decompressor will see it, for messages about an image that is too large for it.
+void rememberHeaderOf(const FileBytes& stream) {
+    TKHeader header{};
+    if (stream.sizeBytes > sizeof header) std::memcpy(&header, stream.bytes.get(), sizeof header);
+    rememberGeometry(header);
+}
+
+}  // namespace
+
+int compressInMemory(const CommandLine& line) {
+    const RawGeometry& g = line.geometry;
+    const TKHeader header = makeHeader(g.bytesPerPixel, g.bitsPerPixel, g.width, g.height);
+    rememberGeometry(header);
+    FilePtr raw(openNamed(line.inputName, "rb"));
+    if (!raw) return 1;
+    FilePtr stream(openNamed(line.otherName, "wb"));
+    if (!stream) return 1;
+    rememberOutput(line.otherName);
+    if (!header.isSupported()) return refuseFormat();
+
+    ByteArray pixels = readPixels(std::move(raw), header.rawBytes());
+    const std::uint64_t budgetBytes =
+        truncateToUnsigned(static_cast<double>(header.rawBytes()) * line.rate);
+    CTeskCompressor compressor(header.xSize, header.ySize, header.bitsPerPixel,
+                               header.bytesPerPixel, pixels.get(), budgetBytes, false);
+    pixels.reset();
+    if (isUsable(compressor.compress())) writeBlock(compressor, stream.get());
+    closeOutput(std::move(stream));
+    return 0;
+}
+
+int decompressInMemory(const CommandLine& line) {
+    FilePtr streamFile(openNamed(line.inputName, "rb"));
+    if (!streamFile) return 1;
+    FilePtr raw(openNamed(line.otherName, "wb"));
+    if (!raw) return 1;
+    rememberOutput(line.otherName);
+
+    const FileBytes stream = readWhole(std::move(streamFile));
+    rememberHeaderOf(stream);
+    CTeskDecompressor decompressor(stream.bytes.get(), stream.sizeBytes);
+    const TKHeader header =
+        makeHeader(decompressor.getBytesPerPixel(), decompressor.getBitsPerPixel(),
+                   decompressor.getXSize(), decompressor.getYSize());
+    if (!header.isSupported()) return refuseFormat();
+
+    const auto pixels = std::make_unique_for_overwrite<unsigned char[]>(header.rawBytes());
+    const int result = decompressor.decompress(pixels.get(), header.rawBytes());
+    if (isUsable(result)) {
+        writeAll(raw.get(), FileRole::output, pixels.get(), header.rawBytes());
+    } else {
+        reportDecompressionError(result, line);
+    }
+    closeOutput(std::move(raw));
+    return 0;
+}
+
+}  // namespace qmx
