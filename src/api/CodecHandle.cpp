@@ -19,6 +19,14 @@ bool areValid(const tesk_options& options) {
 
 }  // namespace
 
+bool clearResult(tesk_result* result) {
+    if (result == nullptr) return true;
+    if (!hasKnownSize(*result)) return false;
+    result->stream_bytes = 0;
+    result->peak_memory_bytes = 0;
+    return true;
+}
+
 tesk_status readHeader(const void* stream, std::size_t streamBytes, TKHeader& header) {
     if (streamBytes < sizeof header) return TESK_INVALID_STREAM;
     std::memcpy(&header, stream, sizeof header);

@@ -24,6 +24,10 @@ bool hasKnownSize(const Struct& given) {
     return given.struct_bytes >= sizeof(Struct);
 }
 
+/// Sets all fields to 0. Requires: result may be null. Returns: false when its size is unknown; it is
+/// then left as it is.
+bool clearResult(tesk_result* result);
+
 /// Reads the header of a stream. Returns: TESK_OK; TESK_INVALID_STREAM, header is then undefined;
 /// TESK_UNSUPPORTED_FORMAT.
 tesk_status readHeader(const void* stream, std::size_t streamBytes, TKHeader& header);

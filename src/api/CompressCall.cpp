@@ -107,8 +107,8 @@ tesk_status compressImage(CompressRequest& request, CCallMemory& memory) {
 tesk_status compressTo(tesk_codec* codec, const tesk_image* image, const void* pixels,
                        std::size_t strideBytes, std::size_t budgetBytes, IStreamPlace& place,
                        tesk_result* result) {
+    if (!clearResult(result)) return TESK_INVALID_ARGUMENT;
     if (codec == nullptr || image == nullptr || !hasKnownSize(*image)) return TESK_INVALID_ARGUMENT;
-    if (result != nullptr && !hasKnownSize(*result)) return TESK_INVALID_ARGUMENT;
     if (budgetBytes != 0 && budgetBytes < sizeof(TKHeader)) return TESK_INVALID_ARGUMENT;
 
     TKHeader header;
@@ -135,8 +135,7 @@ tesk_status compressTo(tesk_codec* codec, const tesk_image* image, const void* p
 tesk_status tesk_compress(tesk_codec* codec, const tesk_image* image, const void* pixels,
                           size_t row_stride_bytes, size_t budget_bytes, void* out, size_t out_bytes,
                           tesk_result* result) {
-    if (out == nullptr && out_bytes != 0) return TESK_INVALID_ARGUMENT;
-    qmx::CCallerBuffer buffer(out, out_bytes);
+    qmx::CCallerBuffer buffer(out, out == nullptr ? 0 : out_bytes);
     return qmx::compressTo(codec, image, pixels, row_stride_bytes, budget_bytes, buffer, result);
 }
 

@@ -64,9 +64,9 @@ tesk_status decompressImage(const DecompressRequest& request, CCallMemory& memor
 
 tesk_status tesk_decompress(tesk_codec* codec, const void* stream, size_t stream_bytes, void* out,
                             size_t out_bytes, size_t row_stride_bytes, tesk_result* result) {
+    if (!qmx::clearResult(result)) return TESK_INVALID_ARGUMENT;
     if (codec == nullptr || stream == nullptr || (out == nullptr && out_bytes != 0))
         return TESK_INVALID_ARGUMENT;
-    if (result != nullptr && !qmx::hasKnownSize(*result)) return TESK_INVALID_ARGUMENT;
 
     qmx::TKHeader header;
     tesk_status status = qmx::readHeader(stream, stream_bytes, header);
@@ -84,7 +84,6 @@ tesk_status tesk_decompress(tesk_codec* codec, const void* stream, size_t stream
                                          stream_bytes - sizeof header,
                                          static_cast<unsigned char*>(out),
                                          stride};
-    if (result != nullptr) result->stream_bytes = 0;
     return qmx::runCall(*codec, result, [&](qmx::CCallMemory& memory) {
         return qmx::dispatchSamples(
             header, qmx::MostBitsOfShort::inMemory,

@@ -105,7 +105,7 @@ void tesk_destroy(tesk_codec* codec);
 void tesk_stop(tesk_codec* codec);
 void tesk_clear_stop(tesk_codec* codec);
 
-/* What a call did. */
+/* What a call did. Every call sets all fields, to 0 where it came to nothing. */
 typedef struct tesk_result {
     size_t struct_bytes;
     /* Bytes of the stream that was written, its 16 header bytes included. After
@@ -133,7 +133,8 @@ typedef struct tesk_result {
  *          bits per pixel that are 0 or more than a sample has;
  *          TESK_BUFFER_TOO_SMALL (tesk_compress only): nothing was written to out.
  */
-/* ... into the caller's buffer of out_bytes bytes. */
+/* ... into the caller's buffer of out_bytes bytes. A null buffer is one without room: the call then
+ * tells the size that is needed. */
 tesk_status tesk_compress(tesk_codec* codec, const tesk_image* image, const void* pixels,
                           size_t row_stride_bytes, size_t budget_bytes, void* out, size_t out_bytes,
                           tesk_result* result);

@@ -14,7 +14,7 @@ public:
 
     /// Empty before the first attach.
     const char* getType() const override { return stream == nullptr ? "" : stream->getType(); }
-    /// Source bits delivered so far.
+    /// Source bits delivered so far; one less than 0 before attach, 42 too few after Quirk 3.
     std::uint64_t getTotal() const override { return total - 1 - run; }
     std::uint64_t getStoredTotal() const override {
         return stream == nullptr ? 0 : stream->getTotal();

@@ -36,6 +36,7 @@ void CBitFileReader::fetch() {
     const std::size_t bytes = endsInTail() ? 0 : readFileAt(filePosition(), window.get(), capacity);
     if (bytes == 0) throwEndOfStream();
     bitsBefore += static_cast<std::uint64_t>(bufferWords) * kWordBits;
+    buffer = window.get();  // create may have pointed it at the data of another reader
     bufferWords = static_cast<std::int64_t>(bytes / kWordBytes);
     tailBytes = static_cast<std::uint32_t>(bytes % kWordBytes);
     cursor = 0;

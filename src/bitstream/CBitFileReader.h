@@ -16,7 +16,8 @@ std::size_t readFileAt(const FilePosition& place, unsigned char* bytes, std::siz
 class CBitFileReader final : public CBitReader {
 public:
     /// Requires: inputFile is open for reading, can seek, and stands at the stream's first byte.
-    /// Nothing is read yet. Owns: the file only if closesFile. Throws: std::bad_alloc.
+    /// Nothing is read yet. Owns: the file only if closesFile, and not when it throws.
+    /// Throws: std::bad_alloc.
     explicit CBitFileReader(std::FILE* inputFile, bool closesFile = false);
     ~CBitFileReader() override;
 

@@ -19,7 +19,7 @@ CBitFileWriter::CBitFileWriter(std::unique_ptr<unsigned char[]> space, std::FILE
 CBitFileWriter::~CBitFileWriter() {
     if (file == nullptr) return;
     writeRest();
-    if (closeFile) std::fclose(file);
+    if (closeFile && std::fclose(file) != 0) throwWriteFailed();
 }
 
 void CBitFileWriter::writeToFile(std::size_t sizeBytes) {

@@ -15,9 +15,9 @@ inline constexpr std::size_t kFileBufferBytes = 4096;
 class CBitFileWriter final : public CBitWriter {
 public:
     /// Requires: outputFile, unless null, is open for writing while the writer lives.
-    /// Owns: the file only if closesFile. Throws: std::bad_alloc.
+    /// Owns: the file only if closesFile, and not when it throws. Throws: std::bad_alloc.
     explicit CBitFileWriter(std::FILE* outputFile, bool closesFile = false);
-    /// A failed write throws 5 out of this destructor and so ends the process: there is nobody left
+    /// A failed write, or a close that fails, throws 5 out of this destructor and so ends the process: there is nobody left
     /// who could be told that the stream is incomplete.
     ~CBitFileWriter() override;
 

@@ -28,14 +28,16 @@ public:
 
     const char* getType() const override { return "buffer"; }
     char getMode() const override { return 'r'; }
-    /// Bits consumed so far; one more after a read has failed.
+    /// Bits consumed so far; one more after a read has failed; nothing to rely on after a failed
+    /// skip.
     std::uint64_t getTotal() const override;
 
     /// Installs more data in `buffer`, `bufferWords` and `tailBytes` and resets `cursor`.
     /// Throws: 3 when there is no more data; always, in this class.
     virtual void fetch();
     /// Makes this reader go on exactly where source stands; the two share the data afterwards.
-    /// The length in bits is not a limit. Requires: source's data outlives this reader.
+    /// The length in bits is not a limit. Of a source that reads a file only what it has loaded is
+    /// shared; CBitInfiniteReader goes on in the file. Requires: source's data outlives this reader.
     virtual void create(CBitReader* source, std::uint64_t lengthBits);
     /// Consumes nbits bits without looking at them.
     /// Throws: 3 when fewer are left.

@@ -16,9 +16,11 @@ public:
     ///  - arg 0: everything. arg >= 1: that many sections, as if the stream ended behind them.
     ///    arg < 0: suspend the decoding after the row whose index is -arg.
     ///
-    /// Requires: in's data or file stay as they are until the decoding is complete.
+    /// Requires: in's data or file stay as they are until the decoding is complete; not called again
+    /// after it has returned 0 or 4, or thrown.
     /// Returns: 0 complete; 4 the stream ended early, what came was decoded; 8 suspended, call again
-    /// to go on (Quirk 12: the finishing call returns 0 even if the stream had ended early);
+    /// to go on (Quirk 12: the finishing call returns 0 even if the stream had ended early), but
+    /// once killed every call returns 8;
     /// 16 killed, nothing decoded; 128 invalid section header, nothing decoded.
     /// Throws: std::bad_alloc.
     virtual int readWavelet(CBitReader& in, int arg) = 0;

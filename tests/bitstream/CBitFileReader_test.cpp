@@ -107,6 +107,19 @@ TEST(CBitFileReader, NothingLeftInTheFileThrowsOnTheFirstBit) {
     EXPECT_EQ(test::thrownBy([&] { reader.readInt(1); }), kThrownEndOfStream);
 }
 
+TEST(CBitFileReader, GoesOnInItsFileBehindTheDataOfAReaderInMemory) {
+    const ScratchFile file(Bytes(100, 0xAA));
+    CBitFileReader reader(file.get());
+    const Bytes eight(8, 0x11);
+    qmx::CBitReader memory(eight.data(), eight.size());
+    reader.create(&memory, 64);
+    EXPECT_EQ(reader.readInt(32), 0x11111111U);
+    EXPECT_EQ(reader.readInt(32), 0x11111111U);
+    // As many bytes of the file as stood in memory count as read.
+    EXPECT_EQ(test::packed(test::readBits(reader, 92 * 8)), Bytes(92, 0xAA));
+    EXPECT_EQ(test::thrownBy([&] { reader.readInt(1); }), kThrownEndOfStream);
+}
+
 TEST(CBitFileReader, OthersMayMoveTheFileInBetween) {
     const Bits bits = test::randomBits(8 * 20000, 5);
     const ScratchFile file(test::packed(bits));

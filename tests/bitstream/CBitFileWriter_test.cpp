@@ -201,6 +201,14 @@ TEST(CBitFileWriterDeathTest, ShortWriteInTheDestructorEndsTheProcess) {
     EXPECT_DEATH(loseShortStream(), "terminat");
 }
 
+TEST(CBitFileWriterDeathTest, BytesThatTheCloseLosesEndTheProcess) {
+    const auto loseAtClose = [] {
+        CBitFileWriter writer(std::fopen("/dev/full", "wb"), true);
+        writer.writeInt(1, 13);
+    };
+    EXPECT_DEATH(loseAtClose(), "terminat");
+}
+
 TEST(CBitFileWriterDeathTest, DestructorAfterAFailedBufferEndsTheProcessAsWell) {
     const auto loseLongStream = [] {
         CBitFileWriter writer(openFullDevice(), true);

@@ -61,9 +61,11 @@ TEST_F(Suspension, StopSuspendsAnEncoderAfterEachRequestedRow) {
     EXPECT_TRUE(std::equal(stream.begin(), stream.end(), complete.begin() + 16));
 }
 
-TEST_F(Suspension, KillSuspendsAnEncoderToo) {
+TEST_F(Suspension, AKilledEncoderNeverCompletes) {
     encoder->kill();
-    EXPECT_EQ(encoder->writeWavelet(writer, 0), kSuspended);
+    for (int call = 0; call < 3 * kSide; ++call)
+        EXPECT_EQ(encoder->writeWavelet(writer, 0), kSuspended) << call;
+    EXPECT_EQ(writer.getTotal(), 0U);
 }
 
 TEST_F(Suspension, ARowThatTheImageLacksNeverSuspends) {
@@ -105,6 +107,16 @@ TEST_F(Suspension, KillEndsADecoderAtTheNextSectionHeader) {
     EXPECT_EQ(decoder.readWavelet(reader, 0), kKilled);
     EXPECT_EQ(samplesOf(back), std::vector<short>(kSide * kSide, 0));
     EXPECT_LT(reader.getTotal(), 100U);
+}
+
+TEST_F(Suspension, ADecoderThatIsKilledWhileSuspendedNeverCompletes) {
+    CBitReader reader(complete.data() + 16, complete.size() - 16);
+    CImageData<short> back(kSide, kSide, 1);
+    CWaveletDecoder<short> decoder(&back, &filter, false);
+    EXPECT_EQ(decoder.readWavelet(reader, -5), kSuspended);
+    decoder.kill();
+    for (int call = 0; call < 3 * kSide; ++call)
+        EXPECT_EQ(decoder.readWavelet(reader, 0), kSuspended) << call;
 }
 
 TEST(SuspensionOfColours, LaterPlanesStartAtTheResumeRow) {
