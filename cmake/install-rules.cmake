@@ -5,7 +5,6 @@ install(TARGETS tesk_shared tesk_static EXPORT teskTargets
   LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}"
   ARCHIVE DESTINATION "${CMAKE_INSTALL_LIBDIR}")
 install(FILES ${TESK_PUBLIC_HEADERS} DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/tesk")
-install(DIRECTORY docs/man/ DESTINATION "${CMAKE_INSTALL_MANDIR}/man3" FILES_MATCHING PATTERN "*.3")
 
 set(package_folder "${CMAKE_INSTALL_LIBDIR}/cmake/tesk")
 install(EXPORT teskTargets NAMESPACE tesk:: DESTINATION "${package_folder}")
@@ -15,7 +14,26 @@ write_basic_package_version_file(teskConfigVersion.cmake COMPATIBILITY SameMajor
 install(FILES "${PROJECT_BINARY_DIR}/teskConfig.cmake" "${PROJECT_BINARY_DIR}/teskConfigVersion.cmake"
   DESTINATION "${package_folder}")
 
-# pkg-config finds the prefix from where tesk.pc stands, so the installed tree may be moved.
-file(RELATIVE_PATH prefix_from_pc "/${CMAKE_INSTALL_LIBDIR}/pkgconfig" "/")
+# pkg-config finds the prefix from where tesk.pc stands, so the installed tree may be moved. Folders
+# that were given as absolute paths stay where they are.
+if(IS_ABSOLUTE "${CMAKE_INSTALL_LIBDIR}")
+  set(pc_prefix "${CMAKE_INSTALL_PREFIX}")
+else()
+  file(RELATIVE_PATH prefix_from_pc "/${CMAKE_INSTALL_LIBDIR}/pkgconfig" "/")
+  set(pc_prefix "\${pcfiledir}/${prefix_from_pc}")
+endif()
+set(pc_libdir "\${prefix}")
+cmake_path(APPEND pc_libdir "${CMAKE_INSTALL_LIBDIR}")
+set(pc_includedir "\${prefix}")
+cmake_path(APPEND pc_includedir "${CMAKE_INSTALL_INCLUDEDIR}")
 configure_file(cmake/tesk.pc.in tesk.pc @ONLY)
 install(FILES "${PROJECT_BINARY_DIR}/tesk.pc" DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig")
+
+# One manual page for the library; each function that is exported leads to it.
+install(FILES docs/man/libtesk.3 DESTINATION "${CMAKE_INSTALL_MANDIR}/man3")
+file(STRINGS cmake/tesk.map.in functions REGEX "^ +tesk_[a-z_]+;$")
+foreach(function IN LISTS functions)
+  string(REGEX MATCH "tesk_[a-z_]+" name "${function}")
+  file(WRITE "${PROJECT_BINARY_DIR}/man3/${name}.3" ".so man3/libtesk.3\n")
+  install(FILES "${PROJECT_BINARY_DIR}/man3/${name}.3" DESTINATION "${CMAKE_INSTALL_MANDIR}/man3")
+endforeach()
