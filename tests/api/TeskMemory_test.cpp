@@ -1,0 +1,221 @@
+#include <cstdlib>
+#include <gtest/gtest.h>
+#include <new>
+
+#include "api/tesk.h"
+#include "support/CodecCalls.h"
+#include "support/CountingHeap.h"
+
+// Where the memory of a codec comes from. This program replaces new and is linked so that calls of
+// malloc and its fellows pass by here: tests/CMakeLists.txt.
+
+namespace {
+
+/// Calls of the process's allocators while it is true.
+thread_local bool isWatched = false;
+thread_local std::size_t processAllocations = 0;
+
+void note() {
+    if (isWatched) ++processAllocations;
+}
+
+}  // namespace
+
+extern "C" {
+void* __real_malloc(std::size_t size);
+void* __real_calloc(std::size_t count, std::size_t size);
+int __real_posix_memalign(void** memory, std::size_t alignment, std::size_t size);
+void* __wrap_malloc(std::size_t size);
+void* __wrap_calloc(std::size_t count, std::size_t size);
+int __wrap_posix_memalign(void** memory, std::size_t alignment, std::size_t size);
+
+void* __wrap_malloc(std::size_t size) {
+    note();
+    return __real_malloc(size);
+}
+void* __wrap_calloc(std::size_t count, std::size_t size) {
+    note();
+    return __real_calloc(count, size);
+}
+int __wrap_posix_memalign(void** memory, std::size_t alignment, std::size_t size) {
+    note();
+    return __real_posix_memalign(memory, alignment, size);
+}
+}
+
+void* operator new(std::size_t size) {
+    if (void* memory = std::malloc(size != 0 ? size : 1)) return memory;
+    throw std::bad_alloc();
+}
+void* operator new(std::size_t size, std::align_val_t alignment) {
+    void* memory = nullptr;
+    const auto bytes = std::max(sizeof(void*), static_cast<std::size_t>(alignment));
+    if (posix_memalign(&memory, bytes, size) == 0) return memory;
+    throw std::bad_alloc();
+}
+void operator delete(void* memory) noexcept {
+    std::free(memory);
+}
+void operator delete(void* memory, std::size_t) noexcept {
+    std::free(memory);
+}
+void operator delete(void* memory, std::align_val_t) noexcept {
+    std::free(memory);
+}
+void operator delete(void* memory, std::size_t, std::align_val_t) noexcept {
+    std::free(memory);
+}
+
+namespace {
+
+using test::Bytes;
+using test::Content;
+using test::RawImage;
+
+/// Hooks that hand out pieces of one array, and so need no allocator themselves.
+class Arena {
+public:
+    tesk_options options() {
+        tesk_options chosen = TESK_OPTIONS_INIT;
+        chosen.allocate = [](void* user, std::size_t size) -> void* {
+            Arena& arena = *static_cast<Arena*>(user);
+            const std::size_t place = arena.used;
+            arena.used += (size + 15) / 16 * 16;
+            if (arena.used > kBytes) return nullptr;
+            ++arena.live;
+            return arena.bytes.get() + place;
+        };
+        chosen.release = [](void* user, void*) { --static_cast<Arena*>(user)->live; };
+        chosen.user = this;
+        return chosen;
+    }
+
+    int live = 0;
+
+private:
+    static constexpr std::size_t kBytes = 1 << 24;
+
+    std::size_t used = 0;
+    std::unique_ptr<unsigned char[]> bytes{new unsigned char[kBytes]};
+};
+
+/// Compresses and decompresses with a codec of its own. Returns: calls of the process's allocators.
+std::size_t allocationsOfRoundTrip(const tesk_options* options, const RawImage& image) {
+    const tesk_image geometry = test::geometryOf(image);
+    Bytes out(image.bytes.size());
+    tesk_codec* codec = nullptr;
+    void* block = nullptr;
+    tesk_result result = TESK_RESULT_INIT;
+    processAllocations = 0;
+    isWatched = true;
+    tesk_create(options, &codec);
+    const tesk_status compressed =
+        tesk_compress_to_block(codec, &geometry, image.bytes.data(), 0, 0, &block, &result);
+    const tesk_status decompressed =
+        tesk_decompress(codec, block, result.stream_bytes, out.data(), out.size(), 0, nullptr);
+    tesk_release_block(codec, block);
+    tesk_destroy(codec);
+    isWatched = false;
+    EXPECT_EQ(compressed, TESK_OK);
+    EXPECT_EQ(decompressed, TESK_OK);
+    EXPECT_EQ(out, image.bytes);
+    return processAllocations;
+}
+
+TEST(TeskMemory, AllOfItComesFromTheHooks) {
+    for (const int bytes : {1, 2, 3}) {
+        const RawImage image = test::makeImage(Content::photo, bytes, bytes == 2 ? 16 : 8, 40, 30);
+        Arena arena;
+        const tesk_options options = arena.options();
+        EXPECT_EQ(allocationsOfRoundTrip(&options, image), 0U);
+        EXPECT_EQ(arena.live, 0);
+        EXPECT_GT(allocationsOfRoundTrip(nullptr, image), 10U) << "the count works";
+    }
+}
+
+TEST(TeskMemory, BlocksOutliveTheCodec) {
+    test::CountingHeap heap;
+    const tesk_options options = heap.options();
+    const RawImage image = test::makeImage(Content::photo, 1, 8, 20, 20);
+    const tesk_image geometry = test::geometryOf(image);
+    test::Codec codec = test::makeCodec(&options);
+    void* block = nullptr;
+    tesk_result result = TESK_RESULT_INIT;
+    tesk_compress_to_block(codec.get(), &geometry, image.bytes.data(), 0, 0, &block, &result);
+    codec.reset();
+    ASSERT_EQ(heap.live.size(), 1U);
+    EXPECT_EQ(heap.live.begin()->first, block);
+    EXPECT_EQ(heap.live.begin()->second, result.stream_bytes);
+    options.release(options.user, block);
+}
+
+TEST(TeskMemory, BlocksAreAsLongAsTheirStream) {
+    test::CountingHeap heap;
+    const tesk_options options = heap.options();
+    const test::Codec codec = test::makeCodec(&options);
+    for (const std::size_t budget : {0U, 16U, 17U, 100U, 100000U}) {
+        const RawImage image = test::makeImage(Content::photo, 3, 8, 20, 20);
+        const test::Call call = test::compressCall(codec.get(), image, budget);
+        EXPECT_EQ(heap.sizes.back(), call.result.stream_bytes);
+        EXPECT_EQ(call.bytes.size(), call.result.stream_bytes);
+    }
+}
+
+TEST(TeskMemory, EveryFailureIsReportedAndLeavesACodecThatWorks) {
+    for (const int bytes : {1, 2, 3}) {
+        const RawImage image = test::makeImage(Content::photo, bytes, bytes == 2 ? 16 : 8, 9, 8);
+        test::CountingHeap heap;
+        const tesk_options options = heap.options();
+        const test::Codec codec = test::makeCodec(&options);
+        const Bytes stream = test::compressCall(codec.get(), image).bytes;
+        const auto sweep = [&](auto work) {
+            heap.restart();
+            const test::Call good = work();
+            const std::size_t calls = heap.calls;
+            EXPECT_EQ(good.status, TESK_OK);
+            EXPECT_GT(calls, 3U);
+            for (std::size_t n = 0; n < calls; ++n) {
+                heap.restart();
+                heap.failAt = n;
+                EXPECT_EQ(work().status, TESK_OUT_OF_MEMORY) << n << " of " << calls;
+                EXPECT_EQ(heap.live.size(), 1U) << "the codec alone";
+                heap.failAt = test::CountingHeap::kNever;
+            }
+            EXPECT_EQ(work().bytes, good.bytes);
+        };
+        sweep([&] { return test::compressCall(codec.get(), image); });
+        sweep([&] { return test::decompressCall(codec.get(), stream); });
+    }
+}
+
+TEST(TeskMemory, AStopInTheMiddleOfACallEndsItAndLeavesNothing) {
+    const RawImage image = test::makeImage(Content::photo, 1, 8, 24, 24);
+    test::CountingHeap heap;
+    const tesk_options options = heap.options();
+    const test::Codec codec = test::makeCodec(&options);
+    heap.stopped = codec.get();
+    heap.restart();
+    const Bytes stream = test::compressCall(codec.get(), image).bytes;
+    const std::size_t calls = heap.calls;
+    for (std::size_t n = 0; n < calls; ++n) {
+        heap.restart();
+        heap.stopAt = n;
+        const test::Call call = test::compressCall(codec.get(), image);
+        const bool wasForTheBlock = n + 1 == calls;
+        EXPECT_EQ(call.status, wasForTheBlock ? TESK_OK : TESK_STOPPED) << n;
+        EXPECT_EQ(call.result.stream_bytes, wasForTheBlock ? stream.size() : 0U);
+        EXPECT_EQ(heap.live.size(), 1U);
+        tesk_clear_stop(codec.get());
+    }
+    for (std::size_t n = 0; n < 4; ++n) {
+        heap.restart();
+        heap.stopAt = n;
+        EXPECT_EQ(test::decompressCall(codec.get(), stream).status, TESK_STOPPED) << n;
+        EXPECT_EQ(heap.live.size(), 1U);
+        tesk_clear_stop(codec.get());
+    }
+    heap.stopAt = test::CountingHeap::kNever;
+    EXPECT_EQ(test::compressCall(codec.get(), image).bytes, stream);
+}
+
+}  // namespace
