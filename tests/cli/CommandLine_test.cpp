@@ -52,7 +52,8 @@ TEST(CommandLine, NoArgumentsAreNoRequest) {
 }
 
 TEST(CommandLine, UnknownWordsAreNoRequestWithAnyCount) {
-    for (const char* word : {"x", "", "M", "mm", "mc", "cx", "Cx", "dx", "Dm", " c", "-c", "1"})
+    for (const char* word : {"x",  "",   "M",  "mm", "mc", "cx", "Cx",  "cC", "CC", "cd",
+                             "dx", "Dm", "dd", "DD", "dC", "xc", "mcc", " c", "-c", "1"})
         EXPECT_THAT(acceptedCounts(word), testing::IsEmpty()) << word;
 }
 
@@ -64,6 +65,49 @@ TEST(CommandLine, CompressionTakesSixToEightArgumentsBehindTheWord) {
 TEST(CommandLine, DecompressionTakesTwoOrThreeArgumentsBehindTheWord) {
     EXPECT_THAT(acceptedCounts("d"), testing::ElementsAre(2, 3));
     EXPECT_THAT(acceptedCounts("D"), testing::ElementsAre(2, 3));
+}
+
+TEST(CommandLine, ASecondLetterCKeepsTheCountsWhateverFollowsIt) {
+    for (const char* word : {"cc", "Cc", "ccx", "ccc", "cc -"})
+        EXPECT_THAT(acceptedCounts(word), testing::ElementsAre(6, 7, 8)) << word;
+    for (const char* word : {"dc", "Dc", "dcx", "Dcd"})
+        EXPECT_THAT(acceptedCounts(word), testing::ElementsAre(2, 3)) << word;
+}
+
+TEST(CommandLine, ASecondLetterCSelectsTheMemoryMode) {
+    for (const char* word : {"cc", "Cc", "ccx"}) {
+        const auto line = parse(wordWith(word, 6)).value();
+        EXPECT_EQ(line.action, Action::compress);
+        EXPECT_TRUE(line.inMemory);
+        EXPECT_EQ(line.upper, word[0] == 'C');
+    }
+    for (const char* word : {"dc", "Dc", "dcd"}) {
+        const auto line = parse(wordWith(word, 2)).value();
+        EXPECT_EQ(line.action, Action::decompress);
+        EXPECT_TRUE(line.inMemory);
+        EXPECT_EQ(line.upper, word[0] == 'D');
+    }
+}
+
+TEST(CommandLine, OneLetterSelectsNoMemoryMode) {
+    for (const char* word : {"c", "C", "m"})
+        EXPECT_FALSE(parse(wordWith(word, 6)).value().inMemory) << word;
+    for (const char* word : {"d", "D"})
+        EXPECT_FALSE(parse(wordWith(word, 2)).value().inMemory) << word;
+}
+
+TEST(CommandLine, MemoryModesTakeNamesAndNumbersInTheSameOrder) {
+    const auto line =
+        parse({"cc", "in.raw", "2", "12", "640", "480", "out.tk", "0.5", "-3"}).value();
+    EXPECT_STREQ(line.inputName, "in.raw");
+    EXPECT_STREQ(line.otherName, "out.tk");
+    EXPECT_EQ(line.geometry.bytesPerPixel, 2);
+    EXPECT_EQ(line.geometry.bitsPerPixel, 12);
+    EXPECT_EQ(line.geometry.width, 640);
+    EXPECT_EQ(line.geometry.height, 480);
+    EXPECT_EQ(line.rate, 0.5);
+    EXPECT_EQ(line.extra, -3);
+    EXPECT_STREQ(parse({"dc", "in.tk", "out.raw"}).value().otherName, "out.raw");
 }
 
 TEST(CommandLine, ComparisonTakesSixArgumentsBehindTheWord) {

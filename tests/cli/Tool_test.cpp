@@ -105,6 +105,37 @@ TEST_F(Tool, BudgetedStreamsDecodeTheSameWithEitherWord) {
     }
 }
 
+TEST_F(Tool, MemoryWordsDecodeAsTheOthersDo) {
+    int compared = 0;
+    for (const RawImage& image : imagesOf(Content::noise, {{16, 16}, {33, 18}, {1, 7}, {5, 0}})) {
+        const Bytes complete = compress(image, "cc", "99");
+        for (const std::size_t size :
+             {complete.size(), complete.size() - 1, complete.size() / 2, complete.size() / 4}) {
+            // Without a byte behind the header d gives zeros and dc nothing.
+            if (size <= test::kHeaderBytes) continue;
+            SCOPED_TRACE(nameOf(image) + " cut to " + std::to_string(size) + " bytes");
+            const Bytes stream(complete.begin(),
+                               complete.begin() + static_cast<std::ptrdiff_t>(size));
+            const Outcome here = decompressHere(stream, false);
+            if (here.status != 0) continue;  // dc reports it, with status 0
+            ++compared;
+            const Outcome memory = decompress(stream, "dc");
+            EXPECT_EQ(memory.status, 0);
+            EXPECT_TRUE(sameBytes(here.bytes, memory.bytes));
+            EXPECT_TRUE(sameBytes(decompress(stream, "d").bytes, memory.bytes));
+        }
+    }
+    EXPECT_GT(compared, 50);
+}
+
+TEST_F(Tool, MemoryWordsCompressAsTheOthersDoWhereTheProfilesAgree) {
+    for (const RawImage& image : imagesOf(Content::photo, {{24, 24}, {37, 53}, {3, 40}})) {
+        SCOPED_TRACE(nameOf(image));
+        EXPECT_TRUE(sameBytes(compress(image, "c"), compress(image, "cc", "99")));
+        EXPECT_TRUE(sameBytes(compress(image, "C", "0.3"), compress(image, "cc", "0.3")));
+    }
+}
+
 TEST_F(Tool, LinesOfTheGreatestLengthPass) {
     for (const Size size : {Size{65535, 1}, {1, 65535}, {65535, 2}, {2, 65535}}) {
         const RawImage image = test::makeImage(Content::photo, 1, 8, size.width, size.height);

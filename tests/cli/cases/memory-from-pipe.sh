@@ -1,0 +1,17 @@
+# A file that cannot seek gives the same.
+for stream in g8_photo_261x1026.c rgb_photo_64x48.cc_0.2; do
+  run dc "$GOLDEN/$stream.tk" file.raw
+  cat "$GOLDEN/$stream.tk" | run dc /dev/stdin pipe.raw
+  cmp file.raw pipe.raw
+done
+cat "$GOLDEN/g8_photo_64x64.raw" | run cc /dev/stdin 1 8 64 64 out.tk
+cmp out.tk "$GOLDEN/g8_photo_64x64.cc.tk"
+mkfifo pipe
+cat pipe >out.tk &
+run cc "$GOLDEN/g8_photo_64x64.raw" 1 8 64 64 pipe 9
+wait
+cmp out.tk "$GOLDEN/g8_photo_64x64.c.tk"
+cat pipe >out.raw &
+run dc out.tk pipe
+wait
+cmp out.raw "$GOLDEN/g8_photo_64x64.raw"
