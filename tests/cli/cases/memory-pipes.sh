@@ -1,9 +1,4 @@
-# A file that cannot seek gives the same.
-for stream in g8_photo_261x1026.c rgb_photo_64x48.cc_0.2; do
-  run dc "$GOLDEN/$stream.tk" file.raw
-  cat "$GOLDEN/$stream.tk" | run dc /dev/stdin pipe.raw
-  cmp file.raw pipe.raw
-done
+# A raw file that cannot seek, and outputs that cannot.
 cat "$GOLDEN/g8_photo_64x64.raw" | run cc /dev/stdin 1 8 64 64 out.tk
 cmp out.tk "$GOLDEN/g8_photo_64x64.cc.tk"
 mkfifo pipe
