@@ -43,26 +43,27 @@ int __wrap_posix_memalign(void** memory, std::size_t alignment, std::size_t size
 }
 }
 
-void* operator new(std::size_t size) {
+// Not inlined: the compiler would see new memory go to free, and warn.
+[[gnu::noinline]] void* operator new(std::size_t size) {
     if (void* memory = std::malloc(size != 0 ? size : 1)) return memory;
     throw std::bad_alloc();
 }
-void* operator new(std::size_t size, std::align_val_t alignment) {
+[[gnu::noinline]] void* operator new(std::size_t size, std::align_val_t alignment) {
     void* memory = nullptr;
     const auto bytes = std::max(sizeof(void*), static_cast<std::size_t>(alignment));
     if (posix_memalign(&memory, bytes, size) == 0) return memory;
     throw std::bad_alloc();
 }
-void operator delete(void* memory) noexcept {
+[[gnu::noinline]] void operator delete(void* memory) noexcept {
     std::free(memory);
 }
-void operator delete(void* memory, std::size_t) noexcept {
+[[gnu::noinline]] void operator delete(void* memory, std::size_t) noexcept {
     std::free(memory);
 }
-void operator delete(void* memory, std::align_val_t) noexcept {
+[[gnu::noinline]] void operator delete(void* memory, std::align_val_t) noexcept {
     std::free(memory);
 }
-void operator delete(void* memory, std::size_t, std::align_val_t) noexcept {
+[[gnu::noinline]] void operator delete(void* memory, std::size_t, std::align_val_t) noexcept {
     std::free(memory);
 }
 
