@@ -47,7 +47,7 @@ tesk_status runCall(const tesk_codec& codec, tesk_result* result, Work work) {
     CCallMemory memory(codec.hooks, codec.maxMemoryBytes);
     tesk_status status = TESK_OUT_OF_MEMORY;
     try {
-        status = codec.isStopped() ? TESK_STOPPED : work(memory);
+        status = work(memory);
     } catch (...) {
         if (memory.limitReached()) status = TESK_LIMIT_EXCEEDED;
     }

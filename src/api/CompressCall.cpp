@@ -73,11 +73,12 @@ tesk_status writeStream(CompressRequest& request, CWaveletEncoder<T>& encoder,
                         CCallMemory& memory) {
     const std::size_t completeBytes = sizeof(TKHeader) + (encoder.getStreamBits() + 7) / 8;
     const bool isCut = request.budgetBytes != 0 && request.budgetBytes < completeBytes;
-    request.streamBytes = isCut ? request.budgetBytes : completeBytes;
-    unsigned char* out = request.place.take(request.streamBytes, memory);
+    const std::size_t streamBytes = isCut ? request.budgetBytes : completeBytes;
+    unsigned char* out = request.place.take(streamBytes, memory);
+    request.streamBytes = streamBytes;
     if (out == nullptr) return TESK_BUFFER_TOO_SMALL;
     std::memcpy(out, &request.header, sizeof(TKHeader));
-    CBitWriter writer(out + sizeof(TKHeader), request.streamBytes - sizeof(TKHeader));
+    CBitWriter writer(out + sizeof(TKHeader), streamBytes - sizeof(TKHeader));
     try {
         encoder.writeStream(writer);
     } catch (int) {
@@ -110,6 +111,7 @@ tesk_status compressTo(tesk_codec* codec, const tesk_image* image, const void* p
     if (!clearResult(result)) return TESK_INVALID_ARGUMENT;
     if (codec == nullptr || image == nullptr || !hasKnownSize(*image)) return TESK_INVALID_ARGUMENT;
     if (budgetBytes != 0 && budgetBytes < sizeof(TKHeader)) return TESK_INVALID_ARGUMENT;
+    if (codec->isStopped()) return TESK_STOPPED;
 
     TKHeader header;
     if (const tesk_status status = checkImage(*image, header); status != TESK_OK) return status;

@@ -68,6 +68,7 @@ tesk_status tesk_decompress(tesk_codec* codec, const void* stream, size_t stream
     if (!qmx::clearResult(result)) return TESK_INVALID_ARGUMENT;
     if (codec == nullptr || stream == nullptr || (out == nullptr && out_bytes != 0))
         return TESK_INVALID_ARGUMENT;
+    if (codec->isStopped()) return TESK_STOPPED;
 
     qmx::TKHeader header;
     tesk_status status = qmx::readHeader(stream, stream_bytes, header);

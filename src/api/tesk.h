@@ -100,8 +100,8 @@ tesk_status tesk_create(const tesk_options* options, tesk_codec** codec);
 void tesk_destroy(tesk_codec* codec);
 
 /* Ends the call that works with codec, from any thread, within about one transform level or one row
- * of pixels. All further calls return TESK_STOPPED until tesk_clear_stop. Requires: codec is not
- * null and not destroyed. */
+ * of pixels. All further calls return TESK_STOPPED until tesk_clear_stop, those with an invalid
+ * argument aside. Requires: codec is not null and not destroyed. */
 void tesk_stop(tesk_codec* codec);
 void tesk_clear_stop(tesk_codec* codec);
 

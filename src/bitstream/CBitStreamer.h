@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -35,7 +36,7 @@ public:
     const char* getName() const { return name; }
     /// Copies text, as far as there is room for it.
     void setName(const char* text) {
-        const std::size_t length = strnlen(text, kNameBytes - 1);
+        const std::size_t length = std::min(std::strlen(text), kNameBytes - 1);
         std::memmove(name, text, length);
         name[length] = 0;
     }

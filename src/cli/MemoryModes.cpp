@@ -24,22 +24,6 @@ ByteArray readPixels(FilePtr raw, std::size_t sizeBytes) {
     return pixels;
 }
 
-/// A file that was read to memory.
-struct FileBytes {
-    ByteArray bytes;
-    std::size_t sizeBytes;
-};
-
-FileBytes readWhole(FilePtr file) {
-    file = makeSeekable(std::move(file), nullptr, 0);
-    fseeko(file.get(), 0, SEEK_END);
-    const auto sizeBytes = static_cast<std::size_t>(std::max<off_t>(ftello(file.get()), 0));
-    fseeko(file.get(), 0, SEEK_SET);
-    FileBytes whole{std::make_unique_for_overwrite<unsigned char[]>(sizeBytes), 0};
-    whole.sizeBytes = readUpTo(file.get(), whole.bytes.get(), sizeBytes);
-    return whole;
-}
-
 void writeBlock(CTeskCompressor& compressor, std::FILE* stream) {
     const auto release = [&](unsigned char* block) { compressor.freeBlock(block); };
     const std::unique_ptr<unsigned char, decltype(release)> block(compressor.getBlock(), release);
@@ -85,7 +69,7 @@ int decompressInMemory(const CommandLine& line) {
     if (!raw) return 1;
     rememberOutput(line.otherName);
 
-    const FileBytes stream = readWhole(std::move(streamFile));
+    const FileBytes stream = readRest(streamFile.get());
     rememberHeaderOf(stream);
     CTeskDecompressor decompressor(stream.bytes.get(), stream.sizeBytes);
     const TKHeader header =

@@ -16,26 +16,6 @@
 namespace qmx {
 namespace {
 
-/// A stream that was read to memory.
-struct StreamBytes {
-    std::unique_ptr<unsigned char[]> bytes;
-    std::size_t sizeBytes = 0;
-};
-
-/// Reads everything behind the header. Requires: file can seek.
-StreamBytes readToMemory(std::FILE* file) {
-    std::puts(kReadingToMemory);
-    fseeko(file, 0, SEEK_END);
-    const off_t behindHeader = ftello(file) - static_cast<off_t>(sizeof(TKHeader));
-    StreamBytes stream;
-    if (behindHeader <= 0) return stream;
-    fseeko(file, sizeof(TKHeader), SEEK_SET);
-    const auto wanted = static_cast<std::size_t>(behindHeader);
-    stream.bytes = std::make_unique_for_overwrite<unsigned char[]>(wanted);
-    stream.sizeBytes = readUpTo(file, stream.bytes.get(), wanted);
-    return stream;
-}
-
 /// Decodes the coefficients; a suspended call is repeated once, without the extra number.
 int readCoefficients(IWaveletDecoder& decoder, CBitReader& reader, unsigned coefficientBits,
                      int extra) {
@@ -47,7 +27,8 @@ int readCoefficients(IWaveletDecoder& decoder, CBitReader& reader, unsigned coef
 template <class T>
 int readStream(CWaveletDecoder<T>& decoder, FilePtr in, bool upper, int extra) {
     if (upper) {
-        const StreamBytes stream = readToMemory(in.get());
+        std::puts(kReadingToMemory);
+        const FileBytes stream = readRest(in.get());
         CBitReader reader(stream.bytes.get(), stream.sizeBytes);
         return readCoefficients(decoder, reader, kSampleBits<T>, extra);
     }

@@ -10,7 +10,7 @@ namespace qmx {
 /// Decompresses the coefficient stream behind a header into a raw image file. Prints its progress on
 /// standard output.
 ///
-///  - in: the stream file, which begins with the header and stands behind it; closed here. It is copied into a temporary
+///  - in: the stream file, positioned behind the header; closed here. It is copied into a temporary
 ///    file first if it cannot seek.
 ///  - out: the raw file; closed here.
 ///  - upper: read the whole stream and write the whole image at once; else go through a window of

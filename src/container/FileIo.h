@@ -29,6 +29,16 @@ void writeAll(std::FILE* file, FileRole role, const void* bytes, std::size_t siz
 /// FileError for any other reason to stop.
 std::size_t readUpTo(std::FILE* file, void* bytes, std::size_t sizeBytes);
 
+/// Bytes of a file in memory.
+struct FileBytes {
+    std::unique_ptr<unsigned char[]> bytes;
+    std::size_t sizeBytes = 0;
+};
+
+/// Reads the input from where it stands to its end. Returns: its bytes. Throws: FileError, also when
+/// there is no memory for them.
+FileBytes readRest(std::FILE* file);
+
 /// Hands everything written to the operating system and closes the output file, which is closed
 /// also when this throws: errors of earlier writes may show only here. Throws: FileError.
 void closeOutput(FilePtr file);

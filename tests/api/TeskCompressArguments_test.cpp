@@ -2,6 +2,7 @@
 
 #include "api/tesk.h"
 #include "support/CodecCalls.h"
+#include "support/LibraryCodec.h"
 
 // What both calls that compress refuse.
 
@@ -42,10 +43,18 @@ TEST_F(TeskCompressArguments, NullPointersAreInvalid) {
     expectRefusal(TESK_INVALID_ARGUMENT, &geometry, pixels, nullptr);
     expectRefusal(TESK_INVALID_ARGUMENT, nullptr, pixels, codec.get());
     expectRefusal(TESK_INVALID_ARGUMENT, &geometry, nullptr, codec.get());
-    EXPECT_EQ(tesk_compress(codec.get(), &geometry, pixels, 0, 0, nullptr, 1, nullptr),
-              TESK_INVALID_ARGUMENT);
     EXPECT_EQ(tesk_compress_to_block(codec.get(), &geometry, pixels, 0, 0, nullptr, nullptr),
               TESK_INVALID_ARGUMENT);
+}
+
+TEST_F(TeskCompressArguments, ANullBufferHasNoRoomWhateverItsSize) {
+    for (const std::size_t size : {std::size_t{0}, std::size_t{1} << 40}) {
+        tesk_result result = TESK_RESULT_INIT;
+        EXPECT_EQ(
+            tesk_compress(codec.get(), &geometry, image.bytes.data(), 0, 0, nullptr, size, &result),
+            TESK_BUFFER_TOO_SMALL);
+        EXPECT_EQ(result.stream_bytes, test::encode(image).size());
+    }
 }
 
 TEST_F(TeskCompressArguments, UnknownStructSizesAreInvalidAndLongerOnesAreNot) {
