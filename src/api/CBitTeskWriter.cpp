@@ -27,6 +27,10 @@ CBitTeskWriter::~CBitTeskWriter() {
     releaseBlock();
 }
 
+void CBitTeskWriter::releaseBlock() {
+    if (void* block = takeOwnedBlock()) CBitTeskWriter::deleteBlock(block);
+}
+
 void CBitTeskWriter::setSize(std::uint64_t sizeBytes) {
     if (budget != 0) return;
     CBitLazyWriter::setSize(sizeBytes < kHeaderBytes ? sizeBytes : sizeBytes - kHeaderBytes);

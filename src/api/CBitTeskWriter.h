@@ -25,7 +25,8 @@ public:
     void* allocateBlock(std::uint64_t sizeBytes) override;
     void deleteBlock(void* block) override;
 
-    using CBitLazyWriter::releaseBlock;
+    /// Releases the block if it is this writer's.
+    void releaseBlock();
     /// Returns: the header in front of the bits, or null before the first bit.
     unsigned char* getHeader() const;
     /// Returns: whole bytes that the bits take in the block.

@@ -79,11 +79,11 @@ const char* tesk_status_message(int status) {
     }
 }
 
-tesk_status tesk_probe(const void* stream, size_t stream_bytes, tesk_image* image) {
+tesk_status tesk_probe(const void* stream, size_t streamBytes, tesk_image* image) {
     if (stream == nullptr || image == nullptr || !qmx::hasKnownSize(*image))
         return TESK_INVALID_ARGUMENT;
     qmx::TKHeader header;
-    const tesk_status status = qmx::readHeader(stream, stream_bytes, header);
+    const tesk_status status = qmx::readHeader(stream, streamBytes, header);
     if (status == TESK_INVALID_STREAM) return status;
     image->width = header.xSize;
     image->height = header.ySize;

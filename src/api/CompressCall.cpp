@@ -135,17 +135,17 @@ tesk_status compressTo(tesk_codec* codec, const tesk_image* image, const void* p
 }  // namespace qmx
 
 tesk_status tesk_compress(tesk_codec* codec, const tesk_image* image, const void* pixels,
-                          size_t row_stride_bytes, size_t budget_bytes, void* out, size_t out_bytes,
+                          size_t rowStrideBytes, size_t budgetBytes, void* out, size_t outBytes,
                           tesk_result* result) {
-    qmx::CCallerBuffer buffer(out, out == nullptr ? 0 : out_bytes);
-    return qmx::compressTo(codec, image, pixels, row_stride_bytes, budget_bytes, buffer, result);
+    qmx::CCallerBuffer buffer(out, out == nullptr ? 0 : outBytes);
+    return qmx::compressTo(codec, image, pixels, rowStrideBytes, budgetBytes, buffer, result);
 }
 
 tesk_status tesk_compress_to_block(tesk_codec* codec, const tesk_image* image, const void* pixels,
-                                   size_t row_stride_bytes, size_t budget_bytes, void** block,
+                                   size_t rowStrideBytes, size_t budgetBytes, void** block,
                                    tesk_result* result) {
     if (block == nullptr) return TESK_INVALID_ARGUMENT;
     *block = nullptr;
     qmx::COutputBlock place(block);
-    return qmx::compressTo(codec, image, pixels, row_stride_bytes, budget_bytes, place, result);
+    return qmx::compressTo(codec, image, pixels, rowStrideBytes, budgetBytes, place, result);
 }

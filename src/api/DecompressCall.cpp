@@ -63,27 +63,27 @@ tesk_status decompressImage(const DecompressRequest& request, CCallMemory& memor
 }  // namespace
 }  // namespace qmx
 
-tesk_status tesk_decompress(tesk_codec* codec, const void* stream, size_t stream_bytes, void* out,
-                            size_t out_bytes, size_t row_stride_bytes, tesk_result* result) {
+tesk_status tesk_decompress(tesk_codec* codec, const void* stream, size_t streamBytes, void* out,
+                            size_t outBytes, size_t rowStrideBytes, tesk_result* result) {
     if (!qmx::clearResult(result)) return TESK_INVALID_ARGUMENT;
-    if (codec == nullptr || stream == nullptr || (out == nullptr && out_bytes != 0))
+    if (codec == nullptr || stream == nullptr || (out == nullptr && outBytes != 0))
         return TESK_INVALID_ARGUMENT;
     if (codec->isStopped()) return TESK_STOPPED;
 
     qmx::TKHeader header;
-    tesk_status status = qmx::readHeader(stream, stream_bytes, header);
+    tesk_status status = qmx::readHeader(stream, streamBytes, header);
     if (status != TESK_OK) return status;
-    const std::size_t stride = qmx::strideOrDefault(row_stride_bytes, header);
+    const std::size_t stride = qmx::strideOrDefault(rowStrideBytes, header);
     if (stride == 0) return TESK_INVALID_ARGUMENT;
     status = qmx::checkPixels(*codec, header);
     if (status != TESK_OK) return status;
-    if (qmx::outputExtent(header, stride) > out_bytes) return TESK_BUFFER_TOO_SMALL;
+    if (qmx::outputExtent(header, stride) > outBytes) return TESK_BUFFER_TOO_SMALL;
 
     const auto* bytes = static_cast<const unsigned char*>(stream);
     const qmx::DecompressRequest request{*codec,
                                          header,
                                          bytes + sizeof header,
-                                         stream_bytes - sizeof header,
+                                         streamBytes - sizeof header,
                                          static_cast<unsigned char*>(out),
                                          stride};
     return qmx::runCall(*codec, result, [&](qmx::CCallMemory& memory) {

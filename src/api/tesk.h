@@ -24,6 +24,7 @@
 extern "C" {
 #endif
 
+/* Names as is usual in C. NOLINTBEGIN(readability-identifier-naming) */
 #pragma GCC visibility push(default)
 
 /* What a call answers. The numbers do not change. */
@@ -167,6 +168,7 @@ tesk_status tesk_decompress(tesk_codec* codec, const void* stream, size_t stream
                             size_t out_bytes, size_t row_stride_bytes, tesk_result* result);
 
 #pragma GCC visibility pop
+/* NOLINTEND(readability-identifier-naming) */
 
 #ifdef __cplusplus
 }

@@ -11,13 +11,14 @@ CBitLazyWriter::CBitLazyWriter(std::uint64_t blockSizeBytes, bool ownsItsBlock)
 }
 
 CBitLazyWriter::~CBitLazyWriter() {
-    CBitLazyWriter::releaseBlock();
+    if (void* block = takeOwnedBlock()) CBitLazyWriter::deleteBlock(block);
 }
 
-void CBitLazyWriter::releaseBlock() {
-    if (!ownsBlock || !hasBlock()) return;
-    deleteBlock(buffer);
+void* CBitLazyWriter::takeOwnedBlock() {
+    if (!ownsBlock || !hasBlock()) return nullptr;
+    void* block = buffer;
     buffer = reinterpret_cast<unsigned char*>(&inlineWord);
+    return block;
 }
 
 void CBitLazyWriter::flushBuffer() {

@@ -29,9 +29,10 @@ public:
 
 protected:
     bool hasBlock() const { return buffer != inlineBytes(); }
-    /// Gives the block back if it is this writer's. Each class that overrides deleteBlock calls it
-    /// in its destructor, because a destructor of a base does not reach the override.
-    void releaseBlock();
+    /// Returns: the block if it is this writer's, else null; the writer has none afterwards. Each
+    /// class that overrides deleteBlock gives its own the block in its destructor, because the
+    /// destructor of the base does not reach the override.
+    void* takeOwnedBlock();
 
     std::uint64_t inlineWord = 0;
     std::uint64_t blockSize;
