@@ -34,7 +34,7 @@ add_library(tesk::tesk ALIAS tesk_shared)
 
 configure_file(cmake/tesk.map.in tesk.map @ONLY)
 target_link_options(tesk_shared PRIVATE
-  "LINKER:--version-script=${PROJECT_BINARY_DIR}/tesk.map" LINKER:--no-undefined)
+  "LINKER:--version-script=${PROJECT_BINARY_DIR}/tesk.map")
 set_target_properties(tesk_shared PROPERTIES
   VERSION ${PROJECT_VERSION}
   SOVERSION ${PROJECT_VERSION_MAJOR}

@@ -3,6 +3,7 @@
 #include <cstdlib>
 
 #include "api/CBitTeskWriter.h"
+#include "api/CompressorLoss.h"
 #include "bitstream/CAligned.h"
 #include "bitstream/Status.h"
 #include "container/Budget.h"
@@ -82,6 +83,19 @@ unsigned char* CTeskCompressor::getBlock() const {
 
 unsigned long CTeskCompressor::getStreamSize() const {
     return getBlock() != nullptr ? sizeof(TKHeader) + writer->getStoredBytes() : 0;
+}
+
+LossReport findLoss(CTeskCompressor& compressor) {
+    const TKHeader& header = compressor;
+    StreamFate fate;
+    fate.stream = compressor.getBlock() + sizeof header;
+    fate.streamBytes = compressor.writer->getStoredBytes();
+    return dispatchSamples(
+        header, MostBitsOfShort::inMemory,
+        [&]<class T, class P>() {
+            return findLoss(static_cast<CWaveletEncoder<T>&>(*compressor.encoder), header, fate);
+        },
+        [] { return LossReport{}; });
 }
 
 void CTeskCompressor::releaseBlock() {

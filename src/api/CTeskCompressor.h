@@ -9,6 +9,7 @@ namespace qmx {
 
 class CBitTeskWriter;
 class IWaveletEncoder;
+struct LossReport;
 
 #pragma GCC visibility push(default)
 
@@ -57,6 +58,7 @@ protected:
 
 private:
     friend class CBitTeskWriter;
+    friend LossReport findLoss(CTeskCompressor& compressor);
 
     template <class T, class P>
     void setup(const void* data);

@@ -24,6 +24,7 @@ bool clearResult(tesk_result* result) {
     if (!hasKnownSize(*result)) return false;
     result->stream_bytes = 0;
     result->peak_memory_bytes = 0;
+    result->loss = TESK_LOSS_NONE;
     return true;
 }
 
@@ -76,6 +77,29 @@ const char* tesk_status_message(int status) {
             return "invalid argument";
         default:
             return "unknown status";
+    }
+}
+
+const char* tesk_loss_message(int loss) {
+    switch (loss) {
+        case TESK_LOSS_NONE:
+            return "the image comes back exactly";
+        case TESK_LOSS_BUDGET:
+            return "the stream was cut at the budget";
+        case TESK_LOSS_SIDE_OF_ONE:
+            return "an image with a side of 1 pixel has no coefficients";
+        case TESK_LOSS_THIN_IMAGE:
+            return "decoders filter the longer side of an image with a side of 2 or 3 pixels";
+        case TESK_LOSS_WRAPPED:
+            return "coefficients do not fit 16 bits: samples exceed the bits per pixel";
+        case TESK_LOSS_ENDLESS_RUN:
+            return "a section covers more coefficients than a run can pass over";
+        case TESK_LOSS_LONG_SECTION:
+            return "a section is longer than its length field can say";
+        case TESK_LOSS_UNCHECKED:
+            return "there was no memory to find out whether the image comes back";
+        default:
+            return "unknown loss";
     }
 }
 

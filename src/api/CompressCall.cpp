@@ -5,6 +5,7 @@
 #include "api/CodecHandle.h"
 #include "bitstream/CBitWriter.h"
 #include "container/RawPixels.h"
+#include "container/Restoration.h"
 #include "container/SampleDispatch.h"
 #include "wavelet/CFilter5_3.h"
 #include "wavelet/CWaveletEncoder.h"
@@ -54,6 +55,7 @@ struct CompressRequest {
     std::size_t budgetBytes;
     IStreamPlace& place;
     std::size_t streamBytes = 0;
+    tesk_loss loss = TESK_LOSS_NONE;
 };
 
 /// Returns: a header, if the format can hold such an image.
@@ -67,6 +69,41 @@ tesk_status checkImage(const tesk_image& image, TKHeader& header) {
     return TESK_OK;
 }
 
+tesk_loss lossNumber(Loss loss) {
+    switch (loss) {
+        case Loss::none:
+        case Loss::suspension:  // calls do not suspend
+            return TESK_LOSS_NONE;
+        case Loss::sideOfOne:
+            return TESK_LOSS_SIDE_OF_ONE;
+        case Loss::thinImage:
+            return TESK_LOSS_THIN_IMAGE;
+        case Loss::wrappedCoefficient:
+            return TESK_LOSS_WRAPPED;
+        case Loss::endlessRun:
+            return TESK_LOSS_ENDLESS_RUN;
+        case Loss::overlongSection:
+            return TESK_LOSS_LONG_SECTION;
+        case Loss::cut:
+            return TESK_LOSS_BUDGET;
+    }
+    return TESK_LOSS_UNCHECKED;
+}
+
+/// Returns: what a complete stream loses, as far as there is memory to find out.
+template <class T>
+tesk_loss lossOf(CWaveletEncoder<T>& encoder, const TKHeader& header, const unsigned char* stream,
+                 std::size_t streamBytes) {
+    StreamFate fate;
+    fate.stream = stream;
+    fate.streamBytes = streamBytes;
+    try {
+        return lossNumber(findLoss(encoder, header, fate).loss);
+    } catch (const std::bad_alloc&) {
+        return TESK_LOSS_UNCHECKED;
+    }
+}
+
 /// Writes the coded stream as far as the budget lets it.
 template <class T>
 tesk_status writeStream(CompressRequest& request, CWaveletEncoder<T>& encoder,
@@ -78,12 +115,16 @@ tesk_status writeStream(CompressRequest& request, CWaveletEncoder<T>& encoder,
     request.streamBytes = streamBytes;
     if (out == nullptr) return TESK_BUFFER_TOO_SMALL;
     std::memcpy(out, &request.header, sizeof(TKHeader));
-    CBitWriter writer(out + sizeof(TKHeader), streamBytes - sizeof(TKHeader));
+    unsigned char* const stream = out + sizeof(TKHeader);
+    const std::size_t bytesBehindHeader = streamBytes - sizeof(TKHeader);
+    CBitWriter writer(stream, bytesBehindHeader);
     try {
         encoder.writeStream(writer);
     } catch (int) {
         // The budget is spent.
     }
+    request.loss =
+        isCut ? TESK_LOSS_BUDGET : lossOf(encoder, request.header, stream, bytesBehindHeader);
     return isCut ? TESK_CUT : TESK_OK;
 }
 
@@ -128,6 +169,7 @@ tesk_status compressTo(tesk_codec* codec, const tesk_image* image, const void* p
             [] { return TESK_UNSUPPORTED_FORMAT; });
     });
     if (result != nullptr) result->stream_bytes = request.streamBytes;
+    if (result != nullptr) result->loss = request.loss;
     return status;
 }
 

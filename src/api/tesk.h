@@ -106,6 +106,21 @@ void tesk_destroy(tesk_codec* codec);
 void tesk_stop(tesk_codec* codec);
 void tesk_clear_stop(tesk_codec* codec);
 
+/* Why the stream of a compression will not restore its image. The numbers do not change. */
+typedef enum tesk_loss {
+    TESK_LOSS_NONE = 0,        /* it restores the image exactly */
+    TESK_LOSS_BUDGET = 1,      /* it was cut at the budget */
+    TESK_LOSS_SIDE_OF_ONE = 2, /* an image with a side of 1 has no coefficients */
+    TESK_LOSS_THIN_IMAGE = 3,  /* decoders filter the longer side of images with a side of 2 or 3 */
+    TESK_LOSS_WRAPPED = 4, /* samples exceed bits_per_pixel by so much that 16 bits are too few */
+    TESK_LOSS_ENDLESS_RUN = 5,  /* too many coefficients for one run code */
+    TESK_LOSS_LONG_SECTION = 6, /* a section is longer than its length field can say */
+    TESK_LOSS_UNCHECKED = 7     /* it may or may not: there was no memory to find out */
+} tesk_loss;
+
+/* Returns: a few words of English for a loss, also for a number that is none. Never null. */
+const char* tesk_loss_message(int loss);
+
 /* What a call did. Every call sets all fields, to 0 where it came to nothing. */
 typedef struct tesk_result {
     size_t struct_bytes;
@@ -114,10 +129,13 @@ typedef struct tesk_result {
     size_t stream_bytes;
     /* Most memory that the call held at one time, an output block included. */
     size_t peak_memory_bytes;
+    /* Why the stream that was written will not restore the image. Known after TESK_OK and TESK_CUT of
+     * a compression, else TESK_LOSS_NONE. */
+    tesk_loss loss;
 } tesk_result;
 
 #define TESK_RESULT_INIT \
-    { sizeof(tesk_result), 0, 0 }
+    { sizeof(tesk_result), 0, 0, TESK_LOSS_NONE }
 
 /*
  * Compresses an image into a stream.

@@ -96,6 +96,12 @@ void reportDecompressionError(int result, const CommandLine& line) {
                  line.inputName, result, line.otherName);
 }
 
+void reportLoss(const LossReport& report, const CommandLine& line) {
+    if (report.loss == Loss::none) return;
+    std::fprintf(stderr, "tesk: warning: '%s' will not restore '%s' exactly: %s\n", line.otherName,
+                 line.inputName, describeLoss(report).c_str());
+}
+
 int reportFileError(const FileError& error, const CommandLine& line) {
     const char* reason = std::strerror(error.errorNumber);
     switch (error.role) {

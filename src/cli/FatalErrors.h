@@ -4,6 +4,7 @@
 
 #include "cli/CommandLine.h"
 #include "container/FileIo.h"
+#include "container/Restoration.h"
 #include "container/TKHeader.h"
 
 namespace qmx {
@@ -24,6 +25,8 @@ void rememberGeometry(const TKHeader& header);
 int reportFileError(const FileError& error, const CommandLine& line);
 /// Prints that the stream gave no image. The modes that print progress lines say so there.
 void reportDecompressionError(int result, const CommandLine& line);
+/// Prints why a stream that was just written will not restore its image, if so.
+void reportLoss(const LossReport& report, const CommandLine& line);
 /// Prints "Out of memory" with the geometry. Returns: exit status 1.
 int reportOutOfMemory();
 /// Prints why standard output does not take the result. Returns: exit status 1.

@@ -34,8 +34,11 @@ int compressFile(const CommandLine& line) {
     return dispatchSamples(
         header, MostBitsOfShort::inFiles,
         [&]<class T, class P>() {
-            return compress<T, P>(header, raw.release(), stream.release(), line.rate, line.upper,
-                                  line.extra);
+            LossReport loss;
+            const int status = compress<T, P>(header, raw.release(), stream.release(), line.rate,
+                                              line.upper, line.extra, &loss);
+            reportLoss(loss, line);
+            return status;
         },
         [&] {
             closeOutput(std::move(stream));

@@ -5,6 +5,7 @@
 
 #include "api/CTeskCompressor.h"
 #include "api/CTeskDecompressor.h"
+#include "api/CompressorLoss.h"
 #include "bitstream/Status.h"
 #include "cli/FatalErrors.h"
 #include "cli/FileModes.h"
@@ -24,11 +25,14 @@ ByteArray readPixels(FilePtr raw, std::size_t sizeBytes) {
     return pixels;
 }
 
-void writeBlock(CTeskCompressor& compressor, std::FILE* stream) {
+/// Writes and releases the block, if there is one. Returns: what the stream loses that no rate asked
+/// for.
+LossReport writeBlock(CTeskCompressor& compressor, std::FILE* stream, double rate) {
     const auto release = [&](unsigned char* block) { compressor.freeBlock(block); };
     const std::unique_ptr<unsigned char, decltype(release)> block(compressor.getBlock(), release);
-    if (block != nullptr)
-        writeAll(stream, FileRole::output, block.get(), compressor.getStreamSize());
+    if (block == nullptr) return {};
+    writeAll(stream, FileRole::output, block.get(), compressor.getStreamSize());
+    return rate == 0.0 ? findLoss(compressor) : LossReport{};
 }
 
 /// The header as the decompressor will see it, for messages about an image that is too large for it.
@@ -57,8 +61,10 @@ int compressInMemory(const CommandLine& line) {
     CTeskCompressor compressor(header.xSize, header.ySize, header.bitsPerPixel,
                                header.bytesPerPixel, pixels.get(), budgetBytes, false);
     pixels.reset();
-    if (isUsable(compressor.compress())) writeBlock(compressor, stream.get());
+    LossReport loss;
+    if (isUsable(compressor.compress())) loss = writeBlock(compressor, stream.get(), line.rate);
     closeOutput(std::move(stream));
+    reportLoss(loss, line);
     return 0;
 }
 

@@ -20,14 +20,24 @@ constexpr std::uint64_t kFixedBits = 19;
 /// than they take; the estimate decides where lazy writers cut, so it is kept.
 constexpr std::uint64_t kHeaderPairBits = 22;
 
+/// What folding found out about coefficients.
 template <class T>
-T foldRow(T* row, int width) {
-    T all = 0;
+struct FoldedUnion {
+    T bits = 0;
+    /// Coefficients that came out as magnitude 0 without being 0.
+    std::uint64_t lost = 0;
+};
+
+template <class T>
+void foldRow(T* row, int width, FoldedUnion<T>& all) {
+    unsigned lost = 0;
     for (int c = 0; c < width; ++c) {
-        row[c] = fold(row[c]);
-        all = static_cast<T>(all | row[c]);
+        const T folded = fold(row[c]);
+        lost += static_cast<unsigned>(folded < 2) & static_cast<unsigned>(row[c] != 0);
+        row[c] = folded;
+        all.bits = static_cast<T>(all.bits | folded);
     }
-    return all;
+    all.lost += lost;
 }
 
 struct SectionChoice {
@@ -91,11 +101,12 @@ int CWaveletEncoder<T>::sampleCountBits() const {
 
 template <class T>
 void CWaveletEncoder<T>::foldPlanes() {
-    T all = 0;
+    FoldedUnion<T> all;
     for (int p = 0; p < this->image->planes; ++p)
         for (int r = 0; r < this->image->y; ++r)
-            all = static_cast<T>(all | foldRow(this->image->row(p, r), this->image->x));
-    this->bits = topPlaneOf(all);
+            foldRow(this->image->row(p, r), this->image->x, all);
+    this->bits = topPlaneOf(all.bits);
+    lostCoefficients = all.lost;
 }
 
 template <class T>
@@ -138,10 +149,17 @@ void CWaveletEncoder<T>::closeAndMeasure(int plane, int order, int bitPlane) {
     auto* encoder = streams->encoders.find(plane, order, bitPlane);
     if (encoder == nullptr) return;
     encoder->terminate();
-    const std::uint64_t payloadBits =
-        encoder->getStoredTotal() + streams->refinements.find(plane, order, bitPlane)->getTotal();
-    estimateBits += payloadBits;
-    streamBits += payloadBits;
+    const std::uint64_t significanceBits = encoder->getStoredTotal();
+    const std::uint64_t refinementBits =
+        streams->refinements.find(plane, order, bitPlane)->getTotal();
+    estimateBits += significanceBits + refinementBits;
+    streamBits += significanceBits + refinementBits;
+
+    const std::uint64_t longest = lowBits(static_cast<int>(lengthBits));
+    overlongSections += static_cast<unsigned>(significanceBits > longest);
+    overlongSections += static_cast<unsigned>(refinementBits > longest);
+    const bool isEndless = significanceBits == 0 && encoder->getTotal() > kEndRun + 1;
+    endlessSections += static_cast<unsigned>(isEndless);
 }
 
 template <class T>
@@ -155,9 +173,7 @@ void CWaveletEncoder<T>::writeSection(CBitWriter& out, int plane, int order, boo
     }
     // Bit planes outside the tables are sent as empty sections.
     const std::uint64_t lengthBits = writer == nullptr ? 0 : writer->getTotal();
-    const int countBits = sampleCountBits();
-    if (lengthBits > lowBits(lengthFieldBits(countBits, order))) ++overlongSections;
-    writeSectionHeader(out, {plane, order, refinement, lengthBits}, countBits);
+    writeSectionHeader(out, {plane, order, refinement, lengthBits}, sampleCountBits());
     if (writer != nullptr) writer->writeBitsTo(&out, 0);
 }
 

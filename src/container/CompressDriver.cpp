@@ -43,36 +43,57 @@ void readRaw(CImageData<T>& image, FilePtr in, bool staged) {
 }
 
 /// Runs the coefficient encoder, once more if the first call was suspended. A writer that is full
-/// ends the stream, which is what a budget is for.
-void writeCoefficients(IWaveletEncoder& encoder, CBitWriter& writer, int extra) {
-    for (int call = 0; call < 2; ++call) {
-        try {
-            if (encoder.writeWavelet(writer, extra) != kSuspended) return;
-        } catch (int) {
-            return;
-        }
+/// ends the stream, which is what a budget is for. Returns: whether it was suspended.
+bool writeCoefficients(IWaveletEncoder& encoder, CBitWriter& writer, int extra) {
+    bool wasSuspended = false;
+    try {
+        wasSuspended = encoder.writeWavelet(writer, extra) == kSuspended;
+        if (wasSuspended) encoder.writeWavelet(writer, extra);
+    } catch (int) {
+        // The caller knows the writer's total.
     }
+    return wasSuspended;
 }
 
-/// Builds the stream in memory, then writes it in one piece.
-void writeBudgeted(IWaveletEncoder& encoder, std::FILE* out, std::uint64_t budgetBytes,
-                   std::uint64_t boundBytes, int extra) {
+/// Sends the stream to the file while it is made. Returns: what it loses.
+template <class T>
+LossReport writeComplete(CWaveletEncoder<T>& encoder, const TKHeader& header, std::FILE* out,
+                         int extra) {
+    StreamFate fate;
+    {
+        const auto writer = std::make_unique<CBitFileWriter>(out);
+        fate.wasSuspended = writeCoefficients(encoder, *writer, extra);
+    }
+    return findLoss(encoder, header, fate);
+}
+
+/// Builds the stream in memory, then writes it in one piece. Returns: what it loses without being
+/// asked to, by a rate.
+template <class T>
+LossReport writeBudgeted(CWaveletEncoder<T>& encoder, const TKHeader& header, std::FILE* out,
+                         double rate, int extra) {
     // Room that no complete stream can fill need not exist.
-    const std::size_t roomBytes = std::min(budgetBytes, boundBytes);
+    const std::uint64_t budgetBytes = streamBudgetBytes(header, rate);
+    const std::size_t roomBytes =
+        std::min(budgetBytes, completeStreamBoundBytes(header, kSampleBits<T>));
     const auto buffer = std::make_unique_for_overwrite<unsigned char[]>(roomBytes);
     CBitWriter writer(buffer.get(), roomBytes);
-    writeCoefficients(encoder, writer, extra);
+    StreamFate fate;
+    fate.wasSuspended = writeCoefficients(encoder, writer, extra);
     const std::uint64_t totalBits = writer.getTotal();
-    const std::uint64_t totalBytes = (totalBits + 7) / 8;
-    std::printf(kTotals, static_cast<ssize_t>(totalBits), static_cast<ssize_t>(totalBytes),
+    fate.stream = buffer.get();
+    fate.streamBytes = (totalBits + 7) / 8;
+    std::printf(kTotals, static_cast<ssize_t>(totalBits), static_cast<ssize_t>(fate.streamBytes),
                 static_cast<long>(budgetBytes));
-    writeAll(out, FileRole::output, buffer.get(), totalBytes);
+    writeAll(out, FileRole::output, buffer.get(), fate.streamBytes);
+    return rate == 0.0 ? findLoss(encoder, header, fate) : LossReport{};
 }
 
 }  // namespace
 
 template <class T, class P>
-int compress(TKHeader header, std::FILE* in, std::FILE* out, double rate, bool upper, int extra) {
+int compress(TKHeader header, std::FILE* in, std::FILE* out, double rate, bool upper, int extra,
+             LossReport* loss) {
     FilePtr rawFile(in);
     FilePtr streamFile(out);
     CImageData<T> image(header.xSize, header.ySize, header.planes());
@@ -87,19 +108,18 @@ int compress(TKHeader header, std::FILE* in, std::FILE* out, double rate, bool u
     std::puts(kTransforming);
     encoder.transform();
     std::puts(kWriting);
-    if (upper) {
-        writeBudgeted(encoder, streamFile.get(), streamBudgetBytes(header, rate),
-                      completeStreamBoundBytes(header, kSampleBits<T>), extra);
-    } else {
-        const auto writer = std::make_unique<CBitFileWriter>(streamFile.get());
-        writeCoefficients(encoder, *writer, extra);
-    }
+    const LossReport report = upper ? writeBudgeted(encoder, header, streamFile.get(), rate, extra)
+                                    : writeComplete(encoder, header, streamFile.get(), extra);
     closeOutput(std::move(streamFile));
+    if (loss != nullptr) *loss = report;
     return 0;
 }
 
-template int compress<short, unsigned char>(TKHeader, std::FILE*, std::FILE*, double, bool, int);
-template int compress<short, unsigned short>(TKHeader, std::FILE*, std::FILE*, double, bool, int);
-template int compress<int, unsigned short>(TKHeader, std::FILE*, std::FILE*, double, bool, int);
+template int compress<short, unsigned char>(TKHeader, std::FILE*, std::FILE*, double, bool, int,
+                                            LossReport*);
+template int compress<short, unsigned short>(TKHeader, std::FILE*, std::FILE*, double, bool, int,
+                                             LossReport*);
+template int compress<int, unsigned short>(TKHeader, std::FILE*, std::FILE*, double, bool, int,
+                                           LossReport*);
 
 }  // namespace qmx

@@ -3,6 +3,7 @@
 #include <cstdio>
 
 #include "container/FileIo.h"
+#include "container/Restoration.h"
 #include "container/TKHeader.h"
 
 namespace qmx {
@@ -17,19 +18,21 @@ namespace qmx {
 ///  - upper: build the stream in memory and cut it at the budget; else send it, complete, through a
 ///    buffer of 4096 bytes to the file.
 ///  - extra: passed on to CWaveletEncoder::writeWavelet.
+///  - loss: is told what the stream loses that no rate asked for; may be null.
 ///
 /// Requires: header.bytesPerPixel is 1 or 3 for 8-bit samples P, 2 for 16-bit ones.
 /// Returns: 0.
 /// Throws: 3 when the raw file is too short and upper is false; FileError; std::bad_alloc. Ends the
 /// process when upper is false and the file does not even take the last bytes of the stream.
 template <class T, class P>
-int compress(TKHeader header, std::FILE* in, std::FILE* out, double rate, bool upper, int extra);
+int compress(TKHeader header, std::FILE* in, std::FILE* out, double rate, bool upper, int extra,
+             LossReport* loss = nullptr);
 
 extern template int compress<short, unsigned char>(TKHeader, std::FILE*, std::FILE*, double, bool,
-                                                   int);
+                                                   int, LossReport*);
 extern template int compress<short, unsigned short>(TKHeader, std::FILE*, std::FILE*, double, bool,
-                                                    int);
+                                                    int, LossReport*);
 extern template int compress<int, unsigned short>(TKHeader, std::FILE*, std::FILE*, double, bool,
-                                                  int);
+                                                  int, LossReport*);
 
 }  // namespace qmx

@@ -20,6 +20,7 @@ public:
     CWavelet& operator=(const CWavelet&) = delete;
 
     int getLevels() const { return levels; }
+    CImageData<T>& getImage() const { return *image; }
     /// Also obeys a flag that others own: while it is true, all work ends as if killed.
     /// Requires: flag outlives this object.
     void watch(const std::atomic<bool>& flag) { watchedFlag = &flag; }

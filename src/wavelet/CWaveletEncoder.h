@@ -31,13 +31,21 @@ public:
     /// Returns: the exact length of the stream that writeStream writes. Requires: codeCoefficients
     /// has returned 0.
     std::uint64_t getStreamBits() const { return streamBits; }
-    /// The second part of writeWavelet. Requires: codeCoefficients has returned 0; called once.
-    /// Throws: what out throws.
+    /// The second part of writeWavelet; each call writes the same stream. Requires: codeCoefficients
+    /// has returned 0. Throws: what out throws.
     void writeStream(CBitWriter& out);
 
-    /// Sections so far whose length did not fit its field. A stream with such a section does not
-    /// restore its image. Format: docs/format.md, 15 Images that do not come back.
+    // What makes a complete stream lose its image. Requires: codeCoefficients has returned 0.
+    // Format: docs/format.md, 15 Images that do not come back.
+
+    /// Returns: sections whose length does not fit its field.
     std::uint64_t getOverlongSections() const { return overlongSections; }
+    /// Returns: coefficients that do not fit T when they are folded, and count as 0.
+    std::uint64_t getLostCoefficients() const { return lostCoefficients; }
+    /// Returns: sections without new coefficients that cover more than a decoder passes over.
+    std::uint64_t getEndlessSections() const { return endlessSections; }
+
+    std::pmr::memory_resource* getMemory() const { return memory; }
 
 private:
     void transformPlane(int p);
@@ -53,6 +61,8 @@ private:
     std::pmr::memory_resource* memory;
     MemoryObject<EncoderStreams<T>> streams;
     std::uint64_t overlongSections = 0;
+    std::uint64_t lostCoefficients = 0;
+    std::uint64_t endlessSections = 0;
     /// Bits of the stream as lazy writers are told, a little too many.
     std::uint64_t estimateBits = 0;
     std::uint64_t streamBits = 0;

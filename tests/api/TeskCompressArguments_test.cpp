@@ -74,7 +74,7 @@ TEST_F(TeskCompressArguments, UnknownStructSizesAreInvalidAndLongerOnesAreNot) {
     EXPECT_EQ(result.struct_bytes, sizeof result + 8);
     tesk_release_block(codec.get(), block);
     for (const std::size_t size : {std::size_t{0}, sizeof result - 1}) {
-        result = {size, 5, 6};
+        result = {size, 5, 6, TESK_LOSS_NONE};
         EXPECT_EQ(tesk_compress_to_block(codec.get(), &geometry, image.bytes.data(), 0, 0, &block,
                                          &result),
                   TESK_INVALID_ARGUMENT);

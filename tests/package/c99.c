@@ -48,6 +48,7 @@ static void check_words(void) {
     EXPECT(strlen(tesk_status_message(TESK_INVALID_ARGUMENT)) > 0);
     EXPECT(strcmp(tesk_status_message(TESK_OK), tesk_status_message(TESK_CUT)) != 0);
     EXPECT(strlen(tesk_status_message(-1)) > 0);
+    EXPECT(strcmp(tesk_loss_message(TESK_LOSS_NONE), tesk_loss_message(-1)) != 0);
 }
 
 static void check_round_trip(tesk_codec* codec, const unsigned char* pixels) {
@@ -75,6 +76,7 @@ static void check_block(tesk_codec* codec, const unsigned char* pixels) {
     void* block = NULL;
     EXPECT(tesk_compress_to_block(codec, &image, pixels, 0, 100, &block, &result) == TESK_CUT);
     EXPECT(block != NULL && result.stream_bytes == 100);
+    EXPECT(result.loss == TESK_LOSS_BUDGET);
     tesk_release_block(codec, block);
 
     tesk_stop(codec);

@@ -1,0 +1,14 @@
+#pragma once
+
+#include "container/Restoration.h"
+
+namespace qmx {
+
+class CTeskCompressor;
+
+/// Finds out whether the stream of compressor restores its image.
+/// Requires: compress has returned 0 or 4 and there is a block; called once.
+/// Throws: std::bad_alloc, for images that have to be compared.
+LossReport findLoss(CTeskCompressor& compressor);
+
+}  // namespace qmx

@@ -1,0 +1,163 @@
+#include "container/Restoration.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include "bitstream/CBitReader.h"
+#include "bitstream/CBitWriter.h"
+#include "bitstream/Status.h"
+#include "coding/FoldedValue.h"
+#include "wavelet/CFilter5_3.h"
+#include "wavelet/CWaveletDecoder.h"
+#include "wavelet/OutputConversion.h"
+
+namespace qmx {
+namespace {
+
+/// Lines of fewer samples are not filtered.
+constexpr int kShortestFilteredLine = 4;
+
+/// Returns: the first reason there is to doubt the stream.
+template <class T>
+Loss suspectLoss(const CWaveletEncoder<T>& encoder, const TKHeader& header, bool wasSuspended,
+                 bool wasCut) {
+    const int shorter = std::min(header.xSize, header.ySize);
+    const int longer = std::max(header.xSize, header.ySize);
+    if (shorter == 0) return Loss::none;
+    if (shorter == 1) return Loss::sideOfOne;
+    if (encoder.getLostCoefficients() != 0) return Loss::wrappedCoefficient;
+    if (encoder.getLevels() < 1 && longer >= kShortestFilteredLine) return Loss::thinImage;
+    if (encoder.getEndlessSections() != 0) return Loss::endlessRun;
+    if (encoder.getOverlongSections() != 0) return Loss::overlongSection;
+    if (wasSuspended) return Loss::suspension;
+    return wasCut ? Loss::cut : Loss::none;
+}
+
+/// Returns: whether a reason needs no comparison.
+bool isCertain(Loss loss) {
+    return loss == Loss::none || loss == Loss::wrappedCoefficient || loss == Loss::endlessRun;
+}
+
+template <class T>
+std::uint64_t countOf(const CWaveletEncoder<T>& encoder, Loss loss) {
+    switch (loss) {
+        case Loss::wrappedCoefficient:
+            return encoder.getLostCoefficients();
+        case Loss::endlessRun:
+            return encoder.getEndlessSections();
+        case Loss::overlongSection:
+            return encoder.getOverlongSections();
+        default:
+            return 0;
+    }
+}
+
+/// Turns folded coefficients back into the samples that they were made from.
+template <class T>
+void unfoldAndUntransform(CImageData<T>& image, int levels, std::pmr::memory_resource* memory) {
+    using Unsigned = std::make_unsigned_t<T>;
+    for (int p = 0; p < image.planes; ++p)
+        for (int r = 0; r < image.y; ++r)
+            for (T *sample = image.row(p, r), *end = sample + image.x; sample != end; ++sample)
+                *sample = unfold<T>(static_cast<Unsigned>(*sample));
+    if (levels < 1) return;
+    CFilter5_3<T> filter;
+    CWaveletDecoder<T> decoder(&image, &filter, false, memory);
+    decoder.untransform();
+}
+
+template <class T>
+bool haveSamePixels(const CImageData<T>& original, const CImageData<T>& decoded,
+                    const TKHeader& header, int limitBits, std::pmr::memory_resource* memory) {
+    const std::size_t rowBytes = header.rawRowBytes();
+    const auto originalRow = makeArray<unsigned char>(rowBytes, memory);
+    const auto decodedRow = makeArray<unsigned char>(rowBytes, memory);
+    const SampleLimit<T> noLimit(0);
+    const SampleLimit<T> limit(limitBits);
+    for (int r = 0; r < header.ySize; ++r) {
+        convertRow(original, r, header.bytesPerPixel, noLimit, originalRow.get());
+        convertRow(decoded, r, header.bytesPerPixel, limit, decodedRow.get());
+        if (std::memcmp(originalRow.get(), decodedRow.get(), rowBytes) != 0) return false;
+    }
+    return true;
+}
+
+/// Decodes stream and compares. Uses up the encoder's planes.
+template <class T>
+bool restores(CWaveletEncoder<T>& encoder, const TKHeader& header, const unsigned char* stream,
+              std::uint64_t streamBytes) {
+    std::pmr::memory_resource* memory = encoder.getMemory();
+    CImageData<T> decoded(header.xSize, header.ySize, header.planes(), memory);
+    CFilter5_3<T> filter;
+    CWaveletDecoder<T> decoder(&decoded, &filter, false, memory);
+    CBitReader reader(stream, streamBytes);
+    const int result = decoder.readWavelet(reader, 0);
+    if (!isUsable(result)) return false;
+    decoder.untransform();
+    unfoldAndUntransform(encoder.getImage(), encoder.getLevels(), memory);
+    const int limitBits = result == kCut ? header.bitsPerPixel : 0;
+    return haveSamePixels(encoder.getImage(), decoded, header, limitBits, memory);
+}
+
+/// The same for a stream that is no longer in memory.
+template <class T>
+bool restoresAgain(CWaveletEncoder<T>& encoder, const TKHeader& header, std::size_t streamBytes) {
+    const auto stream = makeArray<unsigned char>(streamBytes, encoder.getMemory());
+    CBitWriter writer(stream.get(), streamBytes);
+    encoder.writeStream(writer);
+    return restores(encoder, header, stream.get(), streamBytes);
+}
+
+}  // namespace
+
+std::string describeLoss(const LossReport& report) {
+    const std::string count = std::to_string(report.count);
+    const bool one = report.count == 1;
+    switch (report.loss) {
+        case Loss::none:
+            return "it does restore it";
+        case Loss::sideOfOne:
+            return "an image with a side of 1 pixel has no coefficients";
+        case Loss::thinImage:
+            return "decoders filter the longer side of an image with a side of 2 or 3 pixels";
+        case Loss::wrappedCoefficient:
+            return count + (one ? " coefficient does" : " coefficients do") +
+                   " not fit 16 bits: samples exceed the bits/pixel";
+        case Loss::endlessRun:
+            return count + (one ? " section covers" : " sections cover") +
+                   " more coefficients than a run can pass over";
+        case Loss::overlongSection:
+            return count + (one ? " section is longer than its length field can say"
+                                : " sections are longer than their length fields can say");
+        case Loss::suspension:
+            return "coding was suspended, and later colour planes lack their first rows";
+        case Loss::cut:
+            return "no rate was given, but the stream was cut at " +
+                   std::to_string(report.streamBytes) + " of " +
+                   std::to_string(report.completeBytes) + " bytes";
+    }
+    return "";
+}
+
+template <class T>
+LossReport findLoss(CWaveletEncoder<T>& encoder, const TKHeader& header, const StreamFate& fate) {
+    LossReport report;
+    report.completeBytes = sizeof header + (encoder.getStreamBits() + 7) / 8;
+    const bool isInMemory = fate.stream != nullptr;
+    report.streamBytes = isInMemory ? sizeof header + fate.streamBytes : report.completeBytes;
+    const bool wasCut = report.streamBytes < report.completeBytes;
+    report.loss = suspectLoss(encoder, header, fate.wasSuspended, wasCut);
+    report.count = countOf(encoder, report.loss);
+    if (isCertain(report.loss)) return report;
+
+    const bool isRestored =
+        isInMemory ? restores(encoder, header, fate.stream, fate.streamBytes)
+                   : restoresAgain(encoder, header, report.completeBytes - sizeof header);
+    if (isRestored) report.loss = Loss::none;
+    return report;
+}
+
+template LossReport findLoss<short>(CWaveletEncoder<short>&, const TKHeader&, const StreamFate&);
+template LossReport findLoss<int>(CWaveletEncoder<int>&, const TKHeader&, const StreamFate&);
+
+}  // namespace qmx

@@ -1,0 +1,66 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "container/TKHeader.h"
+#include "wavelet/CWaveletEncoder.h"
+
+namespace qmx {
+
+// Streams that were made without a wish to lose anything, and lose something all the same.
+// Format: docs/format.md, 15 Images that do not come back.
+
+enum class Loss {
+    none,
+    /// A side of 1: such images have no coefficients.
+    sideOfOne,
+    /// A side of 2 or 3: decoders filter the longer side, which was not filtered.
+    thinImage,
+    /// Coefficients that do not fit their type when folded.
+    wrappedCoefficient,
+    /// A section that covers more coefficients than a run code can pass over.
+    endlessRun,
+    /// A section that is longer than its length field can say.
+    overlongSection,
+    /// Rows that a suspended encoder left out.
+    suspension,
+    /// A stream that is shorter than the complete one.
+    cut,
+};
+
+/// What happened to a stream, with the numbers that explain it.
+struct LossReport {
+    Loss loss = Loss::none;
+    /// Sections or coefficients that it happened to.
+    std::uint64_t count = 0;
+    std::uint64_t streamBytes = 0;
+    std::uint64_t completeBytes = 0;
+};
+
+/// Returns: the reason in plain words with its numbers, without a full stop.
+std::string describeLoss(const LossReport& report);
+
+/// How a stream came into being.
+struct StreamFate {
+    /// Bytes behind the header that were written.
+    const unsigned char* stream = nullptr;
+    std::uint64_t streamBytes = 0;
+    bool wasSuspended = false;
+};
+
+/// Finds out whether the stream that encoder has written restores its image. In most cases the
+/// encoder knows; where it has to doubt, the stream is decoded and compared.
+///
+///  - fate.stream: null for a complete stream that is no longer in memory; it is then made again.
+///
+/// Requires: encoder's codeCoefficients has returned 0. Its planes hold nothing of use afterwards.
+/// Throws: std::bad_alloc, for images that have to be compared.
+template <class T>
+LossReport findLoss(CWaveletEncoder<T>& encoder, const TKHeader& header, const StreamFate& fate);
+
+extern template LossReport findLoss<short>(CWaveletEncoder<short>&, const TKHeader&,
+                                           const StreamFate&);
+extern template LossReport findLoss<int>(CWaveletEncoder<int>&, const TKHeader&, const StreamFate&);
+
+}  // namespace qmx
