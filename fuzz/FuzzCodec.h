@@ -1,0 +1,124 @@
+#pragma once
+
+#include <cstring>
+#include <memory>
+#include <new>
+#include <tesk/tesk.h>
+
+#include "FuzzInput.h"
+#include "FuzzMemory.h"
+#include "api/CTeskDecompressor.h"
+#include "bitstream/CBitReader.h"
+#include "bitstream/Status.h"
+#include "container/SampleDispatch.h"
+#include "wavelet/CFilter5_3.h"
+#include "wavelet/CWaveletDecoder.h"
+
+// All ways in which a stream is decoded, each with the same answer.
+
+namespace fuzz {
+
+/// Stands for a refusal of memory where a result would stand.
+inline constexpr int kNoMemory = -2;
+
+struct Outcome {
+    int status;
+    /// Empty unless the status is usable.
+    Bytes pixels;
+
+    bool operator==(const Outcome&) const = default;
+};
+
+/// Returns: work's outcome, or kNoMemory.
+template <class Work>
+Outcome withinMemory(Work work) {
+    try {
+        return work();
+    } catch (const std::bad_alloc&) {
+        return {kNoMemory, {}};
+    }
+}
+
+template <class T>
+Outcome decodeAs(const qmx::TKHeader& header, qmx::CBitReader& reader) {
+    qmx::CImageData<T> image(header.xSize, header.ySize, header.planes());
+    qmx::CFilter5_3<T> filter;
+    qmx::CWaveletDecoder<T> decoder(&image, &filter, false);
+    Bytes pixels(header.rawBytes());
+    const int status = decoder.readWavelet(reader, 0);
+    if (!qmx::isUsable(status)) return {status, {}};
+    decoder.untransform();
+    decoder.convertAndCopyToT(pixels.data(), header.bytesPerPixel,
+                              status == qmx::kCut ? header.bitsPerPixel : 0);
+    return {status, std::move(pixels)};
+}
+
+/// Decodes what reader holds through the classes. Requires: the header has a layout.
+inline Outcome decode(const qmx::TKHeader& header, qmx::CBitReader& reader,
+                      qmx::MostBitsOfShort mostBits) {
+    return withinMemory([&] {
+        return qmx::dispatchSamples(
+            header, mostBits, [&]<class T, class P>() { return decodeAs<T>(header, reader); },
+            [] {
+                return Outcome{qmx::kInvalidSection, {}};
+            });
+    });
+}
+
+/// Decodes a stream with its header through the in-memory object.
+inline Outcome decodeObject(const Bytes& stream) {
+    return withinMemory([&]() -> Outcome {
+        qmx::CTeskDecompressor decompressor(stream.data(), stream.size());
+        Bytes pixels(static_cast<std::size_t>(decompressor.getXSize()) *
+                     static_cast<std::size_t>(decompressor.getYSize()) *
+                     static_cast<std::size_t>(decompressor.getBytesPerPixel()));
+        const int status = decompressor.decompress(pixels.data(), pixels.size());
+        if (!qmx::isUsable(status)) return {status, {}};
+        return {status, std::move(pixels)};
+    });
+}
+
+struct CodecDestroyer {
+    void operator()(tesk_codec* codec) const { tesk_destroy(codec); }
+};
+using Codec = std::unique_ptr<tesk_codec, CodecDestroyer>;
+
+/// Returns: a codec whose memory is limited like that of the rest.
+inline Codec makeCodec() {
+    tesk_options options = TESK_OPTIONS_INIT;
+    options.allocate = [](void*, std::size_t sizeBytes) { return limitedMalloc(sizeBytes); };
+    options.release = [](void*, void* memory) { std::free(memory); };
+    tesk_codec* codec = nullptr;
+    require(tesk_create(&options, &codec) == TESK_OK, "a codec can be made");
+    return Codec(codec);
+}
+
+/// Decodes a stream through the C interface. Returns: the outcome in the numbers of the others.
+inline Outcome decodeC(const Bytes& stream, const qmx::TKHeader& header) {
+    return withinMemory([&]() -> Outcome {
+        Bytes pixels(header.rawBytes());
+        const Codec codec = makeCodec();
+        switch (tesk_decompress(codec.get(), stream.data(), stream.size(), pixels.data(),
+                                pixels.size(), 0, nullptr)) {
+            case TESK_OK:
+                return {qmx::kComplete, std::move(pixels)};
+            case TESK_CUT:
+                return {qmx::kCut, std::move(pixels)};
+            case TESK_OUT_OF_MEMORY:
+                return {kNoMemory, {}};
+            case TESK_INVALID_STREAM:
+            case TESK_UNSUPPORTED_FORMAT:
+                return {qmx::kInvalidSection, {}};
+            default:
+                require(false, "no other status can occur");
+                return {};
+        }
+    });
+}
+
+/// Returns: whether the profiles for files and for memory decode a format alike.
+inline bool profilesAgree(const qmx::TKHeader& header) {
+    return header.bytesPerPixel != 2 || header.bitsPerPixel != 12;
+}
+
+}  // namespace fuzz

@@ -1,0 +1,54 @@
+#pragma once
+
+#include "FuzzCodec.h"
+
+namespace fuzz {
+
+/// An image whose geometry and samples come from the input.
+struct Image {
+    tesk_image geometry = TESK_IMAGE_INIT;
+    Bytes pixels;
+};
+
+/// Takes an image. Its samples are the rest of the input, repeated; a short rest gives patterns,
+/// with a counter on top where the input asks for it.
+inline Image takeImage(FuzzInput& input) {
+    Image image;
+    tesk_image& geometry = image.geometry;
+    geometry.bytes_per_pixel = static_cast<std::uint32_t>(1 + input.below(3));
+    const std::uint32_t sampleBits = geometry.bytes_per_pixel == 2 ? 16 : 8;
+    geometry.bits_per_pixel = static_cast<std::uint32_t>(1 + input.below(sampleBits));
+    const bool isLong = input.flag();
+    geometry.width = static_cast<std::uint32_t>(input.below(isLong ? 3000 : 140));
+    geometry.height = static_cast<std::uint32_t>(input.below(isLong ? 12 : 140));
+    const auto slope = static_cast<unsigned>(input.below(8));
+    const std::size_t sizeBytes =
+        std::size_t{geometry.width} * geometry.height * geometry.bytes_per_pixel;
+    const Bytes pattern = input.rest();
+    image.pixels.resize(sizeBytes);
+    for (std::size_t i = 0; i < sizeBytes; ++i) {
+        const unsigned base = pattern.empty() ? 0U : pattern[i % pattern.size()];
+        image.pixels[i] = static_cast<unsigned char>(base + slope * (i / 16));
+    }
+    return image;
+}
+
+/// Returns: the stream of an image, complete for a budget of 0; empty when memory was refused.
+/// loss may be null.
+inline Bytes compress(const Image& image, std::size_t budgetBytes, tesk_loss* loss = nullptr) {
+    const Codec codec = makeCodec();
+    void* block = nullptr;
+    tesk_result result = TESK_RESULT_INIT;
+    const tesk_status status = tesk_compress_to_block(
+        codec.get(), &image.geometry, image.pixels.data(), 0, budgetBytes, &block, &result);
+    if (status == TESK_OUT_OF_MEMORY) return {};
+    require(status == TESK_OK || (status == TESK_CUT && budgetBytes != 0), "the image compresses");
+    const auto* bytes = static_cast<const unsigned char*>(block);
+    Bytes stream(bytes, bytes + result.stream_bytes);
+    tesk_release_block(codec.get(), block);
+    if (loss != nullptr) *loss = result.loss;
+    require(status != TESK_CUT || stream.size() == budgetBytes, "a cut stream fills its budget");
+    return stream;
+}
+
+}  // namespace fuzz

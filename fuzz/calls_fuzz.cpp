@@ -1,0 +1,117 @@
+// The C interface with limits, a failing allocator, stops and any arguments: every call has a status
+// that its contract names, and nothing stays allocated.
+
+#include "FuzzImage.h"
+
+namespace {
+
+/// An allocator that fails after a number of allocations and counts what is held.
+struct Heap {
+    std::uint64_t allocationsLeft;
+    std::int64_t held = 0;
+};
+
+void* allocate(void* user, std::size_t sizeBytes) {
+    auto& heap = *static_cast<Heap*>(user);
+    if (heap.allocationsLeft == 0) return nullptr;
+    --heap.allocationsLeft;
+    void* memory = fuzz::limitedMalloc(sizeBytes);
+    if (memory != nullptr) ++heap.held;
+    return memory;
+}
+
+void release(void* user, void* memory) {
+    fuzz::require(memory != nullptr, "only memory is released");
+    --static_cast<Heap*>(user)->held;
+    std::free(memory);
+}
+
+struct Limits {
+    std::size_t pixels;
+    std::size_t memoryBytes;
+};
+
+void checkStatus(tesk_status status, const tesk_result& result, const Limits& limits,
+                 bool stopped) {
+    fuzz::require(status >= TESK_OK && status <= TESK_INVALID_ARGUMENT, "a status is one of them");
+    fuzz::require(!stopped || status != TESK_OK, "a stopped codec completes nothing");
+    fuzz::require(limits.memoryBytes == 0 || result.peak_memory_bytes <= limits.memoryBytes,
+                  "the limit of memory is kept");
+}
+
+void compressSome(fuzz::FuzzInput& input, tesk_codec* codec, const fuzz::Image& image,
+                  const Limits& limits, bool stopped, fuzz::Bytes& stream) {
+    tesk_result result = TESK_RESULT_INIT;
+    const auto budget = static_cast<std::size_t>(input.flag() ? 0 : input.number(2));
+    const bool toBlock = input.flag();
+    fuzz::Bytes out(input.number(2));
+    void* block = nullptr;
+    const tesk_status status =
+        toBlock ? tesk_compress_to_block(codec, &image.geometry, image.pixels.data(), 0, budget,
+                                         &block, &result)
+                : tesk_compress(codec, &image.geometry, image.pixels.data(), 0, budget, out.data(),
+                                out.size(), &result);
+    checkStatus(status, result, limits, stopped);
+    const bool usable = status == TESK_OK || status == TESK_CUT;
+    fuzz::require(usable || block == nullptr, "without a stream there is no block");
+    fuzz::require(budget == 0 || result.stream_bytes <= budget, "the budget is kept");
+    const unsigned char* bytes = toBlock ? static_cast<unsigned char*>(block) : out.data();
+    if (usable) stream.assign(bytes, bytes + result.stream_bytes);
+    if (block != nullptr) tesk_release_block(codec, block);
+}
+
+void decompressSome(fuzz::FuzzInput& input, tesk_codec* codec, fuzz::Bytes stream,
+                    const Limits& limits, bool stopped) {
+    if (!stream.empty() && input.flag()) stream[input.number(2) % stream.size()] ^= 1U;
+    tesk_result result = TESK_RESULT_INIT;
+    fuzz::Bytes out(input.number(3) % 100000);
+    const auto stride = static_cast<std::size_t>(input.flag() ? 0 : input.number(2));
+    const unsigned char nothing = 0;
+    const tesk_status status =
+        tesk_decompress(codec, stream.empty() ? &nothing : stream.data(), stream.size(), out.data(),
+                        out.size(), stride, &result);
+    checkStatus(status, result, limits, stopped);
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    const fuzz::MemoryLimit limit;
+    fuzz::FuzzInput input(data, size);
+    Heap heap{input.flag() ? input.number(2) : ~std::uint64_t{0}};
+    const Limits limits{input.flag() ? input.number(2) : 0, input.flag() ? input.number(3) : 0};
+    tesk_options options = TESK_OPTIONS_INIT;
+    options.max_pixels = limits.pixels;
+    options.max_memory_bytes = limits.memoryBytes;
+    options.allocate = allocate;
+    options.release = release;
+    options.user = &heap;
+    tesk_codec* codec = nullptr;
+    if (tesk_create(&options, &codec) != TESK_OK) return 0;
+
+    fuzz::FuzzInput script(data, size);
+    const fuzz::Image image = fuzz::takeImage(script);
+    fuzz::Bytes stream;
+    bool stopped = false;
+    for (int call = 0; call < 8 && !input.isEmpty(); ++call) {
+        switch (input.below(4)) {
+            case 0:
+                compressSome(input, codec, image, limits, stopped, stream);
+                break;
+            case 1:
+                decompressSome(input, codec, stream, limits, stopped);
+                break;
+            case 2:
+                tesk_stop(codec);
+                stopped = true;
+                break;
+            default:
+                tesk_clear_stop(codec);
+                stopped = false;
+        }
+        fuzz::require(heap.held == 1, "between calls only the codec is held");
+    }
+    tesk_destroy(codec);
+    fuzz::require(heap.held == 0, "in the end nothing is held");
+    return 0;
+}
