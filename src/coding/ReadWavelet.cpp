@@ -117,8 +117,9 @@ template <class T>
 int CWaveletDecoder<T>::readWavelet(CBitReader& in, int arg) {
     this->status = kComplete;
     if (this->isFreshStart()) {
-        this->image->clear();
         if (!isUsable(readSections(in, arg))) return this->status;
+        // Not before: a header may name gigabytes of planes for a stream that is none.
+        this->image->clear();
     }
     if (decodeRows(arg)) this->status = kSuspended;
     return this->status;

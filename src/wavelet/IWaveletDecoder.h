@@ -11,7 +11,8 @@ public:
 
     /// Reconstructs all planes from their coefficients, in place, once.
     virtual void untransform() = 0;
-    /// Fills the planes with the coefficients that in holds. Every sample is defined afterwards.
+    /// Fills the planes with the coefficients that in holds. Every sample is defined after 0, 4 and 8;
+    /// no other result touches the planes.
     ///
     ///  - arg 0: everything. arg >= 1: that many sections, as if the stream ended behind them.
     ///    arg < 0: suspend the decoding after the row whose index is -arg.
