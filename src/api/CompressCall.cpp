@@ -4,6 +4,7 @@
 
 #include "api/CodecHandle.h"
 #include "bitstream/CBitWriter.h"
+#include "bitstream/Status.h"
 #include "container/RawPixels.h"
 #include "container/Restoration.h"
 #include "container/SampleDispatch.h"
@@ -140,9 +141,9 @@ tesk_status compressImage(CompressRequest& request, CCallMemory& memory) {
 
     loadPixels<P>(image, request.pixels, request.strideBytes);
     encoder.transform();
-    encoder.codeCoefficients(0);
+    const bool wasSuspended = encoder.codeCoefficients(0) == kSuspended;
     // What was stopped anywhere on the way is of no use.
-    if (request.codec.isStopped()) return TESK_STOPPED;
+    if (wasSuspended || request.codec.isStopped()) return TESK_STOPPED;
     return writeStream(request, encoder, memory);
 }
 

@@ -102,7 +102,8 @@ void tesk_destroy(tesk_codec* codec);
 
 /* Ends the call that works with codec, from any thread, within about one transform level or one row
  * of pixels. All further calls return TESK_STOPPED until tesk_clear_stop, those with an invalid
- * argument aside. Requires: codec is not null and not destroyed. */
+ * argument aside. Requires: codec is not null and not destroyed; for tesk_clear_stop, no call works
+ * with it. */
 void tesk_stop(tesk_codec* codec);
 void tesk_clear_stop(tesk_codec* codec);
 
