@@ -1,5 +1,7 @@
 #include "cli/FileModes.h"
 
+#include <sys/stat.h>
+
 #include "cli/FatalErrors.h"
 #include "container/CompressDriver.h"
 #include "container/DecompressDriver.h"
@@ -19,42 +21,59 @@ std::FILE* openNamed(const char* name, const char* mode) {
     return file;
 }
 
+namespace {
+
+/// Returns: whether a name leads to the regular file that is open.
+bool isNameOf(const char* name, std::FILE* file) {
+    struct stat named {};
+    struct stat open {};
+    if (stat(name, &named) != 0 || fstat(fileno(file), &open) != 0) return false;
+    return S_ISREG(named.st_mode) && named.st_dev == open.st_dev && named.st_ino == open.st_ino;
+}
+
+}  // namespace
+
+bool openJobFiles(const CommandLine& line, JobFiles& files) {
+    files.input.reset(openNamed(line.inputName, "rb"));
+    if (!files.input) return false;
+    if (isNameOf(line.otherName, files.input.get())) {
+        std::fprintf(stderr, "tesk: '%s' is the input file\n", line.otherName);
+        return false;
+    }
+    files.output.reset(openNamed(line.otherName, "wb"));
+    rememberOutput(line.otherName);
+    return files.output != nullptr;
+}
+
 int compressFile(const CommandLine& line) {
     const RawGeometry& g = line.geometry;
     const TKHeader header = makeHeader(g.bytesPerPixel, g.bitsPerPixel, g.width, g.height);
     rememberGeometry(header);
 
-    FilePtr raw(openNamed(line.inputName, "rb"));
-    if (!raw) return 1;
-    FilePtr stream(openNamed(line.otherName, "wb"));
-    if (!stream) return 1;
-    rememberRawInput(raw.get(), line.inputName);
-    rememberOutput(line.otherName);
-    writeAll(stream.get(), FileRole::output, &header, sizeof header);
+    JobFiles files;
+    if (!openJobFiles(line, files)) return 1;
+    rememberRawInput(files.input.get(), line.inputName);
+    writeAll(files.output.get(), FileRole::output, &header, sizeof header);
     return dispatchSamples(
         header, MostBitsOfShort::inFiles,
         [&]<class T, class P>() {
             LossReport loss;
-            const int status = compress<T, P>(header, raw.release(), stream.release(), line.rate,
-                                              line.upper, line.extra, &loss);
+            const int status = compress<T, P>(header, files.input.release(), files.output.release(),
+                                              line.rate, line.upper, line.extra, &loss);
             reportLoss(loss, line);
             return status;
         },
         [&] {
-            closeOutput(std::move(stream));
+            closeOutput(std::move(files.output));
             return refuseFormat();
         });
 }
 
 int decompressFile(const CommandLine& line) {
-    FilePtr stream(openNamed(line.inputName, "rb"));
-    if (!stream) return 1;
-    FilePtr raw(openNamed(line.otherName, "wb"));
-    if (!raw) return 1;
-    rememberOutput(line.otherName);
-
+    JobFiles files;
+    if (!openJobFiles(line, files)) return 1;
     TKHeader header{};
-    const std::size_t got = std::fread(&header, 1, sizeof header, stream.get());
+    const std::size_t got = std::fread(&header, 1, sizeof header, files.input.get());
     if (got < sizeof header.magic || !header.isRecognised()) {
         std::fprintf(stderr, "File %s not recognized\n", line.inputName);
         return 1;
@@ -63,8 +82,8 @@ int decompressFile(const CommandLine& line) {
     return dispatchSamples(
         header, MostBitsOfShort::inFiles,
         [&]<class T, class P>() {
-            return decompress<T, P>(header, stream.release(), raw.release(), line.upper,
-                                    line.extra);
+            return decompress<T, P>(header, files.input.release(), files.output.release(),
+                                    line.upper, line.extra);
         },
         refuseFormat);
 }

@@ -48,34 +48,28 @@ int compressInMemory(const CommandLine& line) {
     const RawGeometry& g = line.geometry;
     const TKHeader header = makeHeader(g.bytesPerPixel, g.bitsPerPixel, g.width, g.height);
     rememberGeometry(header);
-    FilePtr raw(openNamed(line.inputName, "rb"));
-    if (!raw) return 1;
-    FilePtr stream(openNamed(line.otherName, "wb"));
-    if (!stream) return 1;
-    rememberOutput(line.otherName);
+    JobFiles files;
+    if (!openJobFiles(line, files)) return 1;
     if (!header.isSupported()) return refuseFormat();
 
-    ByteArray pixels = readPixels(std::move(raw), header.rawBytes());
+    ByteArray pixels = readPixels(std::move(files.input), header.rawBytes());
     const std::uint64_t budgetBytes =
         truncateToUnsigned(static_cast<double>(header.rawBytes()) * line.rate);
     CTeskCompressor compressor(header.xSize, header.ySize, header.bitsPerPixel,
                                header.bytesPerPixel, pixels.get(), budgetBytes, false);
     pixels.reset();
     LossReport loss;
-    if (isUsable(compressor.compress())) loss = writeBlock(compressor, stream.get(), line.rate);
-    closeOutput(std::move(stream));
+    if (isUsable(compressor.compress()))
+        loss = writeBlock(compressor, files.output.get(), line.rate);
+    closeOutput(std::move(files.output));
     reportLoss(loss, line);
     return 0;
 }
 
 int decompressInMemory(const CommandLine& line) {
-    FilePtr streamFile(openNamed(line.inputName, "rb"));
-    if (!streamFile) return 1;
-    FilePtr raw(openNamed(line.otherName, "wb"));
-    if (!raw) return 1;
-    rememberOutput(line.otherName);
-
-    const FileBytes stream = readRest(streamFile.get());
+    JobFiles files;
+    if (!openJobFiles(line, files)) return 1;
+    const FileBytes stream = readRest(files.input.get());
     rememberHeaderOf(stream);
     CTeskDecompressor decompressor(stream.bytes.get(), stream.sizeBytes);
     const TKHeader header =
@@ -86,11 +80,11 @@ int decompressInMemory(const CommandLine& line) {
     const auto pixels = std::make_unique_for_overwrite<unsigned char[]>(header.rawBytes());
     const int result = decompressor.decompress(pixels.get(), header.rawBytes());
     if (isUsable(result)) {
-        writeAll(raw.get(), FileRole::output, pixels.get(), header.rawBytes());
+        writeAll(files.output.get(), FileRole::output, pixels.get(), header.rawBytes());
     } else {
         reportDecompressionError(result, line);
     }
-    closeOutput(std::move(raw));
+    closeOutput(std::move(files.output));
     return 0;
 }
 
