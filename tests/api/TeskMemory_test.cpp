@@ -1,71 +1,12 @@
 #include <cstdlib>
 #include <gtest/gtest.h>
-#include <new>
 
 #include "api/tesk.h"
 #include "support/CodecCalls.h"
 #include "support/CountingHeap.h"
+#include "support/ProcessHeap.h"
 
-// Where the memory of a codec comes from. This program replaces new and is linked so that calls of
-// malloc and its fellows pass by here: tests/CMakeLists.txt.
-
-namespace {
-
-/// Calls of the process's allocators while it is true.
-thread_local bool isWatched = false;
-thread_local std::size_t processAllocations = 0;
-
-void note() {
-    if (isWatched) ++processAllocations;
-}
-
-}  // namespace
-
-extern "C" {
-void* __real_malloc(std::size_t size);
-void* __real_calloc(std::size_t count, std::size_t size);
-int __real_posix_memalign(void** memory, std::size_t alignment, std::size_t size);
-void* __wrap_malloc(std::size_t size);
-void* __wrap_calloc(std::size_t count, std::size_t size);
-int __wrap_posix_memalign(void** memory, std::size_t alignment, std::size_t size);
-
-void* __wrap_malloc(std::size_t size) {
-    note();
-    return __real_malloc(size);
-}
-void* __wrap_calloc(std::size_t count, std::size_t size) {
-    note();
-    return __real_calloc(count, size);
-}
-int __wrap_posix_memalign(void** memory, std::size_t alignment, std::size_t size) {
-    note();
-    return __real_posix_memalign(memory, alignment, size);
-}
-}
-
-// Not inlined: the compiler would see new memory go to free, and warn.
-[[gnu::noinline]] void* operator new(std::size_t size) {
-    if (void* memory = std::malloc(size != 0 ? size : 1)) return memory;
-    throw std::bad_alloc();
-}
-[[gnu::noinline]] void* operator new(std::size_t size, std::align_val_t alignment) {
-    void* memory = nullptr;
-    const auto bytes = std::max(sizeof(void*), static_cast<std::size_t>(alignment));
-    if (posix_memalign(&memory, bytes, size) == 0) return memory;
-    throw std::bad_alloc();
-}
-[[gnu::noinline]] void operator delete(void* memory) noexcept {
-    std::free(memory);
-}
-[[gnu::noinline]] void operator delete(void* memory, std::size_t) noexcept {
-    std::free(memory);
-}
-[[gnu::noinline]] void operator delete(void* memory, std::align_val_t) noexcept {
-    std::free(memory);
-}
-[[gnu::noinline]] void operator delete(void* memory, std::size_t, std::align_val_t) noexcept {
-    std::free(memory);
-}
+// Where the memory of a codec comes from.
 
 namespace {
 
@@ -107,8 +48,8 @@ std::size_t allocationsOfRoundTrip(const tesk_options* options, const RawImage& 
     tesk_codec* codec = nullptr;
     void* block = nullptr;
     tesk_result result = TESK_RESULT_INIT;
-    processAllocations = 0;
-    isWatched = true;
+    test::processHeap = {};
+    test::processHeap.isWatched = true;
     tesk_create(options, &codec);
     const tesk_status compressed =
         tesk_compress_to_block(codec, &geometry, image.bytes.data(), 0, 0, &block, &result);
@@ -116,11 +57,11 @@ std::size_t allocationsOfRoundTrip(const tesk_options* options, const RawImage& 
         tesk_decompress(codec, block, result.stream_bytes, out.data(), out.size(), 0, nullptr);
     tesk_release_block(codec, block);
     tesk_destroy(codec);
-    isWatched = false;
+    test::processHeap.isWatched = false;
     EXPECT_EQ(compressed, TESK_OK);
     EXPECT_EQ(decompressed, TESK_OK);
     EXPECT_EQ(out, image.bytes);
-    return processAllocations;
+    return test::processHeap.allocations;
 }
 
 TEST(TeskMemory, AllOfItComesFromTheHooks) {
