@@ -90,12 +90,15 @@ LossReport findLoss(CTeskCompressor& compressor) {
     StreamFate fate;
     fate.stream = compressor.getBlock() + sizeof header;
     fate.streamBytes = compressor.writer->getStoredBytes();
-    return dispatchSamples(
+    LossReport report = dispatchSamples(
         header, MostBitsOfShort::inMemory,
         [&]<class T, class P>() {
             return findLoss(static_cast<CWaveletEncoder<T>&>(*compressor.encoder), header, fate);
         },
         [] { return LossReport{}; });
+    // Decoders in memory take no header alone, though a header alone restores zeros elsewhere.
+    if (fate.streamBytes == 0 && report.loss == Loss::none) report.loss = Loss::cut;
+    return report;
 }
 
 void CTeskCompressor::releaseBlock() {
