@@ -15,7 +15,7 @@ public:
 
     std::uint64_t readBit() {
         const std::uint64_t place = position++;
-        return place / 8 < bytes.size() ? (bytes[place / 8] >> (place % 8)) & 1U : 0;
+        return place / 8 < bytes.size() ? (unsigned{bytes[place / 8]} >> (place % 8)) & 1U : 0;
     }
 
     std::uint64_t readRun() {

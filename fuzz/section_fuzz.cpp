@@ -13,12 +13,12 @@ void checkRewritten(const qmx::SectionHeader& header, int countBits, const fuzz:
     fuzz::Bytes copy(bits.size() + 16);
     qmx::CBitWriter writer(copy.data(), copy.size());
     for (std::uint64_t bit = 0; bit < firstBit; ++bit)
-        writer.writeBit((bits[bit / 8] >> (bit % 8)) & 1U);
+        writer.writeBit((unsigned{bits[bit / 8]} >> (bit % 8)) & 1U);
     qmx::writeSectionHeader(writer, header, countBits);
     writer.flush();
     fuzz::require(writer.getTotal() == endBit, "a header has one length");
     for (std::uint64_t bit = firstBit; bit < endBit; ++bit)
-        fuzz::require(((copy[bit / 8] ^ bits[bit / 8]) >> (bit % 8) & 1U) == 0,
+        fuzz::require(((unsigned{copy[bit / 8]} ^ bits[bit / 8]) >> (bit % 8) & 1U) == 0,
                       "a header is written as it is read");
 }
 
