@@ -20,8 +20,8 @@ struct MemoryBound {
 
 constexpr std::size_t kMegabyte = 1000000;
 constexpr MemoryBound kBounds[] = {
-    {1, 8, 3 * kMegabyte, 5, 150000, 2},  {3, 8, 9 * kMegabyte, 5, 150000, 2},
-    {2, 11, 4 * kMegabyte, 6, 150000, 2}, {2, 12, 5 * kMegabyte, 8, 300000, 4},
+    {1, 8, 7 * kMegabyte / 2, 5, 150000, 2},  {3, 8, 9 * kMegabyte, 5, 150000, 2},
+    {2, 11, 5 * kMegabyte, 6, 150000, 2}, {2, 12, 6 * kMegabyte, 9, 300000, 4},
     {2, 16, 6 * kMegabyte, 9, 300000, 4},
 };
 
