@@ -118,10 +118,11 @@ TEST(TeskMemory, EveryFailureIsReportedAndLeavesACodecThatWorks) {
             const std::size_t calls = heap.calls;
             EXPECT_EQ(good.status, TESK_OK);
             EXPECT_GT(calls, 3U);
-            for (std::size_t n = 0; n < calls; ++n) {
+            for (std::size_t n = 0; n < 2 * calls; ++n) {
                 heap.restart();
-                heap.failAt = n;
-                EXPECT_EQ(work().status, TESK_OUT_OF_MEMORY) << n << " of " << calls;
+                heap.failAt = n / 2;
+                heap.failsOnce = n % 2 == 1;
+                EXPECT_EQ(work().status, TESK_OUT_OF_MEMORY) << n / 2 << " of " << calls;
                 EXPECT_EQ(heap.live.size(), 1U) << "the codec alone";
                 heap.failAt = test::CountingHeap::kNever;
             }

@@ -40,8 +40,9 @@ public:
     /// Since the restart.
     std::size_t calls = 0;
     std::vector<std::size_t> sizes;
-    /// The call that fails, counted from 0, and all behind it.
+    /// The call that fails, counted from 0, and all behind it unless failsOnce.
     std::size_t failAt = kNever;
+    bool failsOnce = false;
     /// The call that stops a codec.
     std::size_t stopAt = kNever;
     tesk_codec* stopped = nullptr;
@@ -53,7 +54,7 @@ private:
         const std::size_t call = calls++;
         sizes.push_back(size);
         if (call == stopAt) tesk_stop(stopped);
-        if (call >= failAt) return nullptr;
+        if (call == failAt || (call > failAt && !failsOnce)) return nullptr;
         void* memory = std::malloc(size);
         live[memory] = size;
         return memory;

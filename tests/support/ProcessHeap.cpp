@@ -14,7 +14,9 @@ namespace {
 /// Returns: whether this allocation may succeed.
 bool admit() {
     if (!processHeap.isWatched) return true;
-    return processHeap.allocations++ < processHeap.failFrom;
+    const std::size_t number = processHeap.allocations++;
+    return number < processHeap.failFrom ||
+           (processHeap.failsOnce && number > processHeap.failFrom);
 }
 
 void* took(void* memory) {

@@ -15,6 +15,8 @@ struct ProcessHeap {
     std::size_t allocations = 0;
     /// The allocation with this number, from 0, and all later ones fail.
     std::size_t failFrom = kNever;
+    /// The later ones succeed again.
+    bool failsOnce = false;
     /// Allocated and not released.
     std::ptrdiff_t live = 0;
 };
