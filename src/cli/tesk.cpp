@@ -1,6 +1,8 @@
 // The tesk command line tool.
 
+#include <fcntl.h>
 #include <new>
+#include <unistd.h>
 
 #include "cli/CommandLine.h"
 #include "cli/CompareImages.h"
@@ -9,6 +11,15 @@
 #include "cli/MemoryModes.h"
 
 namespace {
+
+/// Takes the numbers of closed standard streams, so that no file gets them and messages with it.
+/// A folder cannot be written, neither here nor as /dev/stdout.
+void occupyClosedStreams() {
+    int number = open("/", O_RDONLY | O_DIRECTORY);
+    while (number >= 0 && number <= STDERR_FILENO)
+        number = open("/", O_RDONLY | O_DIRECTORY);
+    if (number >= 0) close(number);
+}
 
 int run(const qmx::CommandLine& line) {
     switch (line.action) {
@@ -27,6 +38,7 @@ int run(const qmx::CommandLine& line) {
 // Thrown numbers are not caught here: they end the process by abort, after the fatal error handler
 // has named the file and the reason.
 int main(int argc, char** argv) {
+    occupyClosedStreams();
     const auto line = qmx::parseCommandLine(argc, argv);
     if (!line) return qmx::usage(1);
     qmx::installFatalErrorHandler();
