@@ -55,7 +55,11 @@ inline Outcome decompressHere(const Bytes& stream, bool upper, int extra = 0) {
     decoded.status = qmx::dispatchSamples(
         header, qmx::MostBitsOfShort::inFiles,
         [&]<class T, class P>() { return qmx::decompress<T, P>(header, in, out, upper, extra); },
-        [] { return -1; });
+        [=] {
+            std::fclose(in);
+            std::fclose(out);
+            return -1;
+        });
     decoded.bytes.assign(written, written + writtenBytes);
     std::free(written);
     return decoded;
