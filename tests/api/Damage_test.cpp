@@ -126,7 +126,7 @@ TEST_P(Damage, LengthsOfGoldenStreamsDecodeAlikeEverywhere) {
             expectOneAnswerForLength(stream, few + (stream.size() - few) * n / kLongerLengths);
     });
     EXPECT_GT(decoders.counts.complete, 0);
-    EXPECT_GT(decoders.counts.cut, 20);
+    EXPECT_GT(decoders.counts.cut, test::kRunsInFull ? 20 : 2);
 }
 
 INSTANTIATE_TEST_SUITE_P(Shards, Damage, testing::Range(0, kShards));
