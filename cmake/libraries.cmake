@@ -9,6 +9,7 @@ set(TESK_PUBLIC_HEADERS
   src/api/ITeskDecompressor.h
   src/api/CTeskCompressor.h
   src/api/CTeskDecompressor.h
+  src/api/ExactCompression.h
   src/container/TKHeader.h
   src/bitstream/Status.h)
 

@@ -84,8 +84,9 @@ struct CodecDestroyer {
 using Codec = std::unique_ptr<tesk_codec, CodecDestroyer>;
 
 /// Returns: a codec whose memory is limited like that of the rest.
-inline Codec makeCodec() {
+inline Codec makeCodec(std::uint32_t flags = 0) {
     tesk_options options = TESK_OPTIONS_INIT;
+    options.flags = flags;
     options.allocate = [](void*, std::size_t sizeBytes) { return limitedMalloc(sizeBytes); };
     options.release = [](void*, void* memory) { std::free(memory); };
     tesk_codec* codec = nullptr;

@@ -33,10 +33,10 @@ inline Image takeImage(FuzzInput& input) {
     return image;
 }
 
-/// Returns: the stream of an image, complete for a budget of 0; empty when memory was refused.
+/// Returns: the plain stream of an image, complete for a budget of 0; empty when memory was refused.
 /// loss may be null.
 inline Bytes compress(const Image& image, std::size_t budgetBytes, tesk_loss* loss = nullptr) {
-    const Codec codec = makeCodec();
+    const Codec codec = makeCodec(TESK_PLAIN);
     void* block = nullptr;
     tesk_result result = TESK_RESULT_INIT;
     const tesk_status status = tesk_compress_to_block(

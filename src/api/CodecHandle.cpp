@@ -14,7 +14,8 @@ constexpr char kVersion[] =
 
 bool areValid(const tesk_options& options) {
     const bool bothHooksOrNone = (options.allocate == nullptr) == (options.release == nullptr);
-    return hasKnownSize(options) && bothHooksOrNone;
+    const bool hasKnownFlags = (options.flags & ~std::uint32_t{TESK_PLAIN | TESK_UNVERIFIED}) == 0;
+    return hasKnownSize(options) && bothHooksOrNone && hasKnownFlags;
 }
 
 }  // namespace
@@ -25,6 +26,7 @@ bool clearResult(tesk_result* result) {
     result->stream_bytes = 0;
     result->peak_memory_bytes = 0;
     result->loss = TESK_LOSS_NONE;
+    result->rescue = 0;
     return true;
 }
 
@@ -75,6 +77,8 @@ const char* tesk_status_message(int status) {
             return "buffer too small";
         case TESK_INVALID_ARGUMENT:
             return "invalid argument";
+        case TESK_NOT_RESTORABLE:
+            return "no stream restores this image";
         default:
             return "unknown status";
     }
@@ -98,6 +102,8 @@ const char* tesk_loss_message(int loss) {
             return "a section is longer than its length field can say";
         case TESK_LOSS_UNCHECKED:
             return "there was no memory to find out whether the image comes back";
+        case TESK_LOSS_UNKNOWN:
+            return "the stream decodes to another image";
         default:
             return "unknown loss";
     }
@@ -128,7 +134,8 @@ tesk_status tesk_create(const tesk_options* options, tesk_codec** codec) {
             : qmx::defaultHooks();
     void* storage = hooks.allocate(hooks.user, sizeof(tesk_codec));
     if (storage == nullptr) return TESK_OUT_OF_MEMORY;
-    *codec = new (storage) tesk_codec{hooks, chosen.max_pixels, chosen.max_memory_bytes};
+    *codec =
+        new (storage) tesk_codec{hooks, chosen.max_pixels, chosen.max_memory_bytes, chosen.flags};
     return TESK_OK;
 }
 

@@ -11,6 +11,8 @@ struct tesk_codec {
     qmx::AllocatorHooks hooks;
     std::size_t maxPixels;
     std::size_t maxMemoryBytes;
+    /// TESK_PLAIN and TESK_UNVERIFIED.
+    std::uint32_t flags;
     std::atomic<bool> stopRequested{false};
 
     bool isStopped() const { return stopRequested.load(std::memory_order_relaxed); }

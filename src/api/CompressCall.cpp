@@ -1,28 +1,13 @@
 // The calls of the C interface that compress.
 
-#include <algorithm>
-
-#include "api/CodecHandle.h"
-#include "bitstream/CBitWriter.h"
-#include "bitstream/Status.h"
-#include "container/RawPixels.h"
-#include "container/Restoration.h"
+#include "api/CompressRequest.h"
 #include "container/SampleDispatch.h"
-#include "wavelet/CFilter5_3.h"
-#include "wavelet/CWaveletEncoder.h"
+#include "image/CImageData.h"
 
 namespace qmx {
 namespace {
 
 constexpr std::uint32_t kGreatestSide = 65535;
-
-/// Where a stream goes once its size is known.
-class IStreamPlace {
-public:
-    virtual ~IStreamPlace() = default;
-    /// Returns: room for sizeBytes bytes, or null when they do not fit. Throws: std::bad_alloc.
-    virtual unsigned char* take(std::size_t sizeBytes, CCallMemory& memory) = 0;
-};
 
 class CCallerBuffer final : public IStreamPlace {
 public:
@@ -30,6 +15,7 @@ public:
     unsigned char* take(std::size_t sizeBytes, CCallMemory&) override {
         return sizeBytes <= roomBytes ? static_cast<unsigned char*>(bytes) : nullptr;
     }
+    void discard(tesk_codec&) override {}
 
 private:
     void* bytes;
@@ -43,20 +29,13 @@ public:
         *block = memory.allocate(sizeBytes);
         return static_cast<unsigned char*>(*block);
     }
+    void discard(tesk_codec& codec) override {
+        tesk_release_block(&codec, *block);
+        *block = nullptr;
+    }
 
 private:
     void** block;
-};
-
-struct CompressRequest {
-    const tesk_codec& codec;
-    TKHeader header;
-    const void* pixels;
-    std::size_t strideBytes;
-    std::size_t budgetBytes;
-    IStreamPlace& place;
-    std::size_t streamBytes = 0;
-    tesk_loss loss = TESK_LOSS_NONE;
 };
 
 /// Returns: a header, if the format can hold such an image.
@@ -70,81 +49,29 @@ tesk_status checkImage(const tesk_image& image, TKHeader& header) {
     return TESK_OK;
 }
 
-tesk_loss lossNumber(Loss loss) {
-    switch (loss) {
-        case Loss::none:
-        case Loss::suspension:  // calls do not suspend
-            return TESK_LOSS_NONE;
-        case Loss::sideOfOne:
-            return TESK_LOSS_SIDE_OF_ONE;
-        case Loss::thinImage:
-            return TESK_LOSS_THIN_IMAGE;
-        case Loss::wrappedCoefficient:
-            return TESK_LOSS_WRAPPED;
-        case Loss::endlessRun:
-            return TESK_LOSS_ENDLESS_RUN;
-        case Loss::overlongSection:
-            return TESK_LOSS_LONG_SECTION;
-        case Loss::cut:
-            return TESK_LOSS_BUDGET;
-    }
-    return TESK_LOSS_UNCHECKED;
+/// Returns: the bytes that the planes of an image take at least.
+std::size_t planeBytes(const TKHeader& header) {
+    return dispatchSamples(
+        header, MostBitsOfShort::inMemory,
+        [&]<class T, class P>() {
+            return CImageData<T>::storageBytes(header.xSize, header.ySize, header.planes());
+        },
+        [] { return std::size_t{0}; });
 }
 
-/// Returns: what a complete stream loses, as far as there is memory to find out.
-template <class T>
-tesk_loss lossOf(CWaveletEncoder<T>& encoder, const TKHeader& header, const unsigned char* stream,
-                 std::size_t streamBytes) {
-    StreamFate fate;
-    fate.stream = stream;
-    fate.streamBytes = streamBytes;
-    try {
-        return lossNumber(findLoss(encoder, header, fate).loss);
-    } catch (const std::bad_alloc&) {
-        return TESK_LOSS_UNCHECKED;
-    }
+tesk_status compressInto(CompressRequest& request, CCallMemory& memory) {
+    if (!memory.allows(planeBytes(request.header))) return TESK_LIMIT_EXCEEDED;
+    const bool isExact = request.budgetBytes == 0 && !request.has(TESK_PLAIN);
+    return isExact ? runExactCall(request, memory) : runPlainCall(request, memory);
 }
 
-/// Writes the coded stream as far as the budget lets it.
-template <class T>
-tesk_status writeStream(CompressRequest& request, CWaveletEncoder<T>& encoder,
-                        CCallMemory& memory) {
-    const std::size_t completeBytes = sizeof(TKHeader) + (encoder.getStreamBits() + 7) / 8;
-    const bool isCut = request.budgetBytes != 0 && request.budgetBytes < completeBytes;
-    const std::size_t streamBytes = isCut ? request.budgetBytes : completeBytes;
-    unsigned char* out = request.place.take(streamBytes, memory);
-    request.streamBytes = streamBytes;
-    if (out == nullptr) return TESK_BUFFER_TOO_SMALL;
-    std::memcpy(out, &request.header, sizeof(TKHeader));
-    unsigned char* const stream = out + sizeof(TKHeader);
-    const std::size_t bytesBehindHeader = streamBytes - sizeof(TKHeader);
-    CBitWriter writer(stream, bytesBehindHeader);
-    try {
-        encoder.writeStream(writer);
-    } catch (int) {
-        // The budget is spent.
-    }
-    request.loss =
-        isCut ? TESK_LOSS_BUDGET : lossOf(encoder, request.header, stream, bytesBehindHeader);
-    return isCut ? TESK_CUT : TESK_OK;
-}
-
-template <class T, class P>
-tesk_status compressImage(CompressRequest& request, CCallMemory& memory) {
-    const TKHeader& header = request.header;
-    if (!memory.allows(CImageData<T>::storageBytes(header.xSize, header.ySize, header.planes())))
-        return TESK_LIMIT_EXCEEDED;
-    CImageData<T> image(header.xSize, header.ySize, header.planes(), &memory);
-    CFilter5_3<T> filter;
-    CWaveletEncoder<T> encoder(&image, &filter, false, &memory);
-    encoder.watch(request.codec.stopRequested);
-
-    loadPixels<P>(image, request.pixels, request.strideBytes);
-    encoder.transform();
-    const bool wasSuspended = encoder.codeCoefficients(0) == kSuspended;
-    // What was stopped anywhere on the way is of no use.
-    if (wasSuspended || request.codec.isStopped()) return TESK_STOPPED;
-    return writeStream(request, encoder, memory);
+/// Says in result what a call came to.
+void report(const CompressRequest& request, tesk_status status, tesk_result* result) {
+    if (result == nullptr) return;
+    const bool isWritten = status == TESK_OK || status == TESK_CUT;
+    result->stream_bytes = isWritten || status == TESK_BUFFER_TOO_SMALL ? request.streamBytes : 0;
+    result->loss = isWritten || status == TESK_NOT_RESTORABLE ? request.loss : TESK_LOSS_NONE;
+    result->rescue = isWritten ? request.rescue : 0;
 }
 
 tesk_status compressTo(tesk_codec* codec, const tesk_image* image, const void* pixels,
@@ -163,14 +90,10 @@ tesk_status compressTo(tesk_codec* codec, const tesk_image* image, const void* p
     if (const tesk_status status = checkPixels(*codec, header); status != TESK_OK) return status;
 
     CompressRequest request{*codec, header, pixels, stride, budgetBytes, place};
-    const tesk_status status = runCall(*codec, result, [&](CCallMemory& memory) {
-        return dispatchSamples(
-            header, MostBitsOfShort::inMemory,
-            [&]<class T, class P>() { return compressImage<T, P>(request, memory); },
-            [] { return TESK_UNSUPPORTED_FORMAT; });
-    });
-    if (result != nullptr) result->stream_bytes = request.streamBytes;
-    if (result != nullptr) result->loss = request.loss;
+    const tesk_status status =
+        runCall(*codec, result, [&](CCallMemory& memory) { return compressInto(request, memory); });
+    if (status != TESK_OK && status != TESK_CUT) place.discard(*codec);
+    report(request, status, result);
     return status;
 }
 

@@ -37,7 +37,8 @@ typedef enum tesk_status {
     TESK_LIMIT_EXCEEDED = 5,     /* beyond what the caller's options allow */
     TESK_OUT_OF_MEMORY = 6,      /* the allocator has no more */
     TESK_BUFFER_TOO_SMALL = 7,   /* the caller's buffer does not hold the result */
-    TESK_INVALID_ARGUMENT = 8    /* a null pointer, an unknown struct size, a stride below a row */
+    TESK_INVALID_ARGUMENT = 8,   /* a null pointer, an unknown struct size, a stride below a row */
+    TESK_NOT_RESTORABLE = 9      /* no stream restores this image; see TESK_PLAIN */
 } tesk_status;
 
 /* Returns: a few words of English for a status, also for a number that is none. Never null. */
@@ -68,6 +69,16 @@ typedef struct tesk_image {
  */
 tesk_status tesk_probe(const void* stream, size_t stream_bytes, tesk_image* image);
 
+/* What a codec does differently, for tesk_options. */
+enum {
+    /* Complete streams are those of the command line tool, also where they do not restore the image.
+     * Without it, compression without a budget makes streams that restore every image whose sides
+     * are 2 or more; images that need no special care have the same stream either way. */
+    TESK_PLAIN = 1,
+    /* Compression without a budget does not decode what it wrote to compare it with the image. */
+    TESK_UNVERIFIED = 2
+};
+
 /* What a codec may use and where its memory comes from. 0 and null leave the default. */
 typedef struct tesk_options {
     size_t struct_bytes;
@@ -81,10 +92,12 @@ typedef struct tesk_options {
     void* (*allocate)(void* user, size_t size_bytes);
     void (*release)(void* user, void* memory);
     void* user;
+    /* TESK_PLAIN, TESK_UNVERIFIED, both or 0. */
+    uint32_t flags;
 } tesk_options;
 
 #define TESK_OPTIONS_INIT \
-    { sizeof(tesk_options), 0, 0, NULL, NULL, NULL }
+    { sizeof(tesk_options), 0, 0, NULL, NULL, NULL, 0 }
 
 typedef struct tesk_codec tesk_codec;
 
@@ -116,11 +129,26 @@ typedef enum tesk_loss {
     TESK_LOSS_WRAPPED = 4, /* samples exceed bits_per_pixel by so much that 16 bits are too few */
     TESK_LOSS_ENDLESS_RUN = 5,  /* too many coefficients for one run code */
     TESK_LOSS_LONG_SECTION = 6, /* a section is longer than its length field can say */
-    TESK_LOSS_UNCHECKED = 7     /* it may or may not: there was no memory to find out */
+    TESK_LOSS_UNCHECKED = 7,    /* it may or may not: there was no memory to find out */
+    TESK_LOSS_UNKNOWN = 8       /* it was decoded and is not the image: please report this */
 } tesk_loss;
 
 /* Returns: a few words of English for a loss, also for a number that is none. Never null. */
 const char* tesk_loss_message(int loss);
+
+/* What was done so that a stream restores its image where the plain one would not, for tesk_result.
+ * Each is a bit. Such streams are read by every decoder. */
+enum {
+    TESK_RESCUE_THIN_FILTER = 1,   /* an image with a side of 2 or 3 was filtered */
+    TESK_RESCUE_DECLARED_BITS = 2, /* the header declares more bits per pixel than the caller */
+    TESK_RESCUE_CLOSING_RUNS = 4,  /* last runs, which nobody needs, were left out of sections */
+    /* Some coefficients are sent as 65536 less their magnitude with the other sign. */
+    TESK_RESCUE_OTHER_REPRESENTATIVE = 8,
+    /* Multiples of 65536 were added to samples of more than 12 bits. A part of the image is white as
+     * long as the stream is not complete. */
+    TESK_RESCUE_WHOLE_WRAPS = 16,
+    TESK_RESCUE_ENDLESS_RUNS = 32 /* long runs, more than a gigapixel, were spelled out */
+};
 
 /* What a call did. Every call sets all fields, to 0 where it came to nothing. */
 typedef struct tesk_result {
@@ -130,13 +158,15 @@ typedef struct tesk_result {
     size_t stream_bytes;
     /* Most memory that the call held at one time, an output block included. */
     size_t peak_memory_bytes;
-    /* Why the stream that was written will not restore the image. Known after TESK_OK and TESK_CUT of
-     * a compression, else TESK_LOSS_NONE. */
+    /* Why the stream that was written will not restore the image, after TESK_OK and TESK_CUT of a
+     * compression; why none would, after TESK_NOT_RESTORABLE; else TESK_LOSS_NONE. */
     tesk_loss loss;
+    /* TESK_RESCUE_... bits of the stream that was written; 0 for a plain one. */
+    uint32_t rescue;
 } tesk_result;
 
 #define TESK_RESULT_INIT \
-    { sizeof(tesk_result), 0, 0, TESK_LOSS_NONE }
+    { sizeof(tesk_result), 0, 0, TESK_LOSS_NONE, 0 }
 
 /*
  * Compresses an image into a stream.
@@ -144,13 +174,16 @@ typedef struct tesk_result {
  *  - pixels: height rows of width pixels; row_stride_bytes from one row to the next, 0 for rows
  *    without gaps. It may be null for an image without pixels.
  *  - budget_bytes: the most bytes that the stream may have, header included: 16 or more. 0: no
- *    budget, the stream is complete. A stream that has to be cut is exactly so long.
+ *    budget, the stream is complete and restores the image, as long as the codec's flags do not say
+ *    otherwise. A stream that has to be cut is exactly so long.
  *  - result: may be null.
  *
  * Returns: TESK_OK, TESK_CUT, TESK_STOPPED, TESK_LIMIT_EXCEEDED, TESK_OUT_OF_MEMORY,
  *          TESK_INVALID_ARGUMENT;
  *          TESK_UNSUPPORTED_FORMAT: a side above 65535, other bytes per pixel than 1, 2 and 3, or
  *          bits per pixel that are 0 or more than a sample has;
+ *          TESK_NOT_RESTORABLE (without a budget and without TESK_PLAIN): a side is 1 and not all
+ *          samples are 0. The contents of out are then undefined;
  *          TESK_BUFFER_TOO_SMALL (tesk_compress only): nothing was written to out.
  */
 /* ... into the caller's buffer of out_bytes bytes. A null buffer is one without room: the call then

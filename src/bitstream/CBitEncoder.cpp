@@ -14,4 +14,10 @@ void CBitEncoder::terminate() {
     terminated = true;
 }
 
+void CBitEncoder::leaveOpen() {
+    finalTotal = run + total;
+    run = 0;
+    terminated = true;
+}
+
 }  // namespace qmx

@@ -28,6 +28,12 @@ public:
     /// Sends the zeros after the last one bit, if there was a one bit at all, and freezes the
     /// total. Throws: as encodeOne.
     void terminate();
+    /// Freezes the total like terminate, but sends nothing: nobody needs the last zeros.
+    void leaveOpen();
+    /// After terminate: sends zeros that terminate did not send, because there was no one bit.
+    /// Throws: as encodeOne.
+    void sendFinalZeros() { writeRunCode(*stream, finalTotal, k); }
+    bool isTerminated() const { return terminated; }
 
 protected:
     CBitWriter* stream;

@@ -39,4 +39,11 @@ inline void writeRunCode(CBitWriter& writer, std::uint64_t run, int k) {
     writer.writeInt(m, n);
 }
 
+/// Returns: the number of bits of the code of a run. Requires: as writeRunCode.
+constexpr std::uint64_t runCodeBits(std::uint64_t run, int k) {
+    const auto unary = static_cast<std::uint64_t>(k);
+    if (run <= unary) return run + 1;
+    return unary + 1 + 2 * static_cast<std::uint64_t>(bitLength(run - unary + 1) - 1);
+}
+
 }  // namespace qmx

@@ -25,6 +25,12 @@ void OrderEncoder<T>::encodeLine(const T* row, const ScanLine& line, int width) 
 }
 
 template <class T>
+void OrderEncoder<T>::encodeFolded(std::uint64_t folded) {
+    if (folded >= 2) encode(folded);
+    ++position;
+}
+
+template <class T>
 void OrderEncoder<T>::encode(std::uint64_t folded) {
     const std::uint64_t magnitude = folded >> 1;
     const auto newPlane = static_cast<std::size_t>(bitLength(magnitude) - 1);

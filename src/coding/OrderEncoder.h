@@ -28,6 +28,10 @@ public:
     /// Throws: std::bad_alloc.
     void encodeLine(const T* row, const ScanLine& line, int width);
 
+    /// Encodes the next coefficient, whose magnitude may take all kTableBitPlanes<T> bits.
+    /// Throws: std::bad_alloc.
+    void encodeFolded(std::uint64_t folded);
+
     /// Gives the coders of the bit planes up to topPlane their current runs back, which callers of
     /// the coders may look at.
     void storeRuns(int topPlane);

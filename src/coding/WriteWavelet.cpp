@@ -6,6 +6,7 @@
 #include "bitstream/Status.h"
 #include "coding/FoldedValue.h"
 #include "coding/OrderEncoder.h"
+#include "coding/SectionLengths.h"
 #include "coding/SectionPriority.h"
 #include "coding/SectionSyntax.h"
 #include "wavelet/CWaveletEncoder.h"
@@ -132,6 +133,7 @@ bool CWaveletEncoder<T>::encodeRows(int arg) {
 template <class T>
 void CWaveletEncoder<T>::closeCoders() {
     estimateBits = streamBits = kFixedBits;
+    overlongSections = endlessSections = 0;
     for (int p = 0; p < this->image->planes; ++p)
         for (int o = 0; o <= this->levels; ++o)
             for (int b = 0; b <= this->bits; ++b)
@@ -148,7 +150,7 @@ void CWaveletEncoder<T>::closeAndMeasure(int plane, int order, int bitPlane) {
 
     auto* encoder = streams->encoders.find(plane, order, bitPlane);
     if (encoder == nullptr) return;
-    encoder->terminate();
+    closeSection(*encoder, plane, order, bitPlane);
     const std::uint64_t significanceBits = encoder->getStoredTotal();
     const std::uint64_t refinementBits =
         streams->refinements.find(plane, order, bitPlane)->getTotal();
@@ -160,6 +162,19 @@ void CWaveletEncoder<T>::closeAndMeasure(int plane, int order, int bitPlane) {
     overlongSections += static_cast<unsigned>(refinementBits > longest);
     const bool isEndless = significanceBits == 0 && encoder->getTotal() > kEndRun + 1;
     endlessSections += static_cast<unsigned>(isEndless);
+}
+
+template <class T>
+void CWaveletEncoder<T>::closeSection(CBitChunkEncoder& encoder, int plane, int order,
+                                      int bitPlane) {
+    const std::uint64_t openBits = encoder.getStoredTotal();
+    const std::uint64_t closedBits = openBits + runCodeBits(encoder.getRun(), kRunParameter);
+    const bool fits =
+        openBits == 0 || order != this->levels || closedBits <= getLongestSectionBits();
+    if (fits || encoder.isTerminated() || !leavesOut(closingRuns[plane], encoder.getRun()))
+        return encoder.terminate();
+    if (encoder.getRun() != 0) openPlanes[plane] |= 1U << bitPlane;
+    encoder.leaveOpen();
 }
 
 template <class T>
@@ -178,15 +193,27 @@ void CWaveletEncoder<T>::writeSection(CBitWriter& out, int plane, int order, boo
 }
 
 template <class T>
+bool CWaveletEncoder<T>::needsZerosBehind(int plane, int order, bool refinement,
+                                          int bitPlane) const {
+    const bool isOpen = bitPlane < kMagnitudeBits && ((openPlanes[plane] >> bitPlane) & 1) != 0;
+    return isOpen && order == this->levels && !refinement;
+}
+
+template <class T>
 void CWaveletEncoder<T>::writeStream(CBitWriter& out) {
     SectionCounters counters;
     counters.reset(this->bits);
     SectionChooser<T> chooser(*streams, counters);
     writeTopPlane(out, this->bits);
-    while (const auto choice = chooser.choose(this->image->planes, this->levels)) {
-        const auto bitPlane =
-            static_cast<int>(counters.take(choice->plane, choice->order, choice->refinement));
-        writeSection(out, choice->plane, choice->order, choice->refinement, bitPlane);
+    auto choice = chooser.choose(this->image->planes, this->levels);
+    while (choice) {
+        const auto [plane, order, refinement] = *choice;
+        const auto bitPlane = static_cast<int>(counters.take(plane, order, refinement));
+        writeSection(out, plane, order, refinement, bitPlane);
+        choice.reset();
+        // The header of plane 0 and order 0 begins with zero bits.
+        if (needsZerosBehind(plane, order, refinement, bitPlane)) choice = chooser.choose(1, 0);
+        if (!choice) choice = chooser.choose(this->image->planes, this->levels);
     }
     writeEndMark(out);
     out.flush();
@@ -208,6 +235,12 @@ int CWaveletEncoder<T>::writeWavelet(CBitWriter& out, int arg) {
     writeStream(out);
     return this->status;
 }
+
+// Used by RecodeOrder.cpp as well.
+template int CWaveletEncoder<short>::sampleCountBits() const;
+template int CWaveletEncoder<int>::sampleCountBits() const;
+template void CWaveletEncoder<short>::closeCoders();
+template void CWaveletEncoder<int>::closeCoders();
 
 template int CWaveletEncoder<short>::codeCoefficients(int);
 template int CWaveletEncoder<int>::codeCoefficients(int);

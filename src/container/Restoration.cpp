@@ -108,9 +108,8 @@ bool restoresAgain(CWaveletEncoder<T>& encoder, const TKHeader& header, std::siz
     return restores(encoder, header, stream.get(), streamBytes);
 }
 
-}  // namespace
-
-std::string describeLoss(const LossReport& report) {
+/// Returns: the reason alone.
+std::string reasonOf(const LossReport& report) {
     const std::string count = std::to_string(report.count);
     const bool one = report.count == 1;
     switch (report.loss) {
@@ -137,6 +136,14 @@ std::string describeLoss(const LossReport& report) {
                    std::to_string(report.completeBytes) + " bytes";
     }
     return "";
+}
+
+}  // namespace
+
+std::string describeLoss(const LossReport& report) {
+    const bool isHopeless = report.loss == Loss::none || report.loss == Loss::sideOfOne;
+    return reasonOf(report) +
+           (isHopeless ? "" : "; the exact encode of the library (libtesk) restores the image");
 }
 
 template <class T>

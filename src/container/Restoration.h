@@ -38,7 +38,7 @@ struct LossReport {
     std::uint64_t completeBytes = 0;
 };
 
-/// Returns: the reason in plain words with its numbers, without a full stop.
+/// Returns: the reason in plain words with its numbers, without a full stop, and what would help.
 std::string describeLoss(const LossReport& report);
 
 /// How a stream came into being.

@@ -3,6 +3,7 @@
 #include <cstdint>
 
 #include "wavelet/CWavelet.h"
+#include "wavelet/ClosingRuns.h"
 #include "wavelet/CoderStreams.h"
 #include "wavelet/IWaveletEncoder.h"
 
@@ -45,6 +46,24 @@ public:
     /// Returns: sections without new coefficients that cover more than a decoder passes over.
     std::uint64_t getEndlessSections() const { return endlessSections; }
 
+    // What makes up for it: another way to code the coarsest order of a colour plane. A stream then
+    // differs, decoders and their image do not. Requires: as above, but for setClosingRuns, which
+    // may come before.
+
+    /// Returns: the highest bit plane that the stream sends.
+    int getTopPlane() const { return this->bits; }
+    /// Returns: the bits that an n section of the coarsest order may have.
+    std::uint64_t getLongestSectionBits() const;
+    /// Returns: the folded values of the coarsest order, in scan order. Throws: std::bad_alloc.
+    FoldedValues getCoarsestValues(int plane) const;
+    /// Codes other values in their place. Requires: as many, with magnitudes of up to
+    /// kTableBitPlanes<T> bits. Throws: std::bad_alloc.
+    void recodeCoarsest(int plane, const FoldedValues& values, ClosingRuns closing);
+    /// How the sections of the coarsest order are closed that would be too long otherwise.
+    void setClosingRuns(int plane, ClosingRuns closing) { closingRuns[plane] = closing; }
+    /// Gives endless sections a run of their own in place of nothing. Throws: std::bad_alloc.
+    void sendEndlessRuns();
+
     std::pmr::memory_resource* getMemory() const { return memory; }
 
 private:
@@ -55,6 +74,9 @@ private:
     bool encodeRows(int arg);
     void closeCoders();
     void closeAndMeasure(int plane, int order, int bitPlane);
+    void closeSection(CBitChunkEncoder& encoder, int plane, int order, int bitPlane);
+    bool needsZerosBehind(int plane, int order, bool refinement, int bitPlane) const;
+    void raiseTopPlane(int topPlane);
     void writeSection(CBitWriter& out, int plane, int order, bool refinement, int bitPlane);
     int sampleCountBits() const;
 
@@ -63,6 +85,9 @@ private:
     std::uint64_t overlongSections = 0;
     std::uint64_t lostCoefficients = 0;
     std::uint64_t endlessSections = 0;
+    ClosingRuns closingRuns[kTablePlanes]{};
+    /// The bit planes of the coarsest order whose last run is read from the section behind them.
+    std::uint32_t openPlanes[kTablePlanes]{};
     /// Bits of the stream as lazy writers are told, a little too many.
     std::uint64_t estimateBits = 0;
     std::uint64_t streamBits = 0;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 
 #include "bitstream/CBitDecoder.h"
 #include "bitstream/CBitEncoder.h"
@@ -49,6 +50,19 @@ struct EncoderStreams {
     explicit EncoderStreams(std::pmr::memory_resource* memory) {
         encoders.forEach([=](CBitChunkEncoder& encoder) { encoder.writer().useMemory(memory); });
         refinements.forEach([=](CBitChunkWriter& writer) { writer.useMemory(memory); });
+    }
+
+    /// Empties the coders of one plane and order. Requires: both inside the tables.
+    void restart(int plane, int order, std::pmr::memory_resource* memory) {
+        for (int p = 0; p < kTableBitPlanes<T>; ++p) {
+            CBitChunkEncoder& encoder = encoders.bitPlanes(plane, order)[p];
+            CBitChunkWriter& refinement = refinements.bitPlanes(plane, order)[p];
+            std::destroy_at(&encoder);
+            std::construct_at(&encoder)->writer().useMemory(memory);
+            std::destroy_at(&refinement);
+            std::construct_at(&refinement)->useMemory(memory);
+            newCounts.bitPlanes(plane, order)[p] = 0;
+        }
     }
 
     /// Significance: run codes and signs of the n sections.

@@ -33,7 +33,7 @@ protected:
         return other;
     }
 
-    test::Codec codec = test::makeCodec();
+    test::Codec codec = test::makeCodecWithFlags(TESK_PLAIN);
     RawImage image = test::makeImage(test::Content::noise, 3, 8, 20, 20);
     tesk_image geometry = test::geometryOf(image);
 };
@@ -74,7 +74,7 @@ TEST_F(TeskCompressArguments, UnknownStructSizesAreInvalidAndLongerOnesAreNot) {
     EXPECT_EQ(result.struct_bytes, sizeof result + 8);
     tesk_release_block(codec.get(), block);
     for (const std::size_t size : {std::size_t{0}, sizeof result - 1}) {
-        result = {size, 5, 6, TESK_LOSS_NONE};
+        result = {size, 5, 6, TESK_LOSS_NONE, 0};
         EXPECT_EQ(tesk_compress_to_block(codec.get(), &geometry, image.bytes.data(), 0, 0, &block,
                                          &result),
                   TESK_INVALID_ARGUMENT);

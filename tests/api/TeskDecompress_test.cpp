@@ -167,7 +167,7 @@ TEST_F(TeskDecompress, NullPointersAndUnknownStructSizesAreInvalid) {
     EXPECT_EQ(decompress(codec.get(), nullptr, out.data(), nullptr), TESK_INVALID_ARGUMENT);
     EXPECT_EQ(decompress(codec.get(), stream.data(), nullptr, nullptr), TESK_INVALID_ARGUMENT);
     for (const std::size_t size : {std::size_t{0}, sizeof(tesk_result) - 1}) {
-        tesk_result result{size, 5, 6, TESK_LOSS_NONE};
+        tesk_result result{size, 5, 6, TESK_LOSS_NONE, 0};
         EXPECT_EQ(decompress(codec.get(), stream.data(), out.data(), &result),
                   TESK_INVALID_ARGUMENT);
         EXPECT_EQ(result.peak_memory_bytes, 6U);

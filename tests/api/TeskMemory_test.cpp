@@ -93,7 +93,8 @@ TEST(TeskMemory, BlocksOutliveTheCodec) {
 
 TEST(TeskMemory, BlocksAreAsLongAsTheirStream) {
     test::CountingHeap heap;
-    const tesk_options options = heap.options();
+    tesk_options options = heap.options();
+    options.flags = TESK_UNVERIFIED;
     const test::Codec codec = test::makeCodec(&options);
     // An image that comes back: nothing is allocated after the block to find that out.
     const RawImage image = test::makeImage(Content::photo, 3, 8, 64, 64);
@@ -146,9 +147,9 @@ TEST(TeskMemory, AStopInTheMiddleOfACallEndsItAndLeavesNothing) {
         heap.restart();
         heap.stopAt = n;
         const test::Call call = test::compressCall(codec.get(), image);
-        const bool wasForTheBlock = n + 1 == calls;
-        EXPECT_EQ(call.status, wasForTheBlock ? TESK_OK : TESK_STOPPED) << n;
-        EXPECT_EQ(call.result.stream_bytes, wasForTheBlock ? stream.size() : 0U);
+        // The last allocations are for the comparison of a stream that is there already.
+        EXPECT_EQ(call.status, TESK_STOPPED) << n;
+        EXPECT_EQ(call.result.stream_bytes, 0U);
         EXPECT_EQ(heap.live.size(), 1U);
         tesk_clear_stop(codec.get());
     }

@@ -60,6 +60,16 @@ TEST(RunCode, OtherParametersCodeRunsUpToThemInUnary) {
     EXPECT_EQ(codeOf(6, 3), "00000100");
 }
 
+TEST(RunCode, TheLengthOfACodeIsKnownWithoutWritingIt) {
+    for (const int k : {0, 1, 5})
+        for (const std::uint64_t run : {0ULL, 1ULL, 2ULL, 3ULL, 5ULL, 6ULL, 7ULL, 8ULL, 100ULL,
+                                        (1ULL << 30) + 1, (1ULL << 39) - 1}) {
+            qmx::CBitChunkWriter writer;
+            writeRunCode(writer, run, k);
+            EXPECT_EQ(qmx::runCodeBits(run, k), writer.getTotal()) << run << ", " << k;
+        }
+}
+
 TEST(RunCode, ZerosAndSuffixGiveTheRunBack) {
     for (int k : {0, 1, 2, 5})
         for (std::uint64_t run = static_cast<std::uint64_t>(k) + 1; run < 3000; ++run) {

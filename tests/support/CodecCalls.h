@@ -20,6 +20,12 @@ inline Codec makeCodec(const tesk_options* options = nullptr) {
     return Codec(codec);
 }
 
+inline Codec makeCodecWithFlags(std::uint32_t flags) {
+    tesk_options options = TESK_OPTIONS_INIT;
+    options.flags = flags;
+    return makeCodec(&options);
+}
+
 inline tesk_image geometryOf(const RawImage& image) {
     tesk_image geometry = TESK_IMAGE_INIT;
     geometry.width = static_cast<std::uint32_t>(image.width);

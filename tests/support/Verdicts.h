@@ -74,7 +74,7 @@ inline Verdict judgeObject(const RawImage& image) {
 }
 
 inline Verdict judgeCall(const RawImage& image) {
-    const Codec codec = makeCodec();
+    const Codec codec = makeCodecWithFlags(TESK_PLAIN);
     const Call call = compressCall(codec.get(), image);
     EXPECT_NE(call.result.loss, TESK_LOSS_UNCHECKED);
     return {call.result.loss != TESK_LOSS_NONE, call.bytes, {}};
@@ -102,7 +102,7 @@ inline Bytes decodedBy(Way way, const Bytes& stream) {
         case Way::object:
             return decompressObject(stream).bytes;
         case Way::codec:
-            return decompressCall(makeCodec().get(), stream).bytes;
+            return decompressCall(makeCodecWithFlags(TESK_PLAIN).get(), stream).bytes;
     }
     return {};
 }

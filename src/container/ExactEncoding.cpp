@@ -1,0 +1,202 @@
+#include "container/ExactEncoding.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include "bitstream/CBitWriter.h"
+#include "coding/FoldedValue.h"
+#include "coding/SectionRescue.h"
+#include "container/ExactCheck.h"
+#include "container/RawPixels.h"
+#include "wavelet/CWaveletDecoder.h"
+
+namespace qmx {
+namespace {
+
+/// 2-byte samples of so many bits have coefficients of 16 bits in files and of 32 in memory.
+constexpr int kAmbiguousBits = static_cast<int>(MostBitsOfShort::inFiles);
+/// The highest bit plane of coefficients whose folded form fits 16 bits.
+constexpr int kHighestShortPlane = 13;
+
+}  // namespace
+
+template <class T, class P>
+CExactEncoder<T, P>::CExactEncoder(ExactJob& exactJob)
+    : job(exactJob), image(job.header.xSize, job.header.ySize, job.header.planes(), job.memory) {}
+
+template <class T, class P>
+ExactOutcome CExactEncoder<T, P>::encode() {
+    loadPixels<P>(image, job.pixels, job.strideBytes);
+    filterThinImage();
+    if (!code()) return ExactOutcome::stopped;
+    if (encoder->getLostCoefficients() != 0) return ExactOutcome::needsMoreBits;
+    if (isInDoubt() && !isRestoredAsItIs()) {
+        const ExactOutcome outcome = rescueSections();
+        if (job.isStopped()) return ExactOutcome::stopped;
+        if (outcome != ExactOutcome::exact) return outcome;
+    }
+    if (encoder->getEndlessSections() != 0) job.rescues |= kEndlessRuns;
+    encoder->sendEndlessRuns();
+    return ExactOutcome::exact;
+}
+
+/// Without a level nothing is filtered on the way here, but decoders filter lines of 4 samples and
+/// more all the same.
+template <class T, class P>
+void CExactEncoder<T, P>::filterThinImage() {
+    if (levelCount(image.x, image.y) != 0) return;
+    for (int p = 0; p < image.planes; ++p) {
+        const std::ptrdiff_t samples = std::ptrdiff_t{image.stride} * image.y;
+        const std::pmr::vector<T> before(image.plane[p], image.plane[p] + samples, job.memory);
+        for (int r = 0; r < image.y; ++r)
+            filter.transform(image.row(p, r), image.x, 1);
+        for (int c = 0; c < image.x; ++c)
+            filter.transform(image.plane[p] + c, image.y, static_cast<unsigned long>(image.stride));
+        if (!std::equal(before.begin(), before.end(), image.plane[p])) job.rescues |= kThinFilter;
+    }
+}
+
+/// Returns: false when stopped.
+template <class T, class P>
+bool CExactEncoder<T, P>::code(ClosingRuns closing) {
+    encoder.emplace(&image, &filter, false, job.memory);
+    if (job.stop != nullptr) encoder->watch(*job.stop);
+    encoder->setClosingRuns(0, closing);
+    encoder->transform();
+    return encoder->codeCoefficients(0) == kComplete && !job.isStopped();
+}
+
+template <class T, class P>
+bool CExactEncoder<T, P>::isAmbiguous() const {
+    return !kHasShort && job.header.bitsPerPixel == kAmbiguousBits;
+}
+
+/// Returns: whether the plain stream may be read wrongly, by 16-bit coefficients or at all.
+template <class T, class P>
+bool CExactEncoder<T, P>::isInDoubt() const {
+    const bool exceedsShort = isAmbiguous() && encoder->getTopPlane() > kHighestShortPlane;
+    return exceedsShort || encoder->getOverlongSections() != 0;
+}
+
+/// Some streams in doubt come out right: by chance behind sections that are too long, modulo 2^16
+/// with samples beyond their bits.
+template <class T, class P>
+bool CExactEncoder<T, P>::isRestoredAsItIs() {
+    const auto streamBytes = static_cast<std::size_t>((encoder->getStreamBits() + 7) / 8);
+    const auto stream = makeArray<unsigned char>(streamBytes, job.memory);
+    CBitWriter writer(stream.get(), streamBytes);
+    encoder->writeStream(writer);
+    return restoresExactly(job, stream.get(), streamBytes);
+}
+
+template <class T, class P>
+ExactOutcome CExactEncoder<T, P>::rescueSections() {
+    // Decoders with 16 bits do not see multiples of 2^16, those with 32 see representatives.
+    if (isAmbiguous()) return ExactOutcome::needsMoreBits;
+    bool isRescued = false;
+    if constexpr (kHasShort) {
+        isRescued = moveToOtherRepresentatives();
+    } else {
+        isRescued = addWholeWraps();
+    }
+    return isRescued ? ExactOutcome::exact : ExactOutcome::impossible;
+}
+
+template <class T, class P>
+bool CExactEncoder<T, P>::moveToOtherRepresentatives() {
+    for (int p = 0; p < image.planes; ++p)
+        if (!recode(p)) return false;
+    return encoder->getOverlongSections() == 0;
+}
+
+/// Returns: whether the sections of plane's coarsest order fit now.
+template <class T, class P>
+bool CExactEncoder<T, P>::recode(int plane) {
+    const FoldedValues values = encoder->getCoarsestValues(plane);
+    const std::uint64_t longest = encoder->getLongestSectionBits();
+    if (excessBits(values, longest, ClosingRuns::written) == 0) return true;
+    const COtherRepresentative move;
+    return SectionRescue(values, longest, move)
+        .search([&](const FoldedValues& moved, ClosingRuns closing) {
+            encoder->recodeCoarsest(plane, moved, closing);
+            noteMove(kOtherRepresentative, moved != values, closing);
+            return true;
+        });
+}
+
+template <class T, class P>
+bool CExactEncoder<T, P>::addWholeWraps() {
+    const FoldedValues values = encoder->getCoarsestValues(0);
+    const CWholeWraps move(encoder->getLevels());
+    return SectionRescue(values, encoder->getLongestSectionBits(), move)
+        .search([&](const FoldedValues& moved, ClosingRuns closing) {
+            // Details change by up to 1 with it, so that only coding shows whether all sections fit.
+            if (!codeWithWraps(values, moved, closing)) return true;
+            if (encoder->getOverlongSections() != 0) return false;
+            noteMove(kWholeWraps, moved != values, closing);
+            return true;
+        });
+}
+
+/// Codes the image with an offset whose coefficients lead from some values to others.
+/// Returns: false when stopped.
+template <class T, class P>
+bool CExactEncoder<T, P>::codeWithWraps(const FoldedValues& from, const FoldedValues& to,
+                                        ClosingRuns closing) {
+    const int step = 1 << levelCount(image.x, image.y);
+    encoder.reset();
+    image.clear();
+    std::size_t i = 0;
+    for (int r = 0; r < image.y; r += step)
+        for (int c = 0; c < image.x; c += step, ++i)
+            image.row(0, r)[c] = static_cast<T>(unfold<T>(to[i]) - unfold<T>(from[i]));
+    CWaveletDecoder<T>(&image, &filter, false, job.memory).untransform();
+    addSamples();
+    return code(closing);
+}
+
+template <class T, class P>
+void CExactEncoder<T, P>::addSamples() {
+    for (int r = 0; r < image.y; ++r) {
+        const unsigned char* bytes = job.row(r);
+        for (int c = 0; c < image.x; ++c) {
+            P sample;
+            std::memcpy(&sample, bytes + static_cast<std::size_t>(c) * sizeof sample,
+                        sizeof sample);
+            image.row(0, r)[c] = static_cast<T>(image.row(0, r)[c] + sample);
+        }
+    }
+}
+
+template <class T, class P>
+void CExactEncoder<T, P>::noteMove(Rescues move, bool isMoved, ClosingRuns closing) {
+    if (isMoved) job.rescues |= move;
+    if (closing != ClosingRuns::written) job.rescues |= kClosingRuns;
+}
+
+int raisedBits(const ExactJob& job) {
+    unsigned all = 0;
+    for (int r = 0; r < job.header.ySize; ++r) {
+        for (int c = 0; c < job.header.xSize; ++c) {
+            std::uint16_t sample;
+            std::memcpy(&sample, job.row(r) + static_cast<std::size_t>(c) * sizeof sample,
+                        sizeof sample);
+            all |= sample;
+        }
+    }
+    return std::max(bitLength(all), job.header.bitsPerPixel + 1);
+}
+
+bool isOutOfReach(const ExactJob& job) {
+    if (std::min(job.header.xSize, job.header.ySize) != 1) return false;
+    const auto isNotZero = [](unsigned char byte) { return byte != 0; };
+    for (int r = 0; r < job.header.ySize; ++r)
+        if (std::any_of(job.row(r), job.row(r) + job.header.rawRowBytes(), isNotZero)) return true;
+    return false;
+}
+
+template class CExactEncoder<short, unsigned char>;
+template class CExactEncoder<short, unsigned short>;
+template class CExactEncoder<int, unsigned short>;
+
+}  // namespace qmx
