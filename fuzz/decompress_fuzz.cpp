@@ -1,8 +1,9 @@
 // Any bytes as a stream file, decoded in every way: from memory, through the file reader, by the
 // in-memory object and by the C interface. Every way gives the same status and the same pixels; for
-// small images those of the reference.
+// small images those of the reference. All of it at every CPU level.
 
 #include "FuzzCodec.h"
+#include "FuzzLevels.h"
 #include "bitstream/CBitFileReader.h"
 #include "reference/ReferenceDecoder.h"
 
@@ -30,6 +31,18 @@ void checkProbe(const Bytes& stream, const qmx::TKHeader& header) {
     fuzz::require(image.width == header.xSize && image.height == header.ySize, "probe is right");
 }
 
+/// Returns: the outcome of a stream with a layout, the same in every way of decoding.
+fuzz::Outcome decodeInEveryWay(Bytes& stream, const qmx::TKHeader& header) {
+    qmx::CBitReader reader(stream.data() + sizeof header, stream.size() - sizeof header);
+    const fuzz::Outcome expected = fuzz::decode(header, reader, qmx::MostBitsOfShort::inMemory);
+    fuzz::require(fuzz::decodeObject(stream) == expected, "the object agrees with the classes");
+    if (header.isRecognised())
+        fuzz::require(fuzz::decodeC(stream, header) == expected, "the C interface agrees");
+    if (fuzz::profilesAgree(header))
+        fuzz::require(decodeFile(stream, header) == expected, "the file reader agrees");
+    return expected;
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
@@ -45,14 +58,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     checkProbe(stream, header);
     if (!header.isSupported()) return 0;
 
-    qmx::CBitReader reader(stream.data() + sizeof header, size - sizeof header);
-    const fuzz::Outcome expected = fuzz::decode(header, reader, qmx::MostBitsOfShort::inMemory);
-    fuzz::require(fuzz::decodeObject(stream) == expected, "the object agrees with the classes");
-    if (header.isRecognised())
-        fuzz::require(fuzz::decodeC(stream, header) == expected, "the C interface agrees");
-    if (!fuzz::profilesAgree(header)) return 0;
-    fuzz::require(decodeFile(stream, header) == expected, "the file reader agrees");
-    if (header.isRecognised() && header.rawBytes() <= kMostReferenceBytes) {
+    const fuzz::Outcome expected =
+        fuzz::sameAtEveryCpuLevel([&] { return decodeInEveryWay(stream, header); });
+    if (fuzz::profilesAgree(header) && header.isRecognised() &&
+        header.rawBytes() <= kMostReferenceBytes) {
         const reference::Decoded decoded = reference::decode(stream);
         fuzz::require(decoded.status == expected.status, "the reference has this status");
         fuzz::require(decoded.bytes == expected.pixels, "the reference has these pixels");

@@ -1,5 +1,6 @@
-// Runs a fuzz target on files and on all files of folders: `TARGET FILE|FOLDER ...`. So that no
-// corpus rots, this is an ordinary test wherever libFuzzer is not.
+// Runs a fuzz target on files and on all files of folders: `TARGET [--cpu-level=LEVEL] FILE|FOLDER
+// ...`. So that no corpus rots, this is an ordinary test wherever libFuzzer is not. Targets that go
+// through the levels themselves take no notice of the argument.
 
 #include <algorithm>
 #include <cstdint>
@@ -8,6 +9,8 @@
 #include <fstream>
 #include <iterator>
 #include <vector>
+
+#include "support/CpuLevelArgument.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
 
@@ -32,6 +35,7 @@ Paths filesOf(int argc, char** argv) {
 }  // namespace
 
 int main(int argc, char** argv) {
+    const qmx::CCpuLevelGuard guard(test::takeCpuLevel(argc, argv));
     const Paths files = filesOf(argc, argv);
     for (const auto& path : files) {
         std::ifstream file(path, std::ios::binary);

@@ -1,7 +1,7 @@
 // Any bits as run codes, against the plainest decoder that the format page allows; and any runs,
-// encoded and decoded.
+// encoded and decoded, at every CPU level.
 
-#include "FuzzInput.h"
+#include "FuzzLevels.h"
 #include "bitstream/CBitDecoder.h"
 #include "bitstream/CBitEncoder.h"
 #include "bitstream/CBitInfiniteReader.h"
@@ -41,28 +41,30 @@ private:
     bool ended = false;
 };
 
-void checkDecoder(const fuzz::Bytes& bits) {
+/// Returns: the sum of the runs.
+std::uint64_t checkDecoder(const fuzz::Bytes& bits) {
     PlainDecoder plain(bits);
     qmx::CBitReader source(bits.data(), bits.size());
     qmx::CBitInfiniteReader reader;
     reader.create(&source, 0);
     qmx::CBitDecoder decoder;
     decoder.attach(&reader);
+    std::uint64_t sum = 0;
     for (std::size_t i = 0; i < 8 * bits.size() + 3; ++i) {
-        fuzz::require(decoder.getRun() == plain.readRun(), "runs decode as the page says");
+        const std::uint64_t run = decoder.getRun();
+        fuzz::require(run == plain.readRun(), "runs decode as the page says");
         fuzz::require(decoder.readRawBit() == plain.readBit(), "signs follow their runs");
         decoder.readRun();
+        sum += run;
     }
+    return sum;
 }
 
-void checkEncoder(fuzz::FuzzInput& input) {
-    std::vector<std::uint64_t> runs;
+/// Returns: the bits of the runs.
+fuzz::Bytes checkEncoder(const std::vector<std::uint64_t>& runs) {
     qmx::CBitChunkEncoder encoder;
-    while (!input.isEmpty() && runs.size() < 5000) {
-        const int bytes = static_cast<int>(input.below(5));
-        runs.push_back(input.number(bytes) & 0x7FFFFFFFU);
-        encoder.encodeOne(runs.back());
-    }
+    for (const std::uint64_t run : runs)
+        encoder.encodeOne(run);
     encoder.terminate();
     fuzz::Bytes bits((encoder.getStoredTotal() + 7) / 8);
     qmx::CBitWriter writer(bits.data(), bits.size());
@@ -71,6 +73,16 @@ void checkEncoder(fuzz::FuzzInput& input) {
     PlainDecoder plain(bits);
     for (const std::uint64_t run : runs)
         fuzz::require(plain.readRun() == run, "runs come back");
+    return bits;
+}
+
+std::vector<std::uint64_t> takeRuns(fuzz::FuzzInput& input) {
+    std::vector<std::uint64_t> runs;
+    while (!input.isEmpty() && runs.size() < 5000) {
+        const int bytes = static_cast<int>(input.below(5));
+        runs.push_back(input.number(bytes) & 0x7FFFFFFFU);
+    }
+    return runs;
 }
 
 }  // namespace
@@ -78,9 +90,11 @@ void checkEncoder(fuzz::FuzzInput& input) {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     fuzz::FuzzInput input(data, size);
     if (input.flag()) {
-        checkEncoder(input);
+        const std::vector<std::uint64_t> runs = takeRuns(input);
+        fuzz::sameAtEveryCpuLevel([&] { return checkEncoder(runs); });
     } else {
-        checkDecoder(input.rest());
+        const fuzz::Bytes bits = input.rest();
+        fuzz::sameAtEveryCpuLevel([&] { return checkDecoder(bits); });
     }
     return 0;
 }

@@ -1,6 +1,6 @@
-// Any bits as section headers: what is read, written again, gives the same bits.
+// Any bits as section headers: what is read, written again, gives the same bits, at every CPU level.
 
-#include "FuzzInput.h"
+#include "FuzzLevels.h"
 #include "bitstream/CBitReader.h"
 #include "bitstream/Status.h"
 #include "coding/SectionSyntax.h"
@@ -22,14 +22,8 @@ void checkRewritten(const qmx::SectionHeader& header, int countBits, const fuzz:
                       "a header is written as it is read");
 }
 
-}  // namespace
-
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    fuzz::FuzzInput input(data, size);
-    const int width = static_cast<int>(input.number(2));
-    const int height = static_cast<int>(input.number(2));
-    const int countBits = qmx::sampleCountBits(width, height);
-    const fuzz::Bytes bits = input.rest();
+/// Reads headers until the end mark or the end of the data. Returns: the bits that were read.
+std::uint64_t checkHeaders(const fuzz::Bytes& bits, int countBits) {
     qmx::CBitReader reader(bits.data(), bits.size());
     try {
         const int top = qmx::readTopPlane(reader);
@@ -47,5 +41,17 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     } catch (int number) {
         fuzz::require(number == qmx::kThrownEndOfStream, "only the end of the data throws");
     }
+    return reader.getTotal();
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    fuzz::FuzzInput input(data, size);
+    const int width = static_cast<int>(input.number(2));
+    const int height = static_cast<int>(input.number(2));
+    const int countBits = qmx::sampleCountBits(width, height);
+    const fuzz::Bytes bits = input.rest();
+    fuzz::sameAtEveryCpuLevel([&] { return checkHeaders(bits, countBits); });
     return 0;
 }
