@@ -1,0 +1,22 @@
+#pragma once
+
+#include <memory>
+#include <tesk/tesk.h>
+
+namespace bench {
+
+struct CodecDestroyer {
+    void operator()(tesk_codec* codec) const { tesk_destroy(codec); }
+};
+using Codec = std::unique_ptr<tesk_codec, CodecDestroyer>;
+
+/// The comparison at the end of a compression would add the time of a decompression.
+inline Codec makeCodec() {
+    tesk_options options = TESK_OPTIONS_INIT;
+    options.flags = TESK_UNVERIFIED;
+    tesk_codec* codec = nullptr;
+    tesk_create(&options, &codec);
+    return Codec(codec);
+}
+
+}  // namespace bench
