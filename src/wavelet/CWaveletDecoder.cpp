@@ -1,5 +1,8 @@
 #include "wavelet/CWaveletDecoder.h"
 
+#include "wavelet/CFilter5_3.h"
+#include "wavelet/CInverseSweep.h"
+
 namespace qmx {
 
 template <class T>
@@ -14,8 +17,23 @@ CWaveletDecoder<T>::~CWaveletDecoder() = default;
 
 template <class T>
 void CWaveletDecoder<T>::untransform() {
+    const bool isKnownFilter = dynamic_cast<CFilter5_3<T>*>(this->filter) != nullptr;
+    if (isKnownFilter && this->levels > 0) return sweepPlanes();
     for (int p = 0; p < this->image->planes && !this->isKilled(); ++p)
         untransformPlane(p);
+}
+
+/// The same as untransformPlane on all planes with the 5/3 filter.
+template <class T>
+void CWaveletDecoder<T>::sweepPlanes() {
+    if (this->isKilled()) return;
+    CLevelLines<T> lines(*this->image, this->levels, memory);
+    for (int p = 0; p < this->image->planes; ++p) {
+        lines.setPlane(this->image->plane[p]);
+        CInverseSweep<T> sweep(lines);
+        for (int r = 0; r < this->image->y && !this->isKilled(); ++r)
+            sweep.restoreRow(r);
+    }
 }
 
 template <class T>

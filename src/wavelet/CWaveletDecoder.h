@@ -26,6 +26,7 @@ public:
 
 private:
     void untransformPlane(int p);
+    void sweepPlanes();
 
     // The stages of readWavelet, defined with it in src/coding/.
     void forgetSections();

@@ -1,5 +1,8 @@
 #include "wavelet/CWaveletEncoder.h"
 
+#include "wavelet/CFilter5_3.h"
+#include "wavelet/CForwardSweep.h"
+
 namespace qmx {
 
 template <class T>
@@ -14,8 +17,23 @@ CWaveletEncoder<T>::~CWaveletEncoder() = default;
 
 template <class T>
 void CWaveletEncoder<T>::transform() {
+    const bool isKnownFilter = dynamic_cast<CFilter5_3<T>*>(this->filter) != nullptr;
+    if (isKnownFilter && this->levels > 0) return sweepPlanes();
     for (int p = 0; p < this->image->planes && !this->isKilled(); ++p)
         transformPlane(p);
+}
+
+/// The same as transformPlane on all planes with the 5/3 filter.
+template <class T>
+void CWaveletEncoder<T>::sweepPlanes() {
+    if (this->isKilled()) return;
+    CLevelLines<T> lines(*this->image, this->levels, memory);
+    for (int p = 0; p < this->image->planes; ++p) {
+        lines.setPlane(this->image->plane[p]);
+        CForwardSweep<T> sweep(lines);
+        for (int r = 0; r < this->image->y && !this->isKilled(); ++r)
+            sweep.takeRow(r);
+    }
 }
 
 template <class T>

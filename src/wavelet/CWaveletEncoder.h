@@ -68,6 +68,7 @@ public:
 
 private:
     void transformPlane(int p);
+    void sweepPlanes();
 
     // The stages of writeWavelet, defined with it in src/coding/.
     void foldPlanes();

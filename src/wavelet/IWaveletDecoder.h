@@ -10,6 +10,7 @@ public:
     virtual ~IWaveletDecoder() = default;
 
     /// Reconstructs all planes from their coefficients, in place, once.
+    /// Throws: std::bad_alloc, with the planes untouched.
     virtual void untransform() = 0;
     /// Fills the planes with the coefficients that in holds. Every sample is defined after 0, 4 and 8;
     /// no other result touches the planes.
@@ -37,7 +38,7 @@ public:
     /// Suspends readWavelet after the current row. Any thread.
     virtual void stop() = 0;
     /// As stop; also ends readWavelet at the next section header and untransform after the current
-    /// level. Any thread.
+    /// row or level, which leaves the planes of no use. Any thread.
     virtual void kill() = 0;
 };
 

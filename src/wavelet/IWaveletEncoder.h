@@ -9,7 +9,7 @@ class IWaveletEncoder {
 public:
     virtual ~IWaveletEncoder() = default;
 
-    /// Decomposes all planes in place, once.
+    /// Decomposes all planes in place, once. Throws: std::bad_alloc, with the planes untouched.
     virtual void transform() = 0;
     /// Codes the decomposed planes into out. The planes hold no coefficients afterwards.
     ///
@@ -24,7 +24,8 @@ public:
     virtual int writeWavelet(CBitWriter& out, int arg) = 0;
     /// Suspends writeWavelet after the current row. Any thread.
     virtual void stop() = 0;
-    /// As stop; also ends a transform after the current level. Any thread.
+    /// As stop; also ends a transform after the current row or level, which leaves the planes of no
+    /// use. Any thread.
     virtual void kill() = 0;
 };
 

@@ -2,81 +2,49 @@
 
 #include <cstddef>
 
-#include "wavelet/LiftingRounding.h"
+#include "image/CpuLevel.h"
 
 namespace qmx {
 
-// The lifting steps over count parallel lines: line j stands j * step samples after the first.
-// Sums are formed in 32 bits and narrowed to T when they are stored, both with wrap-around.
-// Requires: the output does not overlap the inputs. Format: docs/format.md, 6.2 One line.
-
-/// detail -= half(left + right)
+/// What the transform of a plane does with whole rows. Rows stand at any address and do not overlap;
+/// exactly the samples that are named are read and written. Values wrap as docs/format.md, 6.1 and
+/// 6.2 say.
 template <class T>
-inline void predictLines(T* __restrict detail, const T* __restrict left, const T* __restrict right,
-                         std::size_t count, std::size_t step) {
-    for (std::size_t i = 0; i < count * step; i += step)
-        detail[i] =
-            static_cast<T>(wrappingDifference(detail[i], half(wrappingSum(left[i], right[i]))));
+struct LiftingKernels {
+    /// Filters one line in place. Requires: samples >= 4.
+    void (*filterLine)(T* line, std::size_t samples);
+    /// Undoes filterLine.
+    void (*unfilterLine)(T* line, std::size_t samples);
+    /// A step down the columns:
+    /// detail -= half(smooth + smoothAfter), then smooth += quarter(detailBefore + detail).
+    void (*filterRows)(T* smooth, T* detail, const T* detailBefore, const T* smoothAfter,
+                       std::size_t columns);
+    /// A step back down the columns:
+    /// smooth -= quarter(detailBefore + detail), then detailBefore += half(smoothBefore + smooth).
+    void (*unfilterRows)(T* smooth, T* detailBefore, const T* smoothBefore, const T* detail,
+                         std::size_t columns);
+    /// evens[i] = line[2 * i] for i < count. Reads no sample behind the last one of these.
+    void (*takeEvens)(T* evens, const T* line, std::size_t count);
+    /// line[2 * i] = evens[i] for i < count. Touches no sample behind the last one of these.
+    void (*putEvens)(T* line, const T* evens, std::size_t count);
+};
+
+/// Returns: the kernels of a level. Requires: the processor has it.
+template <class T>
+const LiftingKernels<T>& liftingKernels(CpuLevel level);
+
+template <class T>
+const LiftingKernels<T>& activeLiftingKernels() {
+    return liftingKernels<T>(activeCpuLevel());
 }
 
-/// detail += half(left + right)
-template <class T>
-inline void unpredictLines(T* __restrict detail, const T* __restrict left,
-                           const T* __restrict right, std::size_t count, std::size_t step) {
-    for (std::size_t i = 0; i < count * step; i += step)
-        detail[i] = static_cast<T>(wrappingSum(detail[i], half(wrappingSum(left[i], right[i]))));
-}
+extern template const LiftingKernels<short>& liftingKernels<short>(CpuLevel);
+extern template const LiftingKernels<int>& liftingKernels<int>(CpuLevel);
 
-/// smooth += quarter(left + right)
-template <class T>
-inline void updateLines(T* __restrict smooth, const T* __restrict left, const T* __restrict right,
-                        std::size_t count, std::size_t step) {
-    for (std::size_t i = 0; i < count * step; i += step)
-        smooth[i] = static_cast<T>(wrappingSum(smooth[i], quarter(wrappingSum(left[i], right[i]))));
-}
-
-/// smooth -= quarter(left + right)
-template <class T>
-inline void unupdateLines(T* __restrict smooth, const T* __restrict left, const T* __restrict right,
-                          std::size_t count, std::size_t step) {
-    for (std::size_t i = 0; i < count * step; i += step)
-        smooth[i] =
-            static_cast<T>(wrappingDifference(smooth[i], quarter(wrappingSum(left[i], right[i]))));
-}
-
-// At the ends of a line the missing neighbour mirrors the present one. half(2 x) is x and
-// quarter(2 x) is half(x), so the sum is not formed: with 32-bit samples it could wrap.
-
-/// detail -= neighbour
-template <class T>
-inline void predictEndLines(T* __restrict detail, const T* __restrict neighbour, std::size_t count,
-                            std::size_t step) {
-    for (std::size_t i = 0; i < count * step; i += step)
-        detail[i] = static_cast<T>(wrappingDifference(detail[i], neighbour[i]));
-}
-
-/// detail += neighbour
-template <class T>
-inline void unpredictEndLines(T* __restrict detail, const T* __restrict neighbour,
-                              std::size_t count, std::size_t step) {
-    for (std::size_t i = 0; i < count * step; i += step)
-        detail[i] = static_cast<T>(wrappingSum(detail[i], neighbour[i]));
-}
-
-/// smooth += half(neighbour)
-template <class T>
-inline void updateEndLines(T* __restrict smooth, const T* __restrict neighbour, std::size_t count,
-                           std::size_t step) {
-    for (std::size_t i = 0; i < count * step; i += step)
-        smooth[i] = static_cast<T>(wrappingSum(smooth[i], half(neighbour[i])));
-}
-
-/// smooth -= half(neighbour)
-template <class T>
-inline void unupdateEndLines(T* __restrict smooth, const T* __restrict neighbour, std::size_t count,
-                             std::size_t step) {
-    for (std::size_t i = 0; i < count * step; i += step)
-        smooth[i] = static_cast<T>(wrappingDifference(smooth[i], half(neighbour[i])));
-}
+// The tables of the levels, which liftingKernels chooses from.
+extern const LiftingKernels<short> kLiftingShortAvx2;
+extern const LiftingKernels<int> kLiftingIntAvx2;
+extern const LiftingKernels<short> kLiftingShortAvx512;
+extern const LiftingKernels<int> kLiftingIntAvx512;
 
 }  // namespace qmx

@@ -1,0 +1,68 @@
+#include "wavelet/CLevelLines.h"
+
+#include <bit>
+#include <type_traits>
+
+namespace qmx {
+namespace {
+
+/// Lines begin at addresses of whole cache lines, an odd number of them apart: rows a power of two
+/// apart would meet in the same few sets of the cache.
+constexpr std::size_t kCacheLineBytes = 64;
+
+template <class T>
+std::size_t pitchSamples(std::size_t columns) {
+    const std::size_t cacheLines = (columns * sizeof(T) + kCacheLineBytes - 1) / kCacheLineBytes;
+    return (cacheLines | 1) * kCacheLineBytes / sizeof(T);
+}
+
+template <class T>
+T* alignToCacheLine(T* address) {
+    const auto bits = reinterpret_cast<std::uintptr_t>(address);
+    const std::size_t spareBytes = (kCacheLineBytes - bits % kCacheLineBytes) % kCacheLineBytes;
+    return address + spareBytes / sizeof(T);
+}
+
+}  // namespace
+
+template <class T>
+CLevelLines<T>::CLevelLines(const CImageData<T>& image, int levelCount,
+                            std::pmr::memory_resource* memory)
+    : levelsUsed(levelCount) {
+    static_assert(std::is_same_v<T, short> || std::is_same_v<T, int>);
+    std::size_t samples = kCacheLineBytes / sizeof(T);
+    for (int l = 0; l < levelsUsed; ++l) {
+        const LevelGeometry geometry{image.x, image.y, image.stride, 1 << l};
+        Level& level = levels[l];
+        level.rows = geometry.samplesPerColumn();
+        level.columns = static_cast<std::size_t>(geometry.samplesPerRow());
+        level.filteredColumns = static_cast<std::size_t>(geometry.filteredColumns());
+        level.lastGroup = levelsUsed - 1 - l;
+        level.pitch =
+            l == 0 ? image.stride : static_cast<std::ptrdiff_t>(pitchSamples<T>(level.columns));
+        if (l > 0)
+            samples +=
+                static_cast<std::size_t>(level.slots()) * static_cast<std::size_t>(level.pitch);
+    }
+    if (levelsUsed == 1) return;
+    storage = makeArray<T>(samples, memory);
+    T* next = alignToCacheLine(storage.get());
+    for (int l = 1; l < levelsUsed; ++l) {
+        levels[l].first = next;
+        next += levels[l].slots() * levels[l].pitch;
+    }
+}
+
+template <class T>
+int CLevelLines<T>::Level::slotOf(int r) const {
+    const int zeros = std::countr_zero(static_cast<unsigned>(r));
+    if (zeros >= lastGroup)
+        return kSlots * lastGroup +
+               static_cast<int>((static_cast<unsigned>(r) >> lastGroup) % kSlotsOfLastGroup);
+    return kSlots * zeros + static_cast<int>((static_cast<unsigned>(r) >> (zeros + 1)) % kSlots);
+}
+
+template class CLevelLines<short>;
+template class CLevelLines<int>;
+
+}  // namespace qmx

@@ -1,0 +1,66 @@
+#pragma once
+
+#include "bitstream/Memory.h"
+#include "image/CImageData.h"
+#include "wavelet/LevelGeometry.h"
+
+namespace qmx {
+
+/// The lines that a sweep over all levels of a plane works on. Level 0 is the plane itself. The lines
+/// of a deeper level l, the samples at multiples of 2^l, stand side by side; there is room for those
+/// that are in work at one time.
+///
+/// A line waits the longer for deeper levels, or runs the farther ahead of finer ones, the more levels
+/// it belongs to. So lines are grouped by that: row r belongs to the group of its trailing zero bits,
+/// as far as there are deeper levels; each group has a few slots, which its rows take in turn.
+template <class T>
+class CLevelLines {
+public:
+    /// Requires: levels >= 1, as for an image of this size; memory outlives the lines.
+    /// Throws: std::bad_alloc.
+    CLevelLines(const CImageData<T>& image, int levelCount, std::pmr::memory_resource* memory);
+
+    /// Chooses the plane to work on. Requires: of the size and stride of the image.
+    void setPlane(T* firstSample) { levels[0].first = firstSample; }
+
+    int count() const { return levelsUsed; }
+    int rows(int level) const { return levels[level].rows; }
+    std::size_t columns(int level) const { return levels[level].columns; }
+    /// Returns: the columns that are filtered vertically, from the left.
+    std::size_t filteredColumns(int level) const { return levels[level].filteredColumns; }
+
+    /// Returns: row r of a level. Requires: 0 <= r < rows(level).
+    T* line(int level, int r) const {
+        const Level& of = levels[level];
+        return of.first + static_cast<std::ptrdiff_t>(level == 0 ? r : of.slotOf(r)) * of.pitch;
+    }
+
+private:
+    // An inverse sweep needs the most slots. In rows of the plane, row q * 2^t of level l, q odd, is
+    // gathered when level l + t reaches row q - 1, at (q - 5) * 2^(l + t); it is given away at
+    // q * 2^(l + t) - 2^(l + 1). The row 3 places later in its group is gathered after that, that 2
+    // places later before it. In the group of the deepest level rows come in pairs: 5.
+    static constexpr int kSlots = 3;
+    static constexpr int kSlotsOfLastGroup = 5;
+
+    struct Level {
+        T* first;
+        std::ptrdiff_t pitch;
+        int rows;
+        std::size_t columns;
+        std::size_t filteredColumns;
+        int lastGroup;
+
+        int slots() const { return kSlots * lastGroup + kSlotsOfLastGroup; }
+        int slotOf(int r) const;
+    };
+
+    MemoryArray<T> storage;
+    Level levels[kMaxLevels];
+    int levelsUsed;
+};
+
+extern template class CLevelLines<short>;
+extern template class CLevelLines<int>;
+
+}  // namespace qmx

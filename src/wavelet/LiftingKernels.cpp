@@ -1,0 +1,66 @@
+#include "wavelet/LiftingKernels.h"
+
+#include <type_traits>
+
+#include "wavelet/LiftingLines.h"
+
+namespace qmx {
+namespace {
+
+template <class T>
+void filterLine(T* line, std::size_t samples) {
+    filterLines(LiftingLines<T>{line, 1, 1, 1}, static_cast<int>(samples));
+}
+
+template <class T>
+void unfilterLine(T* line, std::size_t samples) {
+    unfilterLines(LiftingLines<T>{line, 1, 1, 1}, static_cast<int>(samples));
+}
+
+template <class T>
+void filterRows(T* smooth, T* detail, const T* detailBefore, const T* smoothAfter,
+                std::size_t columns) {
+    predictLines(detail, smooth, smoothAfter, columns, 1);
+    updateLines(smooth, detailBefore, detail, columns, 1);
+}
+
+template <class T>
+void unfilterRows(T* smooth, T* detailBefore, const T* smoothBefore, const T* detail,
+                  std::size_t columns) {
+    unupdateLines(smooth, detailBefore, detail, columns, 1);
+    unpredictLines(detailBefore, smoothBefore, smooth, columns, 1);
+}
+
+template <class T>
+void takeEvens(T* __restrict evens, const T* __restrict line, std::size_t count) {
+    for (std::size_t i = 0; i < count; ++i)
+        evens[i] = line[2 * i];
+}
+
+template <class T>
+void putEvens(T* __restrict line, const T* __restrict evens, std::size_t count) {
+    for (std::size_t i = 0; i < count; ++i)
+        line[2 * i] = evens[i];
+}
+
+template <class T>
+constexpr LiftingKernels<T> kScalar{filterLine<T>,   unfilterLine<T>, filterRows<T>,
+                                    unfilterRows<T>, takeEvens<T>,    putEvens<T>};
+
+}  // namespace
+
+template <class T>
+const LiftingKernels<T>& liftingKernels(CpuLevel level) {
+    constexpr bool kIsShort = std::is_same_v<T, short>;
+    if (level == CpuLevel::scalar) return kScalar<T>;
+    if constexpr (kIsShort) {
+        return level == CpuLevel::avx2 ? kLiftingShortAvx2 : kLiftingShortAvx512;
+    } else {
+        return level == CpuLevel::avx2 ? kLiftingIntAvx2 : kLiftingIntAvx512;
+    }
+}
+
+template const LiftingKernels<short>& liftingKernels<short>(CpuLevel);
+template const LiftingKernels<int>& liftingKernels<int>(CpuLevel);
+
+}  // namespace qmx

@@ -1,0 +1,160 @@
+#if defined(__GNUC__) && !defined(__clang__)
+// The intrinsics of g++ 12 pass operands that no lane uses on without a value, and are warned about.
+#pragma GCC diagnostic ignored "-Wuninitialized"
+#pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
+#endif
+
+#include <immintrin.h>
+
+#include "wavelet/LiftingKernels.h"
+#include "wavelet/LiftingLines.h"
+
+#define QMX_TARGET QMX_TARGET_AVX512
+
+namespace qmx {
+namespace {
+
+/// What both coefficient types have in common.
+struct Vec {
+    using Lanes = __m512i;
+
+    /// Plain way: half(s), in 32-bit lanes.
+    QMX_TARGET static Lanes half(Lanes sums) {
+        const Lanes rounding = _mm512_add_epi32(_mm512_srai_epi32(sums, 31), _mm512_set1_epi32(1));
+        return _mm512_srai_epi32(_mm512_add_epi32(sums, rounding), 1);
+    }
+    /// Plain way: quarter(s), in 32-bit lanes.
+    QMX_TARGET static Lanes quarter(Lanes sums) {
+        const Lanes rounding = _mm512_add_epi32(_mm512_srai_epi32(sums, 31), _mm512_set1_epi32(2));
+        return _mm512_srai_epi32(_mm512_add_epi32(sums, rounding), 2);
+    }
+    QMX_TARGET static Lanes loadLanes(const void* address) { return _mm512_loadu_si512(address); }
+    QMX_TARGET static void storeLanes(void* address, Lanes lanes) {
+        _mm512_storeu_si512(address, lanes);
+    }
+};
+
+struct ShortVec : Vec {
+    using Sample = short;
+    static constexpr std::size_t kSamples = 32;
+    /// Mask of the odd samples.
+    static constexpr __mmask32 kOdd = 0xAAAAAAAA;
+
+    QMX_TARGET static Lanes load(const short* from) { return loadLanes(from); }
+    QMX_TARGET static void store(short* to, Lanes lanes) { storeLanes(to, lanes); }
+    QMX_TARGET static Lanes add(Lanes a, Lanes b) { return _mm512_add_epi16(a, b); }
+    QMX_TARGET static Lanes sub(Lanes a, Lanes b) { return _mm512_sub_epi16(a, b); }
+
+    /// even + next even. The evens of both are put beside each other; the multiplication by 1 adds
+    /// them up in 32 bits.
+    QMX_TARGET static Lanes evenSums(Lanes pairs, Lanes nextPairs) {
+        const Lanes both = _mm512_mask_blend_epi16(kOdd, pairs, _mm512_slli_epi32(nextPairs, 16));
+        return _mm512_madd_epi16(both, _mm512_set1_epi16(1));
+    }
+    /// odd before + odd
+    QMX_TARGET static Lanes oddSums(Lanes pairsBefore, Lanes pairs) {
+        const Lanes both = _mm512_mask_blend_epi16(kOdd, _mm512_srli_epi32(pairsBefore, 16), pairs);
+        return _mm512_madd_epi16(both, _mm512_set1_epi16(1));
+    }
+    /// A value of each pair, for its odd or even sample; 0 for the other one.
+    QMX_TARGET static Lanes toOdd(Lanes values) { return _mm512_slli_epi32(values, 16); }
+    QMX_TARGET static Lanes toEven(Lanes values) {
+        return _mm512_and_si512(values, _mm512_set1_epi32(0xFFFF));
+    }
+    /// p1 .. p16 -> last of before, p1 .. p15
+    QMX_TARGET static Lanes pairBefore(Lanes pairs, Lanes before) {
+        return _mm512_alignr_epi32(pairs, before, 15);
+    }
+    /// p1 .. p16 -> p2 .. p16, first of after
+    QMX_TARGET static Lanes pairAfter(Lanes pairs, Lanes after) {
+        return _mm512_alignr_epi32(after, pairs, 1);
+    }
+    QMX_TARGET static Lanes withFirst(Lanes lanes, short sample) {
+        return _mm512_mask_set1_epi16(lanes, 1, sample);
+    }
+
+    // As at the AVX2 level. Truth tables, the operands called a, b, c:
+    static constexpr int kNotAAndBAndC = 0x08;
+    static constexpr int kNotAOrBAndC = 0x8A;
+
+    QMX_TARGET static Lanes halfOfSum(Lanes a, Lanes b) {
+        const Lanes differing = _mm512_xor_si512(a, b);
+        const Lanes floor =
+            _mm512_add_epi16(_mm512_and_si512(a, b), _mm512_srai_epi16(differing, 1));
+        const Lanes isNegative = _mm512_srai_epi16(floor, 15);
+        const Lanes lost =
+            _mm512_ternarylogic_epi32(isNegative, differing, _mm512_set1_epi16(1), kNotAAndBAndC);
+        return _mm512_add_epi16(floor, lost);
+    }
+    QMX_TARGET static Lanes quarterOfSum(Lanes a, Lanes b) {
+        const Lanes differing = _mm512_xor_si512(a, b);
+        const Lanes floor =
+            _mm512_add_epi16(_mm512_and_si512(a, b), _mm512_srai_epi16(differing, 1));
+        const Lanes isNegative = _mm512_srai_epi16(floor, 15);
+        const Lanes lost = _mm512_ternarylogic_epi32(isNegative, differing, floor, kNotAOrBAndC);
+        return _mm512_add_epi16(_mm512_srai_epi16(floor, 1),
+                                _mm512_and_si512(lost, _mm512_set1_epi16(1)));
+    }
+
+    QMX_TARGET static Lanes evensOf(Lanes first, Lanes second) {
+        return _mm512_inserti64x4(_mm512_castsi256_si512(_mm512_cvtepi32_epi16(first)),
+                                  _mm512_cvtepi32_epi16(second), 1);
+    }
+    QMX_TARGET static Lanes withEvens(Lanes pairs, const short* evens) {
+        const __m256i sixteen = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(evens));
+        return _mm512_mask_blend_epi16(kOdd, _mm512_cvtepu16_epi32(sixteen), pairs);
+    }
+};
+
+struct IntVec : Vec {
+    using Sample = int;
+    static constexpr std::size_t kSamples = 16;
+    static constexpr __mmask16 kOdd = 0xAAAA;
+
+    QMX_TARGET static Lanes load(const int* from) { return loadLanes(from); }
+    QMX_TARGET static void store(int* to, Lanes lanes) { storeLanes(to, lanes); }
+    QMX_TARGET static Lanes add(Lanes a, Lanes b) { return _mm512_add_epi32(a, b); }
+    QMX_TARGET static Lanes sub(Lanes a, Lanes b) { return _mm512_sub_epi32(a, b); }
+
+    /// In the even lanes even + next even; the odd lanes do not count.
+    QMX_TARGET static Lanes evenSums(Lanes pairs, Lanes nextPairs) { return add(pairs, nextPairs); }
+    /// In the odd lanes odd before + odd; the even lanes do not count.
+    QMX_TARGET static Lanes oddSums(Lanes pairsBefore, Lanes pairs) {
+        return add(pairsBefore, pairs);
+    }
+    /// The value in the even lanes, for the odd samples; 0 for the others.
+    QMX_TARGET static Lanes toOdd(Lanes values) { return _mm512_slli_epi64(values, 32); }
+    QMX_TARGET static Lanes toEven(Lanes values) { return _mm512_srli_epi64(values, 32); }
+    /// p1 .. p8 -> last of before, p1 .. p7
+    QMX_TARGET static Lanes pairBefore(Lanes pairs, Lanes before) {
+        return _mm512_alignr_epi64(pairs, before, 7);
+    }
+    /// p1 .. p8 -> p2 .. p8, first of after
+    QMX_TARGET static Lanes pairAfter(Lanes pairs, Lanes after) {
+        return _mm512_alignr_epi64(after, pairs, 1);
+    }
+    QMX_TARGET static Lanes withFirst(Lanes lanes, int sample) {
+        return _mm512_mask_set1_epi32(lanes, 1, sample);
+    }
+
+    QMX_TARGET static Lanes halfOfSum(Lanes a, Lanes b) { return half(add(a, b)); }
+    QMX_TARGET static Lanes quarterOfSum(Lanes a, Lanes b) { return quarter(add(a, b)); }
+
+    QMX_TARGET static Lanes evensOf(Lanes first, Lanes second) {
+        return _mm512_inserti64x4(_mm512_castsi256_si512(_mm512_cvtepi64_epi32(first)),
+                                  _mm512_cvtepi64_epi32(second), 1);
+    }
+    QMX_TARGET static Lanes withEvens(Lanes pairs, const int* evens) {
+        const __m256i eight = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(evens));
+        return _mm512_mask_blend_epi32(kOdd, _mm512_cvtepu32_epi64(eight), pairs);
+    }
+};
+
+#include "wavelet/LiftingKernelsSimd.inl"
+
+}  // namespace
+
+const LiftingKernels<short> kLiftingShortAvx512 = kTable<ShortVec>;
+const LiftingKernels<int> kLiftingIntAvx512 = kTable<IntVec>;
+
+}  // namespace qmx
