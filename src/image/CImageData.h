@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
@@ -57,6 +58,13 @@ public:
     /// Samples from one row to the next.
     int stride;
 };
+
+/// Returns: row r of each of three planes, of samples of type T or const T.
+/// Requires: image.planes == 3; 0 <= r < image.y.
+template <class T, class Image>
+std::array<T*, 3> colourRows(Image& image, int r) {
+    return {image.row(0, r), image.row(1, r), image.row(2, r)};
+}
 
 extern template class CImageData<short>;
 extern template class CImageData<int>;

@@ -7,8 +7,8 @@ namespace qmx {
 namespace {
 
 template <class T>
-void convertColourRow(const CImageData<T>& image, int r, const SampleLimit<T>& limit,
-                      unsigned char* out) {
+void convertColours(const CImageData<T>& image, int r, const SampleLimit<T>& limit,
+                    unsigned char* out) {
     const auto put = [&](int value) {
         *out++ = static_cast<unsigned char>(limit.apply(static_cast<T>(value)));
     };
@@ -18,6 +18,19 @@ void convertColourRow(const CImageData<T>& image, int r, const SampleLimit<T>& l
         put(pixel.first);
         put(pixel.second);
         put(pixel.third);
+    }
+}
+
+/// The same, by a kernel where there is one.
+template <class T>
+void convertColourRow(const CImageData<T>& image, int r, const SampleLimit<T>& limit,
+                      unsigned char* out) {
+    if constexpr (std::is_same_v<T, short>) {
+        const auto rows = colourRows<const T>(image, r);
+        const auto count = static_cast<std::size_t>(image.x);
+        activePixelKernels().joinColours(out, rows.data(), count, limit.range());
+    } else {
+        convertColours(image, r, limit, out);
     }
 }
 

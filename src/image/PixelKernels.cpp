@@ -1,0 +1,106 @@
+#include "image/PixelKernels.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include "image/ColourPixel.h"
+
+namespace qmx {
+namespace {
+
+constexpr std::size_t kColours = 3;
+
+void widenBytes(short* row, const unsigned char* samples, std::size_t count) {
+    for (std::size_t i = 0; i < count; ++i)
+        row[i] = samples[i];
+}
+
+void widenShorts(int* row, const unsigned char* samples, std::size_t count) {
+    for (std::size_t i = 0; i < count; ++i) {
+        unsigned short sample;
+        std::memcpy(&sample, samples + 2 * i, sizeof sample);
+        row[i] = sample;
+    }
+}
+
+void separateBytes(short* const rows[3], const unsigned char* samples, std::size_t count) {
+    for (std::size_t p = 0; p < kColours; ++p)
+        for (std::size_t i = 0; i < count; ++i)
+            rows[p][i] = samples[kColours * i + p];
+}
+
+template <class Convert>
+void convertPixels(short* const rows[3], std::size_t count, Convert convert) {
+    for (std::size_t i = 0; i < count; ++i) {
+        const ColourPixel pixel = convert(rows[0][i], rows[1][i], rows[2][i]);
+        rows[0][i] = static_cast<short>(pixel.first);
+        rows[1][i] = static_cast<short>(pixel.second);
+        rows[2][i] = static_cast<short>(pixel.third);
+    }
+}
+
+void forwardColours(short* const rows[3], std::size_t count) {
+    convertPixels(rows, count, forwardColour);
+}
+
+void inverseColours(short* const rows[3], std::size_t count) {
+    convertPixels(rows, count, inverseColour);
+}
+
+void separateColours(short* const rows[3], const unsigned char* samples, std::size_t count) {
+    separateBytes(rows, samples, count);
+    forwardColours(rows, count);
+}
+
+template <class P, class T>
+void putSample(unsigned char* samples, std::size_t i, T sample, SampleRange<T> range) {
+    const P narrow = static_cast<P>(std::clamp(sample, range.least, range.greatest));
+    std::memcpy(samples + i * sizeof(P), &narrow, sizeof narrow);
+}
+
+template <class P, class T>
+void narrow(unsigned char* samples, const T* row, std::size_t count, SampleRange<T> range) {
+    for (std::size_t i = 0; i < count; ++i)
+        putSample<P, T>(samples, i, row[i], range);
+}
+
+void joinBytes(unsigned char* samples, const short* const rows[3], std::size_t count,
+               SampleRange<short> range) {
+    for (std::size_t p = 0; p < kColours; ++p)
+        for (std::size_t i = 0; i < count; ++i)
+            putSample<unsigned char>(samples, kColours * i + p, rows[p][i], range);
+}
+
+void joinColours(unsigned char* samples, const short* const rows[3], std::size_t count,
+                 SampleRange<short> range) {
+    for (std::size_t i = 0; i < count; ++i) {
+        const ColourPixel pixel = inverseColour(rows[0][i], rows[1][i], rows[2][i]);
+        const auto put = [&](std::size_t p, int value) {
+            putSample<unsigned char>(samples, kColours * i + p, static_cast<short>(value), range);
+        };
+        put(0, pixel.first);
+        put(1, pixel.second);
+        put(2, pixel.third);
+    }
+}
+
+}  // namespace
+
+const PixelKernels kPixelsScalar{widenBytes,
+                                 widenShorts,
+                                 separateBytes,
+                                 separateColours,
+                                 forwardColours,
+                                 inverseColours,
+                                 narrow<unsigned char, short>,
+                                 narrow<unsigned short, short>,
+                                 narrow<unsigned short, int>,
+                                 joinBytes,
+                                 joinColours};
+
+const PixelKernels& pixelKernels(CpuLevel level) {
+    if (level == CpuLevel::scalar) return kPixelsScalar;
+    return level == CpuLevel::avx2 ? kPixelsAvx2 : kPixelsAvx512;
+}
+
+}  // namespace qmx

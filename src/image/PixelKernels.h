@@ -1,0 +1,64 @@
+#pragma once
+
+#include <cstddef>
+
+#include "image/CpuLevel.h"
+
+namespace qmx {
+
+/// The samples that output may hold; others become the nearest of these.
+template <class T>
+struct SampleRange {
+    T least;
+    T greatest;
+};
+
+/// Rows of planes to and from rows of raw pixels. Rows stand at any address and do not overlap; count
+/// counts pixels; exactly what is named is read and written. Raw samples of 16 bits are passed as
+/// bytes, because they need not be aligned. Format: docs/format.md, 2, 5 and 14.
+struct PixelKernels {
+    // Input: samples are widened without sign.
+
+    /// One plane of bytes.
+    void (*widenBytes)(short* row, const unsigned char* samples, std::size_t count);
+    /// One plane of 16-bit samples.
+    void (*widenShorts)(int* row, const unsigned char* samples, std::size_t count);
+    /// Three planes of bytes.
+    void (*separateBytes)(short* const rows[3], const unsigned char* samples, std::size_t count);
+    /// The same with the forward colour transform.
+    void (*separateColours)(short* const rows[3], const unsigned char* samples, std::size_t count);
+
+    // Colour transform in place; the results wrap.
+
+    void (*forwardColours)(short* const rows[3], std::size_t count);
+    void (*inverseColours)(short* const rows[3], std::size_t count);
+
+    // Output: samples are limited to a range, then their low bits are written.
+
+    void (*narrowToBytes)(unsigned char* samples, const short* row, std::size_t count,
+                          SampleRange<short> range);
+    void (*limitShorts)(unsigned char* samples, const short* row, std::size_t count,
+                        SampleRange<short> range);
+    void (*narrowToShorts)(unsigned char* samples, const int* row, std::size_t count,
+                           SampleRange<int> range);
+    /// Three planes to bytes.
+    void (*joinBytes)(unsigned char* samples, const short* const rows[3], std::size_t count,
+                      SampleRange<short> range);
+    /// The same after the inverse colour transform, whose results wrap to 16 bits before the range.
+    void (*joinColours)(unsigned char* samples, const short* const rows[3], std::size_t count,
+                        SampleRange<short> range);
+};
+
+/// Returns: the kernels of a level. Requires: the processor has it.
+const PixelKernels& pixelKernels(CpuLevel level);
+
+inline const PixelKernels& activePixelKernels() {
+    return pixelKernels(activeCpuLevel());
+}
+
+// The tables of the levels, which pixelKernels chooses from.
+extern const PixelKernels kPixelsScalar;
+extern const PixelKernels kPixelsAvx2;
+extern const PixelKernels kPixelsAvx512;
+
+}  // namespace qmx

@@ -1,0 +1,142 @@
+// The pixel kernels on vectors, for the files PixelKernels<level>.cpp. Requires before it:
+//  - QMX_TARGET, the function attribute of the level;
+//  - structs Shorts and Ints of lane operations on kSamples samples;
+//  - ThreeVecs, one vector of shorts for each colour; loadPixels and storePixels, which take
+//    Shorts::kSamples pixels of three bytes apart and put them together.
+//
+// Whole vectors go here; what is left of a row goes to the plain kernels.
+
+template <class T>
+struct ThreeRows {
+    T* rows[3];
+    ThreeRows(T* const from[3], std::size_t i) : rows{from[0] + i, from[1] + i, from[2] + i} {}
+};
+
+/// Plain way: (r + 2 g + b) >> 2, which 16 bits do not hold. Halving in two steps, rounding down each
+/// time, gives the same.
+QMX_TARGET inline ThreeVecs forwardVecs(const ThreeVecs& rgb) {
+    const auto luma = Shorts::floorMean(Shorts::floorMean(rgb.first, rgb.third), rgb.second);
+    return {luma, Shorts::sub(rgb.first, rgb.second), Shorts::sub(rgb.third, rgb.second)};
+}
+
+QMX_TARGET inline ThreeVecs inverseVecs(const ThreeVecs& coded) {
+    const auto quarter = Shorts::halve(Shorts::floorMean(coded.second, coded.third));
+    const auto green = Shorts::sub(coded.first, quarter);
+    return {Shorts::add(green, coded.second), green, Shorts::add(green, coded.third)};
+}
+
+QMX_TARGET inline ThreeVecs loadRows(const short* const rows[3], std::size_t i) {
+    return {Shorts::load(rows[0] + i), Shorts::load(rows[1] + i), Shorts::load(rows[2] + i)};
+}
+
+QMX_TARGET inline void storeRows(short* const rows[3], std::size_t i, const ThreeVecs& vecs) {
+    Shorts::store(rows[0] + i, vecs.first);
+    Shorts::store(rows[1] + i, vecs.second);
+    Shorts::store(rows[2] + i, vecs.third);
+}
+
+QMX_TARGET inline ThreeVecs limit(const ThreeVecs& vecs, Shorts::Lanes least,
+                                  Shorts::Lanes greatest) {
+    return {Shorts::clamp(vecs.first, least, greatest), Shorts::clamp(vecs.second, least, greatest),
+            Shorts::clamp(vecs.third, least, greatest)};
+}
+
+QMX_TARGET void widenBytes(short* row, const unsigned char* samples, std::size_t count) {
+    std::size_t i = 0;
+    for (; i + Shorts::kSamples <= count; i += Shorts::kSamples)
+        Shorts::store(row + i, Shorts::loadBytes(samples + i));
+    kPixelsScalar.widenBytes(row + i, samples + i, count - i);
+}
+
+QMX_TARGET void widenShorts(int* row, const unsigned char* samples, std::size_t count) {
+    std::size_t i = 0;
+    for (; i + Ints::kSamples <= count; i += Ints::kSamples)
+        Ints::store(row + i, Ints::loadShorts(samples + 2 * i));
+    kPixelsScalar.widenShorts(row + i, samples + 2 * i, count - i);
+}
+
+QMX_TARGET void separateBytes(short* const rows[3], const unsigned char* samples,
+                              std::size_t count) {
+    std::size_t i = 0;
+    for (; i + Shorts::kSamples <= count; i += Shorts::kSamples)
+        storeRows(rows, i, loadPixels(samples + 3 * i));
+    kPixelsScalar.separateBytes(ThreeRows<short>(rows, i).rows, samples + 3 * i, count - i);
+}
+
+QMX_TARGET void separateColours(short* const rows[3], const unsigned char* samples,
+                                std::size_t count) {
+    std::size_t i = 0;
+    for (; i + Shorts::kSamples <= count; i += Shorts::kSamples)
+        storeRows(rows, i, forwardVecs(loadPixels(samples + 3 * i)));
+    kPixelsScalar.separateColours(ThreeRows<short>(rows, i).rows, samples + 3 * i, count - i);
+}
+
+QMX_TARGET void forwardColours(short* const rows[3], std::size_t count) {
+    std::size_t i = 0;
+    for (; i + Shorts::kSamples <= count; i += Shorts::kSamples)
+        storeRows(rows, i, forwardVecs(loadRows(rows, i)));
+    kPixelsScalar.forwardColours(ThreeRows<short>(rows, i).rows, count - i);
+}
+
+QMX_TARGET void inverseColours(short* const rows[3], std::size_t count) {
+    std::size_t i = 0;
+    for (; i + Shorts::kSamples <= count; i += Shorts::kSamples)
+        storeRows(rows, i, inverseVecs(loadRows(rows, i)));
+    kPixelsScalar.inverseColours(ThreeRows<short>(rows, i).rows, count - i);
+}
+
+QMX_TARGET void narrowToBytes(unsigned char* samples, const short* row, std::size_t count,
+                              SampleRange<short> range) {
+    const auto least = Shorts::all(range.least);
+    const auto greatest = Shorts::all(range.greatest);
+    std::size_t i = 0;
+    for (; i + Shorts::kSamples <= count; i += Shorts::kSamples)
+        Shorts::storeBytes(samples + i, Shorts::clamp(Shorts::load(row + i), least, greatest));
+    kPixelsScalar.narrowToBytes(samples + i, row + i, count - i, range);
+}
+
+QMX_TARGET void limitShorts(unsigned char* samples, const short* row, std::size_t count,
+                            SampleRange<short> range) {
+    const auto least = Shorts::all(range.least);
+    const auto greatest = Shorts::all(range.greatest);
+    std::size_t i = 0;
+    for (; i + Shorts::kSamples <= count; i += Shorts::kSamples)
+        Shorts::store(samples + 2 * i, Shorts::clamp(Shorts::load(row + i), least, greatest));
+    kPixelsScalar.limitShorts(samples + 2 * i, row + i, count - i, range);
+}
+
+QMX_TARGET void narrowToShorts(unsigned char* samples, const int* row, std::size_t count,
+                               SampleRange<int> range) {
+    const auto least = Ints::all(range.least);
+    const auto greatest = Ints::all(range.greatest);
+    std::size_t i = 0;
+    for (; i + Ints::kSamples <= count; i += Ints::kSamples)
+        Ints::storeShorts(samples + 2 * i, Ints::clamp(Ints::load(row + i), least, greatest));
+    kPixelsScalar.narrowToShorts(samples + 2 * i, row + i, count - i, range);
+}
+
+QMX_TARGET void joinBytes(unsigned char* samples, const short* const rows[3], std::size_t count,
+                          SampleRange<short> range) {
+    const auto least = Shorts::all(range.least);
+    const auto greatest = Shorts::all(range.greatest);
+    std::size_t i = 0;
+    for (; i + Shorts::kSamples <= count; i += Shorts::kSamples)
+        storePixels(samples + 3 * i, limit(loadRows(rows, i), least, greatest));
+    kPixelsScalar.joinBytes(samples + 3 * i, ThreeRows<const short>(rows, i).rows, count - i,
+                            range);
+}
+
+QMX_TARGET void joinColours(unsigned char* samples, const short* const rows[3], std::size_t count,
+                            SampleRange<short> range) {
+    const auto least = Shorts::all(range.least);
+    const auto greatest = Shorts::all(range.greatest);
+    std::size_t i = 0;
+    for (; i + Shorts::kSamples <= count; i += Shorts::kSamples)
+        storePixels(samples + 3 * i, limit(inverseVecs(loadRows(rows, i)), least, greatest));
+    kPixelsScalar.joinColours(samples + 3 * i, ThreeRows<const short>(rows, i).rows, count - i,
+                              range);
+}
+
+constexpr PixelKernels kTable{widenBytes,     widenShorts,    separateBytes, separateColours,
+                              forwardColours, inverseColours, narrowToBytes, limitShorts,
+                              narrowToShorts, joinBytes,      joinColours};

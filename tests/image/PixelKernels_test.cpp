@@ -1,0 +1,200 @@
+#include "image/PixelKernels.h"
+
+#include <limits>
+#include <memory>
+
+#include "image/ColourPixel.h"
+#include "support/CpuLevels.h"
+#include "support/GuardedBuffer.h"
+#include "support/TestImages.h"
+
+namespace {
+
+using qmx::CpuLevel;
+using qmx::PixelKernels;
+using qmx::SampleRange;
+using Byte = unsigned char;
+
+/// More than three vectors of the widest level, and their rest.
+constexpr std::size_t kMostPixels = 3 * 32 + 37;
+
+enum class Data { random, extreme, small };
+constexpr Data kAllData[] = {Data::random, Data::extreme, Data::small};
+
+template <class T>
+std::vector<T> makeSamples(Data data, std::size_t count, std::uint64_t seed) {
+    test::Random random(seed);
+    std::vector<T> samples(count);
+    for (T& sample : samples) {
+        const T most = std::numeric_limits<T>::max();
+        const T least = std::numeric_limits<T>::min();
+        const auto any = random.next();
+        sample = data == Data::random    ? static_cast<T>(any)
+                 : data == Data::extreme ? (any % 2 != 0 ? most : least)
+                                         : static_cast<T>(static_cast<int>(any % 600) - 150);
+    }
+    return samples;
+}
+
+/// What a kernel works on, at all levels the same.
+struct Case {
+    Data data;
+    std::size_t count;
+    /// 0: rows end, 1: rows begin at a page that may not be touched.
+    int side;
+
+    template <class T>
+    std::unique_ptr<test::GuardedBuffer<T>> buffer(std::size_t samples, std::uint64_t seed) const {
+        using Guarded = test::GuardedBuffer<T>;
+        return std::make_unique<Guarded>(makeSamples<T>(data, samples, 1000 * seed + count),
+                                         side == 0 ? Guarded::Side::atEnd : Guarded::Side::atStart);
+    }
+};
+
+struct ThreeRows {
+    explicit ThreeRows(const Case& of)
+        : a(of.buffer<short>(of.count, 1)),
+          b(of.buffer<short>(of.count, 2)),
+          c(of.buffer<short>(of.count, 3)),
+          rows{a->data(), b->data(), c->data()} {}
+    std::vector<std::vector<short>> contents() const {
+        return {a->samples(), b->samples(), c->samples()};
+    }
+
+    std::unique_ptr<test::GuardedBuffer<short>> a, b, c;
+    short* rows[3];
+};
+
+template <class T>
+constexpr SampleRange<T> kRanges[] = {
+    {std::numeric_limits<T>::min(), std::numeric_limits<T>::max()}, {0, 255}, {0, 4095}, {0, 0}};
+
+class PixelKernelsTest : public test::AtCpuLevel {
+protected:
+    /// Expects work(kernels, case) to return the same for the kernels of the level and the plain ones.
+    template <class Work>
+    static void expectPlain(Work work) {
+        for (const Data data : kAllData)
+            for (std::size_t count = 0; count <= kMostPixels; ++count)
+                for (const int side : {0, 1}) {
+                    const Case c{data, count, side};
+                    ASSERT_EQ(work(qmx::pixelKernels(GetParam()), c),
+                              work(qmx::pixelKernels(CpuLevel::scalar), c))
+                        << "data " << static_cast<int>(data) << ", count " << count << ", side "
+                        << side;
+                }
+    }
+};
+
+TEST_P(PixelKernelsTest, BytesAreWidened) {
+    expectPlain([](const PixelKernels& kernels, const Case& c) {
+        const auto samples = c.buffer<Byte>(c.count, 1);
+        const auto row = c.buffer<short>(c.count, 2);
+        kernels.widenBytes(row->data(), samples->data(), c.count);
+        return row->samples();
+    });
+}
+
+TEST_P(PixelKernelsTest, ShortsAreWidened) {
+    expectPlain([](const PixelKernels& kernels, const Case& c) {
+        const auto samples = c.buffer<Byte>(2 * c.count, 1);
+        const auto row = c.buffer<int>(c.count, 2);
+        kernels.widenShorts(row->data(), samples->data(), c.count);
+        return row->samples();
+    });
+}
+
+TEST_P(PixelKernelsTest, BytesOfThreePlanesAreSeparated) {
+    expectPlain([](const PixelKernels& kernels, const Case& c) {
+        const auto samples = c.buffer<Byte>(3 * c.count, 4);
+        const ThreeRows rows(c);
+        kernels.separateBytes(rows.rows, samples->data(), c.count);
+        return rows.contents();
+    });
+}
+
+TEST_P(PixelKernelsTest, ColoursAreSeparatedAndTransformed) {
+    expectPlain([](const PixelKernels& kernels, const Case& c) {
+        const auto samples = c.buffer<Byte>(3 * c.count, 4);
+        const ThreeRows rows(c);
+        kernels.separateColours(rows.rows, samples->data(), c.count);
+        return rows.contents();
+    });
+}
+
+TEST_P(PixelKernelsTest, ColoursAreTransformedInPlace) {
+    expectPlain([](const PixelKernels& kernels, const Case& c) {
+        const ThreeRows rows(c);
+        kernels.forwardColours(rows.rows, c.count);
+        return rows.contents();
+    });
+    expectPlain([](const PixelKernels& kernels, const Case& c) {
+        const ThreeRows rows(c);
+        kernels.inverseColours(rows.rows, c.count);
+        return rows.contents();
+    });
+}
+
+TEST_P(PixelKernelsTest, ShortsAreLimitedAndNarrowed) {
+    for (const auto& range : kRanges<short>) {
+        expectPlain([&](const PixelKernels& kernels, const Case& c) {
+            const auto row = c.buffer<short>(c.count, 1);
+            const auto samples = c.buffer<Byte>(c.count, 2);
+            kernels.narrowToBytes(samples->data(), row->data(), c.count, range);
+            return samples->samples();
+        });
+        expectPlain([&](const PixelKernels& kernels, const Case& c) {
+            const auto row = c.buffer<short>(c.count, 1);
+            const auto samples = c.buffer<Byte>(2 * c.count, 2);
+            kernels.limitShorts(samples->data(), row->data(), c.count, range);
+            return samples->samples();
+        });
+    }
+}
+
+TEST_P(PixelKernelsTest, IntsAreLimitedAndNarrowed) {
+    for (const auto& range : kRanges<int>)
+        expectPlain([&](const PixelKernels& kernels, const Case& c) {
+            const auto row = c.buffer<int>(c.count, 1);
+            const auto samples = c.buffer<Byte>(2 * c.count, 2);
+            kernels.narrowToShorts(samples->data(), row->data(), c.count, range);
+            return samples->samples();
+        });
+}
+
+TEST_P(PixelKernelsTest, ThreePlanesAreJoined) {
+    for (const auto& range : kRanges<short>) {
+        expectPlain([&](const PixelKernels& kernels, const Case& c) {
+            const ThreeRows rows(c);
+            const auto samples = c.buffer<Byte>(3 * c.count, 4);
+            kernels.joinBytes(samples->data(), rows.rows, c.count, range);
+            return samples->samples();
+        });
+        expectPlain([&](const PixelKernels& kernels, const Case& c) {
+            const ThreeRows rows(c);
+            const auto samples = c.buffer<Byte>(3 * c.count, 4);
+            kernels.joinColours(samples->data(), rows.rows, c.count, range);
+            return samples->samples();
+        });
+    }
+}
+
+TEST_P(PixelKernelsTest, ColoursComeBack) {
+    const auto samples = makeSamples<Byte>(Data::random, 3 * kMostPixels, 9);
+    std::vector<short> planes(3 * kMostPixels);
+    short* const rows[] = {planes.data(), planes.data() + kMostPixels,
+                           planes.data() + 2 * kMostPixels};
+    const PixelKernels& kernels = qmx::pixelKernels(GetParam());
+    kernels.separateColours(rows, samples.data(), kMostPixels);
+    const qmx::ColourPixel last = qmx::forwardColour(
+        samples[3 * kMostPixels - 3], samples[3 * kMostPixels - 2], samples[3 * kMostPixels - 1]);
+    EXPECT_EQ(rows[0][kMostPixels - 1], last.first);
+    EXPECT_EQ(rows[2][kMostPixels - 1], last.third);
+    std::vector<Byte> back(samples.size());
+    kernels.joinColours(back.data(), rows, kMostPixels, {-32768, 32767});
+    EXPECT_EQ(back, samples);
+}
+
+INSTANTIATE_TEST_SUITE_P(Levels, PixelKernelsTest, test::allCpuLevels(), test::cpuLevelName());
+
+}  // namespace
