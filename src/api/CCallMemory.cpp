@@ -6,10 +6,16 @@
 #include <limits>
 #include <new>
 
+#include "image/HugePages.h"
+
 namespace qmx {
 
 AllocatorHooks defaultHooks() {
-    return {[](void*, std::size_t sizeBytes) { return std::malloc(sizeBytes); },
+    return {[](void*, std::size_t sizeBytes) {
+                void* memory = std::malloc(sizeBytes);
+                if (memory != nullptr) adviseHugePages(memory, sizeBytes);
+                return memory;
+            },
             [](void*, void* memory) { std::free(memory); }, nullptr};
 }
 

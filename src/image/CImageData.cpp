@@ -6,6 +6,7 @@
 #include <type_traits>
 
 #include "bitstream/Throwing.h"
+#include "image/HugePages.h"
 #include "image/Interleave.h"
 
 namespace qmx {
@@ -27,14 +28,18 @@ std::size_t arrayLength(std::int64_t samples) {
     return static_cast<std::size_t>(samples);
 }
 
-/// These pay for the alignment of a plane.
-constexpr int kSpareSamples = CImageData<short>::kRowAlignmentSamples - 1;
+/// Planes begin at whole cache lines. The format asks for less; vectors of rows of a multiple of 32
+/// samples then never cross from one line into the next.
+constexpr std::size_t kPlaneAlignmentBytes = 64;
+/// These pay for it.
+template <class T>
+constexpr std::size_t kSpareSamples = kPlaneAlignmentBytes / sizeof(T);
 
 template <class T>
 T* alignUp(T* storage) {
-    constexpr auto kLast = static_cast<std::uintptr_t>(CImageData<T>::kRowAlignmentSamples - 1);
     const auto address = reinterpret_cast<std::uintptr_t>(storage);
-    const std::size_t spareBytes = ((address + kLast) & ~kLast) - address;
+    const std::size_t spareBytes =
+        (kPlaneAlignmentBytes - address % kPlaneAlignmentBytes) % kPlaneAlignmentBytes;
     return storage + spareBytes / sizeof(T);
 }
 
@@ -46,21 +51,23 @@ CImageData<T>::CImageData(int width, int height, int planeCount, std::pmr::memor
     static_assert(std::is_same_v<T, short> || std::is_same_v<T, int>);
     if (planes < 1 || planes > kMaxPlanes) throwBadPlaneCount();
     const std::size_t samples = planeSamples();
+    const bool isDefaultMemory = memory->is_equal(*std::pmr::new_delete_resource());
     for (int p = 0; p < planes; ++p) {
         rawPlane[p] = makeArray<T>(samples, memory);
+        if (isDefaultMemory) adviseHugePages(rawPlane[p].get(), samples * sizeof(T));
         plane[p] = alignUp(rawPlane[p].get());
     }
 }
 
 template <class T>
 std::size_t CImageData<T>::planeSamples() const {
-    return arrayLength<T>(std::int64_t{stride} * y + kSpareSamples);
+    return arrayLength<T>(std::int64_t{stride} * y + std::int64_t{kSpareSamples<T>});
 }
 
 template <class T>
 std::size_t CImageData<T>::storageBytes(int width, int height, int planeCount) {
-    const std::size_t samples =
-        arrayLength<T>(std::int64_t{paddedWidth<T>(width)} * height + kSpareSamples);
+    const std::size_t samples = arrayLength<T>(std::int64_t{paddedWidth<T>(width)} * height +
+                                               std::int64_t{kSpareSamples<T>});
     return samples * sizeof(T) * static_cast<std::size_t>(planeCount);
 }
 

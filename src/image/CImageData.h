@@ -15,7 +15,7 @@ template <class T>
 class CImageData {
 public:
     static constexpr int kMaxPlanes = 3;
-    /// Rows are padded to a multiple of this many samples, planes aligned to as many bytes.
+    /// Rows are padded to a multiple of this many samples.
     static constexpr int kRowAlignmentSamples = 8;
 
     /// Planes of width x height samples, uninitialised. Requires: memory outlives the image.

@@ -21,14 +21,14 @@ struct MemoryFile {
     std::FILE* file;
 };
 
-TEST(CImageData, RowsArePaddedToEightSamplesAndPlanesAligned) {
+TEST(CImageData, RowsArePaddedToEightSamplesAndPlanesBeginAtCacheLines) {
     EXPECT_EQ(CImageData<short>(5, 2, 1).stride, 8);
     EXPECT_EQ(CImageData<short>(8, 1, 3).stride, 8);
     EXPECT_EQ(CImageData<short>(9, 1, 3).stride, 16);
     EXPECT_EQ(CImageData<int>(0, 0, 1).stride, 0);
     const CImageData<short> image(9, 3, 3);
     for (const short* plane : image.plane)
-        EXPECT_EQ(reinterpret_cast<std::uintptr_t>(plane) % 8, 0U);
+        EXPECT_EQ(reinterpret_cast<std::uintptr_t>(plane) % 64, 0U);
 }
 
 TEST(CImageData, EverySampleOfAPlaneMayBeWritten) {
