@@ -73,9 +73,9 @@ struct ByteIndices {
 
 /// Byte j of a colour is byte 3 j + colour of 32 pixels in two vectors; it becomes the low byte of
 /// lane j.
-constexpr ByteIndices colourInPixels(int colour) {
+constexpr ByteIndices colourInPixels(std::size_t colour) {
     ByteIndices indices{};
-    for (int j = 0; j < 32; ++j)
+    for (std::size_t j = 0; j < Shorts::kSamples; ++j)
         indices.from[2 * j] = static_cast<unsigned char>(3 * j + colour);
     return indices;
 }

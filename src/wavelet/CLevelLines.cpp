@@ -1,5 +1,6 @@
 #include "wavelet/CLevelLines.h"
 
+#include <algorithm>
 #include <bit>
 #include <type_traits>
 
@@ -55,11 +56,11 @@ CLevelLines<T>::CLevelLines(const CImageData<T>& image, int levelCount,
 
 template <class T>
 int CLevelLines<T>::Level::slotOf(int r) const {
-    const int zeros = std::countr_zero(static_cast<unsigned>(r));
-    if (zeros >= lastGroup)
-        return kSlots * lastGroup +
-               static_cast<int>((static_cast<unsigned>(r) >> lastGroup) % kSlotsOfLastGroup);
-    return kSlots * zeros + static_cast<int>((static_cast<unsigned>(r) >> (zeros + 1)) % kSlots);
+    const auto row = static_cast<unsigned>(r);
+    // Row 0 belongs to all levels.
+    const int group = std::min(std::countr_zero(row | 1U << kMaxLevels), lastGroup);
+    if (group < lastGroup) return kSlots * group + static_cast<int>((row >> (group + 1)) % kSlots);
+    return kSlots * group + static_cast<int>((row >> group) % kSlotsOfLastGroup);
 }
 
 template class CLevelLines<short>;

@@ -36,10 +36,12 @@ public:
     }
 
 private:
-    // An inverse sweep needs the most slots. In rows of the plane, row q * 2^t of level l, q odd, is
-    // gathered when level l + t reaches row q - 1, at (q - 5) * 2^(l + t); it is given away at
-    // q * 2^(l + t) - 2^(l + 1). The row 3 places later in its group is gathered after that, that 2
-    // places later before it. In the group of the deepest level rows come in pairs: 5.
+    // The inverse sweep needs the most, because its deeper levels run ahead. A step of a level takes in
+    // a smooth row and the detail row behind it and begins when the finer level needs the row two
+    // before. In rows of the plane: row q 2^t of level l, q odd, is gathered for level l + t at
+    // (q - 5) 2^(l + t), and given away to level l - 1 at q 2^(l + t) - 2^(l + 1), which is after the
+    // next but one of its group, (q + 4) 2^t, has been gathered, and before the one behind it. In the
+    // last group a step takes in two rows.
     static constexpr int kSlots = 3;
     static constexpr int kSlotsOfLastGroup = 5;
 

@@ -1,6 +1,9 @@
 #include "wavelet/CWavelet.h"
 
 #include <type_traits>
+#include <typeinfo>
+
+#include "wavelet/CFilter5_3.h"
 
 namespace qmx {
 
@@ -18,6 +21,12 @@ CWavelet<T>::~CWavelet() {
     if (!owns) return;
     delete image;
     delete filter;
+}
+
+template <class T>
+bool CWavelet<T>::canSweep() const {
+    const CFilter<T>& lineFilter = *filter;
+    return levels > 0 && typeid(lineFilter) == typeid(CFilter5_3<T>);
 }
 
 template class CWavelet<short>;

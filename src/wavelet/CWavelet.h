@@ -40,6 +40,10 @@ protected:
         return watchedFlag != nullptr && watchedFlag->load(std::memory_order_relaxed);
     }
 
+    /// Returns: whether there are levels and the filter is the 5/3 one, so that a sweep over all levels
+    /// does what the filter would do level by level.
+    bool canSweep() const;
+
     LevelGeometry levelAt(int step) const { return {image->x, image->y, image->stride, step}; }
     /// Calls batch(first sample, number of columns) for groups of neighbouring columns that cover
     /// all columns of the level which are filtered.

@@ -1,6 +1,5 @@
 #include "wavelet/CWaveletDecoder.h"
 
-#include "wavelet/CFilter5_3.h"
 #include "wavelet/CInverseSweep.h"
 
 namespace qmx {
@@ -17,8 +16,7 @@ CWaveletDecoder<T>::~CWaveletDecoder() = default;
 
 template <class T>
 void CWaveletDecoder<T>::untransform() {
-    const bool isKnownFilter = dynamic_cast<CFilter5_3<T>*>(this->filter) != nullptr;
-    if (isKnownFilter && this->levels > 0) return sweepPlanes();
+    if (this->canSweep()) return sweepPlanes();
     for (int p = 0; p < this->image->planes && !this->isKilled(); ++p)
         untransformPlane(p);
 }

@@ -1,6 +1,5 @@
 #include "wavelet/CWaveletEncoder.h"
 
-#include "wavelet/CFilter5_3.h"
 #include "wavelet/CForwardSweep.h"
 
 namespace qmx {
@@ -17,8 +16,7 @@ CWaveletEncoder<T>::~CWaveletEncoder() = default;
 
 template <class T>
 void CWaveletEncoder<T>::transform() {
-    const bool isKnownFilter = dynamic_cast<CFilter5_3<T>*>(this->filter) != nullptr;
-    if (isKnownFilter && this->levels > 0) return sweepPlanes();
+    if (this->canSweep()) return sweepPlanes();
     for (int p = 0; p < this->image->planes && !this->isKilled(); ++p)
         transformPlane(p);
 }

@@ -11,7 +11,10 @@ namespace {
 /// What both coefficient types have in common.
 struct Vec {
     using Lanes = __m256i;
+    static constexpr bool kHasMasks = false;
 
+    QMX_TARGET static Lanes zero() { return _mm256_setzero_si256(); }
+    QMX_TARGET static Lanes addInts(Lanes a, Lanes b) { return _mm256_add_epi32(a, b); }
     /// Plain way: half(s), in 32-bit lanes. The comparison is -1 for s >= 0.
     QMX_TARGET static Lanes half(Lanes sums) {
         const Lanes isPositive = _mm256_cmpgt_epi32(sums, _mm256_set1_epi32(-1));
@@ -40,17 +43,17 @@ struct ShortVec : Vec {
     QMX_TARGET static Lanes add(Lanes a, Lanes b) { return _mm256_add_epi16(a, b); }
     QMX_TARGET static Lanes sub(Lanes a, Lanes b) { return _mm256_sub_epi16(a, b); }
 
-    /// even + next even. The evens of both are put beside each other; the multiplication by 1 adds
-    /// them up in 32 bits.
-    QMX_TARGET static Lanes evenSums(Lanes pairs, Lanes nextPairs) {
-        const Lanes both = _mm256_blend_epi16(pairs, _mm256_slli_epi32(nextPairs, 16), 0xAA);
+    /// even + next even. The vector one sample later has the next evens in its odd lanes; the
+    /// multiplication by 1 adds the two of each pair up in 32 bits.
+    QMX_TARGET static Lanes evenSums(Lanes pairs, Lanes oneLater) {
+        const Lanes both = _mm256_blend_epi16(pairs, oneLater, 0xAA);
         return _mm256_madd_epi16(both, _mm256_set1_epi16(1));
     }
-    /// odd before + odd
-    QMX_TARGET static Lanes oddSums(Lanes pairsBefore, Lanes pairs) {
-        const Lanes both = _mm256_blend_epi16(_mm256_srli_epi32(pairsBefore, 16), pairs, 0xAA);
-        return _mm256_madd_epi16(both, _mm256_set1_epi16(1));
+    /// The evens of the pairs, or their odds, in 32 bits.
+    QMX_TARGET static Lanes evens(Lanes pairs) {
+        return _mm256_madd_epi16(pairs, _mm256_set1_epi32(1));
     }
+    QMX_TARGET static Lanes odds(Lanes pairs) { return _mm256_srai_epi32(pairs, 16); }
     /// A value of each pair, for its odd or even sample; 0 for the other one.
     QMX_TARGET static Lanes toOdd(Lanes values) { return _mm256_slli_epi32(values, 16); }
     QMX_TARGET static Lanes toEven(Lanes values) {
@@ -112,12 +115,14 @@ struct IntVec : Vec {
     QMX_TARGET static Lanes add(Lanes a, Lanes b) { return _mm256_add_epi32(a, b); }
     QMX_TARGET static Lanes sub(Lanes a, Lanes b) { return _mm256_sub_epi32(a, b); }
 
-    /// In the even lanes even + next even; the odd lanes do not count.
-    QMX_TARGET static Lanes evenSums(Lanes pairs, Lanes nextPairs) { return add(pairs, nextPairs); }
-    /// In the odd lanes odd before + odd; the even lanes do not count.
-    QMX_TARGET static Lanes oddSums(Lanes pairsBefore, Lanes pairs) {
-        return add(pairsBefore, pairs);
+    /// even + next even in the even lanes; the odd lanes do not count. The vector one sample later
+    /// has the next evens in its odd lanes.
+    QMX_TARGET static Lanes evenSums(Lanes pairs, Lanes oneLater) {
+        return add(pairs, _mm256_srli_epi64(oneLater, 32));
     }
+    /// The evens stand in the even lanes, the odds in the odd ones; the others do not count.
+    QMX_TARGET static Lanes evens(Lanes pairs) { return pairs; }
+    QMX_TARGET static Lanes odds(Lanes pairs) { return pairs; }
     /// The value in the even lanes, for the odd samples; 0 for the others.
     QMX_TARGET static Lanes toOdd(Lanes values) { return _mm256_slli_epi64(values, 32); }
     QMX_TARGET static Lanes toEven(Lanes values) { return _mm256_srli_epi64(values, 32); }

@@ -17,7 +17,10 @@ namespace {
 /// What both coefficient types have in common.
 struct Vec {
     using Lanes = __m512i;
+    static constexpr bool kHasMasks = true;
 
+    QMX_TARGET static Lanes zero() { return _mm512_setzero_si512(); }
+    QMX_TARGET static Lanes addInts(Lanes a, Lanes b) { return _mm512_add_epi32(a, b); }
     /// Plain way: half(s), in 32-bit lanes.
     QMX_TARGET static Lanes half(Lanes sums) {
         const Lanes rounding = _mm512_add_epi32(_mm512_srai_epi32(sums, 31), _mm512_set1_epi32(1));
@@ -40,22 +43,35 @@ struct ShortVec : Vec {
     /// Mask of the odd samples.
     static constexpr __mmask32 kOdd = 0xAAAAAAAA;
 
+    /// Mask of the first samples. Requires: at most kSamples.
+    QMX_TARGET static __mmask32 first(std::size_t samples) {
+        return static_cast<__mmask32>(_bzhi_u32(0xFFFFFFFF, static_cast<unsigned>(samples)));
+    }
+    QMX_TARGET static Lanes loadFirst(const short* from, std::size_t samples) {
+        return _mm512_maskz_loadu_epi16(first(samples), from);
+    }
+    QMX_TARGET static void storeFirst(short* to, Lanes lanes, std::size_t samples) {
+        _mm512_mask_storeu_epi16(to, first(samples), lanes);
+    }
+    QMX_TARGET static Lanes withSample(Lanes lanes, std::size_t i, short sample) {
+        return _mm512_mask_set1_epi16(lanes, static_cast<__mmask32>(1U << i), sample);
+    }
     QMX_TARGET static Lanes load(const short* from) { return loadLanes(from); }
     QMX_TARGET static void store(short* to, Lanes lanes) { storeLanes(to, lanes); }
     QMX_TARGET static Lanes add(Lanes a, Lanes b) { return _mm512_add_epi16(a, b); }
     QMX_TARGET static Lanes sub(Lanes a, Lanes b) { return _mm512_sub_epi16(a, b); }
 
-    /// even + next even. The evens of both are put beside each other; the multiplication by 1 adds
-    /// them up in 32 bits.
-    QMX_TARGET static Lanes evenSums(Lanes pairs, Lanes nextPairs) {
-        const Lanes both = _mm512_mask_blend_epi16(kOdd, pairs, _mm512_slli_epi32(nextPairs, 16));
+    /// even + next even. The vector one sample later has the next evens in its odd lanes; the
+    /// multiplication by 1 adds the two of each pair up in 32 bits.
+    QMX_TARGET static Lanes evenSums(Lanes pairs, Lanes oneLater) {
+        const Lanes both = _mm512_mask_blend_epi16(kOdd, pairs, oneLater);
         return _mm512_madd_epi16(both, _mm512_set1_epi16(1));
     }
-    /// odd before + odd
-    QMX_TARGET static Lanes oddSums(Lanes pairsBefore, Lanes pairs) {
-        const Lanes both = _mm512_mask_blend_epi16(kOdd, _mm512_srli_epi32(pairsBefore, 16), pairs);
-        return _mm512_madd_epi16(both, _mm512_set1_epi16(1));
+    /// The evens of the pairs, or their odds, in 32 bits.
+    QMX_TARGET static Lanes evens(Lanes pairs) {
+        return _mm512_madd_epi16(pairs, _mm512_set1_epi32(1));
     }
+    QMX_TARGET static Lanes odds(Lanes pairs) { return _mm512_srai_epi32(pairs, 16); }
     /// A value of each pair, for its odd or even sample; 0 for the other one.
     QMX_TARGET static Lanes toOdd(Lanes values) { return _mm512_slli_epi32(values, 16); }
     QMX_TARGET static Lanes toEven(Lanes values) {
@@ -70,7 +86,7 @@ struct ShortVec : Vec {
         return _mm512_alignr_epi32(after, pairs, 1);
     }
     QMX_TARGET static Lanes withFirst(Lanes lanes, short sample) {
-        return _mm512_mask_set1_epi16(lanes, 1, sample);
+        return withSample(lanes, 0, sample);
     }
 
     // As at the AVX2 level. Truth tables, the operands called a, b, c:
@@ -111,17 +127,32 @@ struct IntVec : Vec {
     static constexpr std::size_t kSamples = 16;
     static constexpr __mmask16 kOdd = 0xAAAA;
 
+    /// Mask of the first samples. Requires: at most kSamples.
+    QMX_TARGET static __mmask16 first(std::size_t samples) {
+        return static_cast<__mmask16>(_bzhi_u32(0xFFFF, static_cast<unsigned>(samples)));
+    }
+    QMX_TARGET static Lanes loadFirst(const int* from, std::size_t samples) {
+        return _mm512_maskz_loadu_epi32(first(samples), from);
+    }
+    QMX_TARGET static void storeFirst(int* to, Lanes lanes, std::size_t samples) {
+        _mm512_mask_storeu_epi32(to, first(samples), lanes);
+    }
+    QMX_TARGET static Lanes withSample(Lanes lanes, std::size_t i, int sample) {
+        return _mm512_mask_set1_epi32(lanes, static_cast<__mmask16>(1U << i), sample);
+    }
     QMX_TARGET static Lanes load(const int* from) { return loadLanes(from); }
     QMX_TARGET static void store(int* to, Lanes lanes) { storeLanes(to, lanes); }
     QMX_TARGET static Lanes add(Lanes a, Lanes b) { return _mm512_add_epi32(a, b); }
     QMX_TARGET static Lanes sub(Lanes a, Lanes b) { return _mm512_sub_epi32(a, b); }
 
-    /// In the even lanes even + next even; the odd lanes do not count.
-    QMX_TARGET static Lanes evenSums(Lanes pairs, Lanes nextPairs) { return add(pairs, nextPairs); }
-    /// In the odd lanes odd before + odd; the even lanes do not count.
-    QMX_TARGET static Lanes oddSums(Lanes pairsBefore, Lanes pairs) {
-        return add(pairsBefore, pairs);
+    /// even + next even in the even lanes; the odd lanes do not count. The vector one sample later
+    /// has the next evens in its odd lanes.
+    QMX_TARGET static Lanes evenSums(Lanes pairs, Lanes oneLater) {
+        return add(pairs, _mm512_srli_epi64(oneLater, 32));
     }
+    /// The evens stand in the even lanes, the odds in the odd ones; the others do not count.
+    QMX_TARGET static Lanes evens(Lanes pairs) { return pairs; }
+    QMX_TARGET static Lanes odds(Lanes pairs) { return pairs; }
     /// The value in the even lanes, for the odd samples; 0 for the others.
     QMX_TARGET static Lanes toOdd(Lanes values) { return _mm512_slli_epi64(values, 32); }
     QMX_TARGET static Lanes toEven(Lanes values) { return _mm512_srli_epi64(values, 32); }
@@ -134,7 +165,7 @@ struct IntVec : Vec {
         return _mm512_alignr_epi64(after, pairs, 1);
     }
     QMX_TARGET static Lanes withFirst(Lanes lanes, int sample) {
-        return _mm512_mask_set1_epi32(lanes, 1, sample);
+        return withSample(lanes, 0, sample);
     }
 
     QMX_TARGET static Lanes halfOfSum(Lanes a, Lanes b) { return half(add(a, b)); }
