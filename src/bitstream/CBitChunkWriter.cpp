@@ -1,6 +1,8 @@
 #include "bitstream/CBitChunkWriter.h"
 
 #include <algorithm>
+#include <bit>
+#include <cstring>
 
 namespace qmx {
 
@@ -24,9 +26,44 @@ void CBitChunkWriter::flushBuffer() {
         stepBitBack();
         throw;
     }
+    enterChunk();
+}
+
+void CBitChunkWriter::enterChunk() {
     bitsInChunks += static_cast<std::uint64_t>(bufferWords) * kWordBits;
     bufferWords = current->words;
     buffer = reinterpret_cast<unsigned char*>(current->data.get());
+}
+
+void CBitChunkWriter::standAt(std::int64_t word) {
+    cursor = word;
+    accumulator = 0;
+    bitMask = 1;
+    endMask = cursor == bufferWords ? tailEndMask() : 0;
+}
+
+BitBatch CBitChunkWriter::beginBatch() {
+    return {buffer + cursor * kWordBytes, buffer + bufferWords * kWordBytes, accumulator,
+            static_cast<std::uint64_t>(std::countr_zero(bitMask))};
+}
+
+void CBitChunkWriter::makeRoom(BitBatch& batch) {
+    const unsigned char* const surplus = batch.end;
+    const std::ptrdiff_t surplusBytes = batch.at - batch.end;
+    standAt(bufferWords);
+    appendChunk();
+    enterChunk();
+    std::memcpy(buffer, surplus, static_cast<std::size_t>(surplusBytes));
+    batch.at = buffer + surplusBytes;
+    batch.end = buffer + bufferWords * kWordBytes;
+}
+
+void CBitChunkWriter::endBatch(BitBatch batch) {
+    const bool endsAtTheEnd = batch.at == batch.end && batch.pending == 0;
+    if (batch.isFull() && !endsAtTheEnd) makeRoom(batch);
+    standAt((batch.at - buffer) / kWordBytes);
+    accumulator = batch.accumulator;
+    bitMask = std::uint64_t{1} << batch.pending;
 }
 
 std::uint64_t CBitChunkWriter::writeBitsTo(CBitWriter* destination, std::uint64_t nbits) {

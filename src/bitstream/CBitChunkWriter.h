@@ -1,5 +1,6 @@
 #pragma once
 
+#include "bitstream/BitBatch.h"
 #include "bitstream/CBitWriter.h"
 #include "bitstream/CMemChunk.h"
 
@@ -24,6 +25,15 @@ public:
     /// nothing may be written after it.
     void flushBuffer() override;
 
+    /// Returns: the position behind all bits, for appends without the writer.
+    BitBatch beginBatch();
+    /// Gives a full batch room in a new chunk, and moves what stands in the slack there.
+    /// Requires: batch.isFull(), and a bit to follow or to move. Throws: std::bad_alloc; then
+    /// nothing may be written any more.
+    void makeRoom(BitBatch& batch);
+    /// Takes over all bits of a batch. Throws: as makeRoom.
+    void endBatch(BitBatch batch);
+
     /// Copies the first nbits bits, or all of them when nbits is 0 or more than there are.
     /// Returns: the number of bits copied. Throws: what destination throws; the bits that fitted
     /// are in it. Changes nothing in this writer but its last, partial word.
@@ -31,6 +41,8 @@ public:
 
 private:
     void appendChunk();
+    void enterChunk();
+    void standAt(std::int64_t word);
 
     CMemChunk<std::uint64_t>* current = nullptr;
     std::uint64_t inlineWord = 0;

@@ -27,6 +27,8 @@ public:
     void readRun();
     /// Returns: the next bit of the reader, which stands between run codes. Throws: as readRun.
     std::uint64_t readRawBit() { return stream->readBit(); }
+    /// Where the run codes stand, for those who read them ahead; null before the first attach.
+    CBitReader* source() const { return stream; }
 
     bool isTerminated() const { return terminated; }
 

@@ -25,6 +25,8 @@ public:
         writeRunCode(*stream, zeros, k);
         run = 0;
     }
+    /// Counts zeros and one bits that were coded elsewhere, the last of them a one bit.
+    void addCoded(std::uint64_t sourceBits) { total += sourceBits; }
     /// Sends the zeros after the last one bit, if there was a one bit at all, and freezes the
     /// total. Throws: as encodeOne.
     void terminate();

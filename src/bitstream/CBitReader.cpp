@@ -18,6 +18,25 @@ std::uint64_t CBitReader::getTotal() const {
     return static_cast<std::uint64_t>(cursor) * kWordBits - unread - beyondTail;
 }
 
+BitSpan CBitReader::loadedBits() const {
+    const auto unread = static_cast<std::int64_t>(std::max(bitLength(accumulator) - 1, 0));
+    const std::int64_t next = cursor * kWordBits - unread;
+    const std::int64_t end = bufferWords * kWordBits;
+    // The accumulator may hold bits from before the buffer, or from the tail behind its words.
+    if (next < 0 || next >= end) return {buffer, 0, 0};
+    return {buffer, static_cast<std::uint64_t>(next), static_cast<std::uint64_t>(end)};
+}
+
+void CBitReader::goOnAt(std::uint64_t bit) {
+    cursor = static_cast<std::int64_t>(bit / kWordBits);
+    accumulator = 1;
+    const int consumed = static_cast<int>(bit % kWordBits);
+    if (consumed == 0) return;
+    const std::uint64_t word = loadWord(buffer + cursor * kWordBytes);
+    ++cursor;
+    accumulator = (word >> consumed) | (std::uint64_t{1} << (kWordBits - consumed));
+}
+
 void CBitReader::fetch() {
     throwEndOfStream();
 }

@@ -15,6 +15,13 @@ struct FilePosition {
     std::int64_t offsetBytes = 0;
 };
 
+/// The whole words that a reader has loaded: bits next to end of bytes are still to come.
+struct BitSpan {
+    const unsigned char* bytes;
+    std::uint64_t next;
+    std::uint64_t end;
+};
+
 /// Takes bits, lowest first, from the 64-bit words of a buffer that the caller keeps alive.
 /// Format: docs/format.md, 4 Bit order.
 ///
@@ -44,6 +51,12 @@ public:
     virtual void skip(std::uint64_t nbits);
     /// Where the words behind `cursor` stand in a file, if they come from one.
     virtual FilePosition filePosition() const { return {}; }
+
+    /// Returns: the bits that can be read straight from memory; none, with next == end, where the
+    /// next bit stands in no whole word of the buffer. Bits behind the end come through the reader.
+    BitSpan loadedBits() const;
+    /// Goes on at a bit of loadedBits(). Requires: its next <= bit <= its end.
+    void goOnAt(std::uint64_t bit);
 
     /// Returns: the next bits, the first one in bit 0. The width counts modulo 64, so widths of 0
     /// and 64 return 0 and consume nothing. Throws: 3 when the data ends, with the bits before

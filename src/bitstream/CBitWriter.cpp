@@ -1,5 +1,6 @@
 #include "bitstream/CBitWriter.h"
 
+#include <algorithm>
 #include <cassert>
 
 #include "bitstream/Throwing.h"
@@ -83,12 +84,35 @@ void CBitWriter::writeAcross(std::uint64_t value, int nbits) {
         writeBit(value & 1);
 }
 
+void CBitWriter::mergeWords(const std::uint64_t* words, std::int64_t count) {
+    const int filled = std::countr_zero(bitMask);
+    unsigned char* to = buffer + cursor * kWordBytes;
+    std::uint64_t carried = accumulator;
+    for (std::int64_t i = 0; i < count; ++i) {
+        storeWord(to + i * kWordBytes, carried | words[i] << filled);
+        carried = words[i] >> 1 >> (kWordBits - 1 - filled);
+    }
+    accumulator = carried;
+    cursor += count;
+}
+
 void CBitWriter::writeWords(const std::uint64_t* words, std::uint64_t totalBits) {
-    const std::uint64_t wholeWords = totalBits / kWordBits;
-    for (std::uint64_t i = 0; i < wholeWords; ++i)
-        writeInt(words[i], kWordBits);
+    // Plain way: writeInt on each word. Where whole words follow, each of them only shifts its
+    // argument into place, so the test for room is made once for all words that surely fit.
+    std::int64_t left = static_cast<std::int64_t>(totalBits / kWordBits);
+    while (left > 0) {
+        std::int64_t count = std::min(left, endMask == 0 ? bufferWords - 1 - cursor : 0);
+        if (count > 0) {
+            mergeWords(words, count);
+        } else {
+            count = 1;
+            writeInt(*words, kWordBits);
+        }
+        words += count;
+        left -= count;
+    }
     const int rest = static_cast<int>(totalBits % kWordBits);
-    if (rest != 0) writeInt(words[wholeWords], rest);
+    if (rest != 0) writeInt(*words, rest);
 }
 
 }  // namespace qmx

@@ -89,6 +89,8 @@ protected:
     std::uint64_t endMask = 0;
 
 private:
+    /// Requires: count whole words after the one at the cursor, and endMask is 0.
+    void mergeWords(const std::uint64_t* words, std::int64_t count);
     void writeAcross(std::uint64_t value, int nbits);
     void completeWord();
     void storeAccumulator();

@@ -4,14 +4,18 @@
 
 namespace qmx {
 
-/// One node of a singly linked list of word arrays. Owns: its words and all nodes after it.
+/// Words behind the end of each chunk that batches may write into before the end is noticed.
+inline constexpr int kSlackWords = 8;
+
+/// One node of a singly linked list of word arrays. Owns: its words, the slack behind them and all
+/// nodes after it.
 template <class T>
 struct CMemChunk {
     /// The first node of a list is its own head. Requires: chunkMemory outlives the list.
     /// Throws: std::bad_alloc.
     CMemChunk(int wordCount, std::pmr::memory_resource* chunkMemory)
         : head(this),
-          data(makeArray<T>(static_cast<std::size_t>(wordCount), chunkMemory)),
+          data(makeArray<T>(static_cast<std::size_t>(wordCount) + kSlackWords, chunkMemory)),
           words(wordCount),
           memory(chunkMemory) {}
 

@@ -1,54 +1,32 @@
 #include "coding/OrderEncoder.h"
 
 #include <algorithm>
-#include <cstddef>
 
 namespace qmx {
 
 template <class T>
-OrderEncoder<T>::OrderEncoder(EncoderStreams<T>& streams, int plane, int order)
-    : encoders(streams.encoders.bitPlanes(plane, order)),
-      refinements(streams.refinements.bitPlanes(plane, order)),
+OrderEncoder<T>::OrderEncoder(EncoderStreams<T>& streams, int plane, int order, int bitPlanes)
+    : kernels(&encodeKernels<T>(activeCpuLevel())),
       newCounts(streams.newCounts.bitPlanes(plane, order)) {
-    for (std::size_t p = 0; p < runStart.size(); ++p)
-        runStart[p] = std::uint64_t{0} - encoders[p].getRun();
+    sections.begin(pairs, streams.encoders.bitPlanes(plane, order),
+                   streams.refinements.bitPlanes(plane, order), bitPlanes);
 }
 
 template <class T>
-void OrderEncoder<T>::encodeLine(const T* row, const ScanLine& line, int width) {
-    for (int c = line.firstColumn; c < width; c += line.stepColumns) {
-        // Signed on purpose: a folded value that wrapped counts as magnitude 0.
-        const T folded = row[c];
-        if (folded >= 2) encode(static_cast<std::uint64_t>(folded));
-        ++position;
-    }
+void OrderEncoder<T>::encodeRoom(std::size_t count) {
+    queued += count;
+    const std::size_t whole = queued / kGroupSize * kGroupSize;
+    kernels->encode(sections, queue, whole);
+    std::copy_n(queue + whole, queued - whole, queue);
+    queued -= whole;
 }
 
 template <class T>
-void OrderEncoder<T>::encodeFolded(std::uint64_t folded) {
-    if (folded >= 2) encode(folded);
-    ++position;
-}
-
-template <class T>
-void OrderEncoder<T>::encode(std::uint64_t folded) {
-    const std::uint64_t magnitude = folded >> 1;
-    const auto newPlane = static_cast<std::size_t>(bitLength(magnitude) - 1);
-    for (std::size_t p = 0; p < newPlane; ++p) {
-        refinements[p].writeBit((magnitude >> p) & 1);
-        ++runStart[p];
-    }
-    encoders[newPlane].encodeOne(position - runStart[newPlane]);
-    encoders[newPlane].writer().writeBit(folded & 1);
-    ++newCounts[newPlane];
-    runStart[newPlane] = position + 1;
-}
-
-template <class T>
-void OrderEncoder<T>::storeRuns(int topPlane) {
-    const int planes = std::min(topPlane + 1, kTableBitPlanes<T>);
-    for (std::size_t p = 0; p < static_cast<std::size_t>(planes); ++p)
-        encoders[p].setRun(position - runStart[p]);
+void OrderEncoder<T>::finish() {
+    std::fill(queue + queued, queue + kGroupSize, T{0});
+    kernels->encode(sections, queue, queued);
+    queued = 0;
+    sections.end(newCounts);
 }
 
 template class OrderEncoder<short>;

@@ -1,9 +1,9 @@
 #pragma once
 
-#include <array>
+#include <cstddef>
 #include <cstdint>
 
-#include "coding/ScanOrder.h"
+#include "coding/EncodeKernels.h"
 #include "wavelet/CoderStreams.h"
 
 namespace qmx {
@@ -11,39 +11,44 @@ namespace qmx {
 /// Spreads the folded coefficients of one colour plane and order over the coders of their bit
 /// planes. Format: docs/format.md, 10 Sections.
 ///
-/// Plain way: each coefficient that is not new at a bit plane, and not significant above it, adds 1
-/// to the run of that plane's coder. Here no coder is touched that does not code: all coefficients
-/// of the order are counted once (`position`), and for each bit plane `runStart` is the position at
-/// which its current run would have begun had every coefficient since then belonged to it. So a
-/// run is position - runStart, and a coefficient that is significant above the plane, which does
-/// not belong to the run, moves runStart up by one. Only coefficients that are not 0 cost anything.
+/// Coefficients wait in a queue until there are enough for whole groups. From the constructor to
+/// finish, the bits are in this object's hands and the coders show none of them.
 template <class T>
 class OrderEncoder {
 public:
-    /// Takes the current runs from the coders. Requires: streams outlives this object;
-    /// 0 <= plane < 4; 0 <= order < 6.
-    OrderEncoder(EncoderStreams<T>& streams, int plane, int order);
+    /// Takes over from the coders of the first bitPlanes bit planes. Requires: no coefficient has a
+    /// higher bit; streams outlives this object; 0 <= plane < 4; 0 <= order < 6.
+    OrderEncoder(EncoderStreams<T>& streams, int plane, int order,
+                 int bitPlanes = kTableBitPlanes<T>);
+    OrderEncoder(const OrderEncoder&) = delete;
+    OrderEncoder& operator=(const OrderEncoder&) = delete;
 
-    /// Encodes the coefficients that line names in a row of width folded values.
-    /// Throws: std::bad_alloc.
-    void encodeLine(const T* row, const ScanLine& line, int width);
+    /// Coefficients that room has room for.
+    static constexpr std::size_t kRoom = 512;
 
-    /// Encodes the next coefficient, whose magnitude may take all kTableBitPlanes<T> bits.
-    /// Throws: std::bad_alloc.
-    void encodeFolded(std::uint64_t folded);
+    /// Returns: where the next coefficients, at most kRoom, are to be put before encodeRoom.
+    T* room() { return queue + queued; }
+    /// Encodes count folded values that stand in room. Throws: std::bad_alloc.
+    void encodeRoom(std::size_t count);
 
-    /// Gives the coders of the bit planes up to topPlane their current runs back, which callers of
-    /// the coders may look at.
-    void storeRuns(int topPlane);
+    /// Encodes one coefficient of any width up to the bit planes that the tables have.
+    /// Requires: encodeRoom is not used. Throws: std::bad_alloc.
+    void encode(std::uint64_t folded) {
+        if (folded >= 2) sections.encode(folded);
+        ++sections.position;
+    }
+
+    /// Gives the coders all bits, runs and counts, which callers of the coders may look at.
+    /// Requires: nothing is encoded after it. Throws: std::bad_alloc.
+    void finish();
 
 private:
-    void encode(std::uint64_t folded);
-
-    CBitChunkEncoder* encoders;
-    CBitChunkWriter* refinements;
+    const EncodeKernels<T>* kernels;
     std::uint64_t* newCounts;
-    std::uint64_t position = 0;
-    std::array<std::uint64_t, kTableBitPlanes<T>> runStart;
+    OrderSections sections;
+    SectionPair pairs[kTableBitPlanes<T>];
+    std::size_t queued = 0;
+    T queue[kRoom + kGroupSize];
 };
 
 extern template class OrderEncoder<short>;

@@ -1,10 +1,9 @@
 // The coefficient decoder: readWavelet of CWaveletDecoder and its stages.
 
 #include <cstdio>
-#include <vector>
 
 #include "bitstream/Throwing.h"
-#include "coding/OrderDecoder.h"
+#include "coding/PlaneDecoder.h"
 #include "coding/SectionSyntax.h"
 #include "wavelet/CWaveletDecoder.h"
 
@@ -80,6 +79,7 @@ bool CWaveletDecoder<T>::readSection(CBitReader& in) {
 template <class T>
 int CWaveletDecoder<T>::readSections(CBitReader& in, int sectionLimit) {
     forgetSections();
+    planeDecoder.reset();
     try {
         this->bits = readTopPlane(in);
         counters.reset(this->bits);
@@ -92,24 +92,21 @@ int CWaveletDecoder<T>::readSections(CBitReader& in, int sectionLimit) {
 }
 
 template <class T>
+void CWaveletDecoder<T>::openPlane(int plane) {
+    planeDecoder.reset();
+    auto opened = makeObject<PlaneDecoder<T>>(memory, *streams, counters, plane, this->bits,
+                                              this->levels, memory);
+    planeDecoder = {opened.release(), {memory}};
+}
+
+template <class T>
 bool CWaveletDecoder<T>::decodeRows(int arg) {
-    const int orders = this->levels + 1;
-    std::pmr::vector<OrderDecoder<T>> decoders(memory);
-    for (int p = 0; p < this->image->planes; ++p)
-        for (int o = 0; o < orders; ++o)
-            decoders.emplace_back(
-                *streams, p, o,
-                ReceivedPlanes{this->bits, counters.significance(p, o), counters.refinement(p, o)});
-
+    const DecodeKernels<T>& kernels = decodeKernels<T>(activeCpuLevel());
     const bool suspended = this->scanRows(arg, [&](int p, int r) {
-        forEachOrder(r, this->levels, [&](const ScanLine& line) {
-            decoders[static_cast<unsigned>(p * orders + line.order)].decodeLine(
-                this->image->row(p, r), line, this->image->x);
-        });
+        if (planeDecoder == nullptr || planeDecoder->plane() != p) openPlane(p);
+        planeDecoder->decodeRow(kernels, r, *this->image);
     });
-
-    for (auto& decoder : decoders)
-        decoder.storeRuns();
+    if (planeDecoder != nullptr) planeDecoder->storeRuns();
     return suspended;
 }
 
@@ -125,6 +122,13 @@ int CWaveletDecoder<T>::readWavelet(CBitReader& in, int arg) {
     return this->status;
 }
 
+template <class T>
+void PlaneDecoderRelease<T>::operator()(PlaneDecoder<T>* decoder) const noexcept {
+    ObjectRelease<PlaneDecoder<T>>{memory}(decoder);
+}
+
+template struct PlaneDecoderRelease<short>;
+template struct PlaneDecoderRelease<int>;
 template int CWaveletDecoder<short>::readWavelet(CBitReader&, int);
 template int CWaveletDecoder<int>::readWavelet(CBitReader&, int);
 

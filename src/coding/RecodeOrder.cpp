@@ -32,8 +32,8 @@ void CWaveletEncoder<T>::recodeCoarsest(int plane, const FoldedValues& values,
     streams->restart(plane, this->levels, memory);
     OrderEncoder<T> encoder(*streams, plane, this->levels);
     for (const std::uint64_t folded : values)
-        encoder.encodeFolded(folded);
-    encoder.storeRuns(this->bits);
+        encoder.encode(folded);
+    encoder.finish();
     closingRuns[plane] = closing;
     openPlanes[plane] = 0;
     closeCoders();

@@ -1,11 +1,10 @@
 // The coefficient encoder: writeWavelet of CWaveletEncoder and its stages.
 
 #include <optional>
-#include <vector>
 
 #include "bitstream/Status.h"
 #include "coding/FoldedValue.h"
-#include "coding/OrderEncoder.h"
+#include "coding/PlaneEncoder.h"
 #include "coding/SectionLengths.h"
 #include "coding/SectionPriority.h"
 #include "coding/SectionSyntax.h"
@@ -20,26 +19,6 @@ constexpr std::uint64_t kFixedBits = 19;
 /// Bits of the two section headers of a bit plane in the size estimate, without their lengths. More
 /// than they take; the estimate decides where lazy writers cut, so it is kept.
 constexpr std::uint64_t kHeaderPairBits = 22;
-
-/// What folding found out about coefficients.
-template <class T>
-struct FoldedUnion {
-    T bits = 0;
-    /// Coefficients that came out as magnitude 0 without being 0.
-    std::uint64_t lost = 0;
-};
-
-template <class T>
-void foldRow(T* row, int width, FoldedUnion<T>& all) {
-    unsigned lost = 0;
-    for (int c = 0; c < width; ++c) {
-        const T folded = fold(row[c]);
-        lost += static_cast<unsigned>(folded < 2) & static_cast<unsigned>(row[c] != 0);
-        row[c] = folded;
-        all.bits = static_cast<T>(all.bits | folded);
-    }
-    all.lost += lost;
-}
 
 struct SectionChoice {
     int plane;
@@ -102,31 +81,30 @@ int CWaveletEncoder<T>::sampleCountBits() const {
 
 template <class T>
 void CWaveletEncoder<T>::foldPlanes() {
+    const auto& kernels = foldKernels<T>(activeCpuLevel());
+    const auto width = static_cast<std::size_t>(this->image->x);
     FoldedUnion<T> all;
     for (int p = 0; p < this->image->planes; ++p)
         for (int r = 0; r < this->image->y; ++r)
-            foldRow(this->image->row(p, r), this->image->x, all);
+            kernels.fold(this->image->row(p, r), width, all);
     this->bits = topPlaneOf(all.bits);
     lostCoefficients = all.lost;
 }
 
 template <class T>
 bool CWaveletEncoder<T>::encodeRows(int arg) {
-    const int orders = this->levels + 1;
-    std::pmr::vector<OrderEncoder<T>> encoders(memory);
-    for (int p = 0; p < this->image->planes; ++p)
-        for (int o = 0; o < orders; ++o)
-            encoders.emplace_back(*streams, p, o);
-
+    MemoryObject<PlaneEncoder<T>> encoder;
+    int encodedPlane = -1;
     const bool suspended = this->scanRows(arg, [&](int p, int r) {
-        forEachOrder(r, this->levels, [&](const ScanLine& line) {
-            encoders[static_cast<unsigned>(p * orders + line.order)].encodeLine(
-                this->image->row(p, r), line, this->image->x);
-        });
+        if (p != encodedPlane) {
+            if (encoder != nullptr) encoder->finish();
+            encoder.reset();
+            encoder = makeObject<PlaneEncoder<T>>(memory, *streams, p, this->levels, this->bits);
+            encodedPlane = p;
+        }
+        encoder->encodeRow(this->image->row(p, r), r, this->image->x);
     });
-
-    for (auto& encoder : encoders)
-        encoder.storeRuns(this->bits);
+    if (encoder != nullptr) encoder->finish();
     return suspended;
 }
 

@@ -7,6 +7,16 @@
 
 namespace qmx {
 
+template <class T>
+class PlaneDecoder;
+
+/// Destroys what only src/coding/ knows.
+template <class T>
+struct PlaneDecoderRelease {
+    std::pmr::memory_resource* memory = nullptr;
+    void operator()(PlaneDecoder<T>* decoder) const noexcept;
+};
+
 /// The coefficient decoder and the inverse transform.
 /// Format: docs/format.md, 6.6 Inverse transform and 13 Decoding.
 template <class T>
@@ -34,11 +44,14 @@ private:
     bool readSection(CBitReader& in);
     void assignSignificance(CBitReader& in, int plane, int order, std::uint64_t lengthBits);
     void assignRefinement(CBitReader& in, int plane, int order, std::uint64_t lengthBits);
+    void openPlane(int plane);
     bool decodeRows(int arg);
 
     std::pmr::memory_resource* memory;
     MemoryObject<DecoderStreams<T>> streams;
     SectionCounters counters;
+    /// The sections of the plane that is being decoded; parts of them have been read ahead.
+    std::unique_ptr<PlaneDecoder<T>, PlaneDecoderRelease<T>> planeDecoder;
 };
 
 // Instantiated for short and int in CWaveletDecoder.cpp and, where readWavelet lives, in

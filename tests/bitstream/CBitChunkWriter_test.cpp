@@ -118,6 +118,75 @@ TEST(CBitChunkWriter, AChunkWriterTakesTheBitsOfAnother) {
     EXPECT_TRUE(test::sameBytes(test::packed(expected), copied(destination, 0, expected.size())));
 }
 
+/// Appends fields by batches of fewer words than there are in the slack.
+void appendByBatches(CBitChunkWriter& writer, const std::vector<test::Field>& fields) {
+    qmx::BitBatch batch = writer.beginBatch();
+    for (const test::Field& field : fields) {
+        if (batch.isFull()) writer.makeRoom(batch);
+        const std::uint64_t mask =
+            field.width == 64 ? ~std::uint64_t{0} : qmx::lowBits(field.width);
+        batch.append(field.value & mask, static_cast<std::uint64_t>(field.width));
+    }
+    writer.endBatch(batch);
+}
+
+TEST(CBitChunkWriter, BatchesLeaveTheStateThatSingleFieldsLeave) {
+    for (std::uint64_t past = 0; past < 140; ++past) {
+        const auto fields = test::randomFields(kChunkBits - 70 + past, past, 1, 64);
+        CBitChunkWriter expected;
+        test::writeFields(expected, fields);
+        CBitChunkWriter actual;
+        appendByBatches(actual, fields);
+        ASSERT_EQ(actual.getTotal(), expected.getTotal());
+        ASSERT_TRUE(test::sameBytes(copied(expected, 0, expected.getTotal()),
+                                    copied(actual, 0, expected.getTotal())));
+        expected.writeInt(~std::uint64_t{0}, 64);
+        actual.writeInt(~std::uint64_t{0}, 64);
+        ASSERT_TRUE(test::sameBytes(copied(expected, 0, expected.getTotal()),
+                                    copied(actual, 0, expected.getTotal())));
+    }
+}
+
+TEST(CBitChunkWriter, ABatchMayGoIntoTheSlackAndMovesToTheNextChunk) {
+    for (std::uint64_t words = 0; words < qmx::kSlackWords; ++words) {
+        const Bits bits = test::randomBits(kChunkBits - 64 + 64 * words, words);
+        CBitChunkWriter writer;
+        qmx::BitBatch batch = writer.beginBatch();
+        writer.makeRoom(batch);
+        for (std::uint64_t i = 0; i < bits.size(); i += 64)
+            batch.append(test::valueAt(bits, i, 64), 64);
+        writer.endBatch(batch);
+        EXPECT_TRUE(test::sameBytes(test::packed(bits), copied(writer, 0, bits.size()))) << words;
+    }
+}
+
+/// Gives memory once, then no more.
+class OneChunkResource final : public std::pmr::memory_resource {
+    void* do_allocate(std::size_t bytes, std::size_t alignment) override {
+        if (calls++ == 2) throw std::bad_alloc();
+        return std::pmr::new_delete_resource()->allocate(bytes, alignment);
+    }
+    void do_deallocate(void* storage, std::size_t bytes, std::size_t alignment) override {
+        std::pmr::new_delete_resource()->deallocate(storage, bytes, alignment);
+    }
+    bool do_is_equal(const memory_resource& other) const noexcept override {
+        return this == &other;
+    }
+    int calls = 0;
+};
+
+TEST(CBitChunkWriter, ABatchWithoutMemoryForItsSurplusKeepsTheFullChunk) {
+    OneChunkResource memory;
+    CBitChunkWriter writer;
+    writer.useMemory(&memory);
+    qmx::BitBatch batch = writer.beginBatch();
+    writer.makeRoom(batch);
+    for (int i = 0; i < qmx::kChunkWords + 2; ++i)
+        batch.append(1, 64);
+    EXPECT_THROW(writer.endBatch(batch), std::bad_alloc);
+    EXPECT_EQ(writer.getTotal(), kChunkBits);
+}
+
 void* makeAndDestroyManyChunks(void* count) {
     auto writer = std::make_unique<CBitChunkWriter>();
     for (int i = 0; i < 20000; ++i)

@@ -246,4 +246,47 @@ TEST(CBitInfiniteReader, GoesOnFromAnotherInfiniteReaderOverAFile) {
     }
 }
 
+TEST(CBitInfiniteReader, LoadedBitsAreThoseThatComeNext) {
+    const Bits bits = test::randomBits(8 * 4300, 14);
+    const Bytes bytes = test::packed(bits);
+    const ScratchFile file(bytes);
+    CBitFileReader fileSource(file.get());
+    CBitReader memorySource(bytes.data(), bytes.size());
+    for (CBitReader* source : {static_cast<CBitReader*>(&fileSource), &memorySource}) {
+        CBitInfiniteReader reader;
+        reader.create(source, 0);
+        test::Random random(3);
+        std::uint64_t place = 0;
+        std::uint64_t straight = 0;
+        while (place < bits.size()) {
+            const qmx::BitSpan span = reader.loadedBits();
+            const std::uint64_t count = std::min(random.below(200), span.end - span.next);
+            for (std::uint64_t i = span.next; i < span.next + count; ++i, ++place, ++straight)
+                ASSERT_EQ(span.bytes[i / 8] >> (i % 8) & 1, bits[place] ? 1 : 0) << place;
+            if (span.end != 0) reader.goOnAt(span.next + count);
+            for (std::uint64_t i = random.below(150); i > 0; --i, ++place)
+                ASSERT_EQ(reader.readBit(), test::valueAt(bits, place, 1)) << place;
+        }
+        EXPECT_GT(straight, bits.size() / 3) << "most of them can be read straight from memory";
+    }
+}
+
+TEST(CBitInfiniteReader, NothingIsLoadedBehindTheWholeWordsOrBeforeTheFirstWindow) {
+    const Bytes bytes(20, 0xFF);
+    const ScratchFile file(bytes);
+    CBitFileReader fileSource(file.get());
+    CBitInfiniteReader ofFile;
+    ofFile.create(&fileSource, 0);
+    EXPECT_EQ(ofFile.loadedBits().end, 0U);
+    CBitReader memorySource(bytes.data(), bytes.size());
+    CBitInfiniteReader ofMemory;
+    ofMemory.create(&memorySource, 0);
+    EXPECT_EQ(ofMemory.loadedBits().end, 128U);
+    ofMemory.skip(128);
+    EXPECT_EQ(ofMemory.loadedBits().end, 0U);
+    ofMemory.skip(3);
+    EXPECT_EQ(ofMemory.loadedBits().end, 0U);
+    EXPECT_EQ(ofMemory.readInt(32), 0x1FFFFFFFU);
+}
+
 }  // namespace

@@ -25,8 +25,8 @@ TEST(SectionLengths, AreThoseOfTheCoders) {
         EncoderStreams<short> streams(std::pmr::new_delete_resource());
         OrderEncoder<short> coder(streams, 0, 0);
         for (const std::uint64_t value : values)
-            coder.encodeFolded(value);
-        coder.storeRuns(15);
+            coder.encode(value);
+        coder.finish();
         const auto sections = significanceLengths(values);
         for (std::size_t p = 0; p < 16; ++p) {
             CBitChunkEncoder& encoder = streams.encoders.bitPlanes(0, 0)[p];

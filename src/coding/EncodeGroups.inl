@@ -1,0 +1,48 @@
+// The coefficient encoder by groups. Parameters: QMX_TARGET (function attribute), and
+//  - slice(const T* folded, std::uint64_t* bits), which stores bit i of 64 folded values as the word
+//    bits[i], for every i up to the highest that is set in any of them, and returns the union of the
+//    values; values that wrapped count as 0;
+//  - countOnes(bits);
+//  - extract(bits, mask), the bits that mask selects, moved together at the low end;
+//  - appendNew(section, run, fresh, above, negative), which appends runs and signs of the new
+//    coefficients `fresh`, at least one, to an n section behind a run, and returns how many of the
+//    coefficients that are not in `above` stand up to and with the last of them.
+
+/// Codes one group. Plain way: OrderSections::encode for each coefficient. Sections of different
+/// bit planes are independent, and within a section the coefficients keep their order, so the bits
+/// of 64 coefficients can go in together: their refinement is what extract leaves of the plane's bits,
+/// and the new ones among the candidates are the events. From 14.2 ns per sample of an 8-bit
+/// photograph, 2.95 bits per sample, to 8.4 without vectors and 1.9 with AVX2 (2026-11-21).
+template <class T>
+QMX_TARGET void encodeGroup(OrderSections& order, const T* folded, std::size_t count) {
+    std::uint64_t bits[8 * sizeof(T)];
+    const int top = bitLength(slice(folded, bits)) - 2;
+    std::uint64_t above = 0;
+    for (int p = top; p >= 0; --p) {
+        SectionPair& pair = order.pairs[p];
+        const std::uint64_t plane = bits[p + 1];
+        const auto known = countOnes(above);
+        if (above != 0) {
+            order.makeRoomForBits(p);
+            pair.refinement.append(extract(plane, above), known);
+        }
+        const std::uint64_t fresh = plane & ~above;
+        if (fresh != 0) {
+            order.makeRoomForRuns(p);
+            const std::uint64_t passed =
+                appendNew(pair.significance, pair.run(order.position), fresh, above, bits[0]);
+            pair.coded = order.position - pair.excluded + passed;
+            pair.newCount += countOnes(fresh);
+        }
+        pair.excluded += known;
+        above |= plane;
+    }
+    order.position += count;
+}
+
+template <class T>
+QMX_TARGET void encodeGroups(OrderSections& order, const T* folded, std::size_t count) {
+    for (; count >= kGroupSize; count -= kGroupSize, folded += kGroupSize)
+        encodeGroup(order, folded, kGroupSize);
+    if (count != 0) encodeGroup(order, folded, count);
+}

@@ -1,0 +1,48 @@
+#include "coding/FoldKernels.h"
+
+#include <type_traits>
+
+#include "coding/FoldedValue.h"
+
+namespace qmx {
+namespace {
+
+template <class T>
+void foldRow(T* row, std::size_t count, FoldedUnion<T>& all) {
+    unsigned lost = 0;
+    for (std::size_t i = 0; i < count; ++i) {
+        const T folded = fold(row[i]);
+        lost += static_cast<unsigned>(folded < 2) & static_cast<unsigned>(row[i] != 0);
+        row[i] = folded;
+        all.bits = static_cast<T>(all.bits | folded);
+    }
+    all.lost += lost;
+}
+
+template <class T>
+void splitRow(const T* row, std::size_t pairs, T* even, T* odd) {
+    for (std::size_t i = 0; i < pairs; ++i) {
+        odd[i] = row[2 * i + 1];
+        even[i] = row[2 * i];
+    }
+}
+
+template <class T>
+constexpr FoldKernels<T> kFoldScalar{foldRow<T>, splitRow<T>};
+
+}  // namespace
+
+template <class T>
+const FoldKernels<T>& foldKernels(CpuLevel level) {
+    if constexpr (std::is_same_v<T, short>) {
+        if (level >= CpuLevel::avx2) return kFoldShortAvx2;
+    } else {
+        if (level >= CpuLevel::avx2) return kFoldIntAvx2;
+    }
+    return kFoldScalar<T>;
+}
+
+template const FoldKernels<short>& foldKernels(CpuLevel);
+template const FoldKernels<int>& foldKernels(CpuLevel);
+
+}  // namespace qmx

@@ -1,0 +1,34 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+#include "image/CpuLevel.h"
+
+namespace qmx {
+
+/// What folding found out about coefficients.
+template <class T>
+struct FoldedUnion {
+    T bits = 0;
+    /// Coefficients that came out as magnitude 0 without being 0.
+    std::uint64_t lost = 0;
+};
+
+/// What happens to rows before their coefficients are coded.
+template <class T>
+struct FoldKernels {
+    /// Folds count coefficients in place. Format: docs/format.md, 8 Folded values and top plane.
+    void (*fold)(T* row, std::size_t count, FoldedUnion<T>& all);
+    /// even[i] = row[2 i], odd[i] = row[2 i + 1], for i below pairs. Requires: odd does not overlap
+    /// the others; even may be row.
+    void (*split)(const T* row, std::size_t pairs, T* even, T* odd);
+};
+
+template <class T>
+const FoldKernels<T>& foldKernels(CpuLevel level);
+
+extern const FoldKernels<short> kFoldShortAvx2;
+extern const FoldKernels<int> kFoldIntAvx2;
+
+}  // namespace qmx

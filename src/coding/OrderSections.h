@@ -1,0 +1,75 @@
+#pragma once
+
+#include <cstdint>
+
+#include "bitstream/BitBatch.h"
+#include "bitstream/CBitEncoder.h"
+#include "bitstream/RunCode.h"
+
+namespace qmx {
+
+/// The two sections of one bit plane while they are being coded.
+struct SectionPair {
+    /// Run codes and signs.
+    BitBatch significance;
+    /// Raw bits.
+    BitBatch refinement;
+    /// Coefficients of the order so far that the n section does not cover.
+    std::uint64_t excluded;
+    /// Covered coefficients up to and with the last new one.
+    std::uint64_t coded;
+    std::uint64_t newCount;
+
+    /// Returns: the run after the last new coefficient, when position coefficients of the order have
+    /// passed. Unsigned on purpose: a run that was set before the first of them counts below 0.
+    std::uint64_t run(std::uint64_t position) const { return position - excluded - coded; }
+};
+
+/// All sections of one colour plane and order.
+///
+/// Plain way: each coefficient that is not new at a bit plane, and not significant above it, adds 1
+/// to the run of that plane's coder. Here no section is touched that does not code: all coefficients
+/// of the order are counted once (`position`), and each section knows how many of them do not
+/// concern it. Only coefficients that are not 0 cost anything.
+struct OrderSections {
+    /// Takes over from the coders of planeCount bit planes. Requires: they and storage, one element
+    /// for each, outlive this object.
+    void begin(SectionPair* storage, CBitChunkEncoder* runCoders, CBitChunkWriter* rawCoders,
+               int planeCount);
+    /// Gives the coders all bits and runs. Throws: std::bad_alloc.
+    void end(std::uint64_t* newCounts);
+
+    /// Encodes one coefficient whose magnitude is not 0, the plain way. Does not count it.
+    /// Throws: std::bad_alloc.
+    void encode(std::uint64_t folded);
+
+    // To be called before each batch of appends, of at least one bit.
+    void makeRoomForRuns(int p) {
+        if (pairs[p].significance.isFull()) growRuns(p);
+    }
+    void makeRoomForBits(int p) {
+        if (pairs[p].refinement.isFull()) growBits(p);
+    }
+
+    SectionPair* pairs = nullptr;
+    std::uint64_t position = 0;
+
+private:
+    [[gnu::cold, gnu::noinline]] void growRuns(int p);
+    [[gnu::cold, gnu::noinline]] void growBits(int p);
+
+    CBitChunkEncoder* encoders = nullptr;
+    CBitChunkWriter* refinements = nullptr;
+    int planes = 0;
+};
+
+/// Appends the code of any run and a sign. Requires: run < 2^32; room for two appends.
+inline void appendEvent(BitBatch& batch, std::uint64_t run, std::uint64_t sign) {
+    static_assert(kRunParameter == 1);
+    const auto n = static_cast<std::uint64_t>(bitLength(run | 1) - 1);
+    const std::uint64_t coded = run != 0 ? 1 : 0;
+    batch.append(std::uint64_t{1} << (n + coded), n + coded + 1);
+    batch.append((run & ((std::uint64_t{1} << n) - 1)) | sign << n, n + 1);
+}
+
+}  // namespace qmx

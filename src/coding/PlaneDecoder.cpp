@@ -1,0 +1,93 @@
+#include "coding/PlaneDecoder.h"
+
+#include <algorithm>
+
+namespace qmx {
+namespace {
+
+/// Candidates in the windows of each order; an order has a quarter of the coefficients of the one
+/// below. Measured: with 2048 for order 0 a photograph takes 4 % longer, with 1024 14 %
+/// (2026-11-21). All windows of a plane together stay below the constants of docs/limits.md.
+constexpr std::uint32_t kCapacities[kMaxOrders] = {4096, 1024, 512, 256, 256, 256};
+
+std::size_t bitmapBytes(int order) {
+    return kCapacities[order] / 8 + SectionWindow::kSlackBytes;
+}
+
+template <class T>
+OrderSections<T> sectionsOf(DecoderStreams<T>& streams, const SectionCounters& counters, int plane,
+                            int order, int topPlane) {
+    constexpr std::int64_t kPlanes = kTableBitPlanes<T>;
+    OrderSections<T> sections{};
+    sections.highest = std::min(topPlane, kTableBitPlanes<T> - 1);
+    sections.lowest = static_cast<int>(
+        std::clamp<std::int64_t>(counters.significance(plane, order) + 1, 0, kPlanes));
+    sections.unrefined =
+        static_cast<int>(std::clamp<std::int64_t>(counters.refinement(plane, order), -1, kPlanes));
+    sections.capacity = kCapacities[order];
+    for (int p = 0; p < kTableBitPlanes<T>; ++p) {
+        sections.windows[p].decoder = streams.decoders.bitPlanes(plane, order) + p;
+        sections.refinements[p].reader = streams.refinements.bitPlanes(plane, order) + p;
+        sections.refinements[p].span = sections.refinements[p].reader->loadedBits();
+    }
+    return sections;
+}
+
+template <class T>
+int windowCount(const OrderSections<T>& sections) {
+    return std::max(sections.highest - sections.lowest + 1, 0);
+}
+
+/// Returns: the run that the window's section has left.
+std::uint64_t runOfWindow(const SectionWindow& window) {
+    for (std::uint64_t next = window.taken; next < window.filled; ++next)
+        if ((window.news[next / 8] >> (next % 8) & 1) != 0) return next - window.taken;
+    return window.nextNew - window.taken;
+}
+
+}  // namespace
+
+template <class T>
+PlaneDecoder<T>::PlaneDecoder(DecoderStreams<T>& streams, const SectionCounters& counters,
+                              int plane, int topPlane, int levelCount,
+                              std::pmr::memory_resource* memory)
+    : planeIndex(plane), levels(levelCount), orders(memory), bitmaps(memory) {
+    orders.reserve(static_cast<std::size_t>(levels) + 1);
+    std::size_t bytes = 0;
+    for (int order = 0; order <= levels; ++order) {
+        orders.push_back(sectionsOf(streams, counters, plane, order, topPlane));
+        bytes += 2 * bitmapBytes(order) * static_cast<std::size_t>(windowCount(orders.back()));
+    }
+    bitmaps.resize(bytes);
+    unsigned char* next = bitmaps.data();
+    for (int order = 0; order <= levels; ++order) {
+        OrderSections<T>& sections = orders[static_cast<std::size_t>(order)];
+        for (int p = sections.highest; p >= sections.lowest; --p) {
+            SectionWindow& window = sections.windows[p];
+            window.nextNew = window.decoder->getRun();
+            window.news = next;
+            window.negatives = next + bitmapBytes(order);
+            next += 2 * bitmapBytes(order);
+        }
+    }
+}
+
+template <class T>
+void PlaneDecoder<T>::decodeRow(const DecodeKernels<T>& kernels, int row, CImageData<T>& image) {
+    forEachOrder(row, levels, [&](const ScanLine& line) {
+        kernels.decodeLine(orders[static_cast<std::size_t>(line.order)], image.row(planeIndex, row),
+                           line, image.x);
+    });
+}
+
+template <class T>
+void PlaneDecoder<T>::storeRuns() {
+    for (const OrderSections<T>& sections : orders)
+        for (int p = sections.highest; p >= sections.lowest; --p)
+            sections.windows[p].decoder->setRun(runOfWindow(sections.windows[p]));
+}
+
+template class PlaneDecoder<short>;
+template class PlaneDecoder<int>;
+
+}  // namespace qmx

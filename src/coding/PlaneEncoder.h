@@ -1,0 +1,41 @@
+#pragma once
+
+#include <optional>
+
+#include "coding/FoldKernels.h"
+#include "coding/OrderEncoder.h"
+
+namespace qmx {
+
+/// Encodes the rows of one colour plane. The coders of the plane's sections show no bits until
+/// finish. Format: docs/format.md, 7 Orders and scan order.
+template <class T>
+class PlaneEncoder {
+public:
+    /// Requires: no coefficient has a bit above topPlane; streams outlives this object;
+    /// 0 <= plane < 4; levels < 6.
+    PlaneEncoder(EncoderStreams<T>& streams, int plane, int levels, int topPlane);
+
+    /// Encodes a row of width folded values; each row once, from top to bottom.
+    /// Throws: std::bad_alloc.
+    void encodeRow(const T* row, int index, int width);
+
+    /// Gives all coders their bits. Requires: nothing is encoded after it. Throws: std::bad_alloc.
+    void finish();
+
+private:
+    /// Columns that are split together. A multiple of the step of the highest order, so that each
+    /// block begins with the same orders, and small enough for the first cache.
+    static constexpr std::size_t kBlockColumns = 512;
+
+    void encodeBlock(const T* block, std::size_t columns, int level);
+
+    const FoldKernels<T>* kernels;
+    int levels;
+    std::optional<OrderEncoder<T>> orders[kMaxOrders];
+};
+
+extern template class PlaneEncoder<short>;
+extern template class PlaneEncoder<int>;
+
+}  // namespace qmx

@@ -1,0 +1,23 @@
+#include "coding/WindowRefill.h"
+
+#include <algorithm>
+#include <bit>
+#include <cstring>
+
+#include "coding/RunTable.h"
+
+#define QMX_TARGET
+
+namespace qmx {
+namespace {
+
+#include "coding/WindowRefill.inl"
+
+}  // namespace
+
+std::uint32_t refillWindowsPlain(SectionWindow* first, SectionWindow* last,
+                                 std::uint32_t capacity) {
+    return refill(first, last, capacity);
+}
+
+}  // namespace qmx

@@ -1,0 +1,173 @@
+#include "coding/EncodeKernels.h"
+
+#include <limits>
+
+#include "coding/OrderEncoder.h"
+#include "reference/ReferenceEncoder.h"
+#include "reference/ReferenceSections.h"
+#include "support/Bytes.h"
+#include "support/CpuLevels.h"
+#include "support/LibraryCodec.h"
+#include "support/TestImages.h"
+
+namespace {
+
+using namespace qmx;
+using test::Bytes;
+
+/// How often values and magnitudes occur in test data.
+enum class Density { empty, sparse, photo, dense, extreme };
+
+constexpr Density kDensities[] = {Density::empty, Density::sparse, Density::photo, Density::dense,
+                                  Density::extreme};
+
+template <class T>
+T foldedOf(Density density, test::Random& random) {
+    using Limits = std::numeric_limits<T>;
+    const int bits = std::numeric_limits<T>::digits;
+    switch (density) {
+        case Density::empty:
+            return static_cast<T>(random.below(2));
+        case Density::sparse:
+            return random.below(700) == 0 ? static_cast<T>(random.below(64)) : T{0};
+        case Density::photo:
+            return static_cast<T>(random.below(1U << random.below(9)));
+        case Density::dense:
+            return static_cast<T>(
+                random.next() &
+                lowBits(1 + static_cast<int>(random.below(static_cast<std::uint64_t>(bits)))));
+        case Density::extreme:
+            break;
+    }
+    const T extremes[] = {Limits::min(), Limits::max(), T{-1}, T{0},
+                          T{1},          T{2},          T{3},  static_cast<T>(Limits::min() + 1)};
+    return extremes[random.below(std::size(extremes))];
+}
+
+template <class T>
+std::vector<T> foldedData(Density density, std::size_t count, std::uint64_t seed) {
+    test::Random random(seed);
+    std::vector<T> folded(count);
+    for (T& value : folded)
+        value = foldedOf<T>(density, random);
+    return folded;
+}
+
+Bytes bytesOf(CBitChunkWriter& writer) {
+    Bytes bytes((writer.getTotal() + 7) / 8);
+    CBitWriter out(bytes.data(), bytes.size());
+    writer.writeBitsTo(&out, 0);
+    out.flush();
+    return bytes;
+}
+
+template <class T>
+std::size_t coveredBy(const std::vector<T>& folded, int p) {
+    return static_cast<std::size_t>(std::count_if(
+        folded.begin(), folded.end(), [=](T f) { return reference::magnitude(f) >> p <= 1; }));
+}
+
+/// Compares all sections of one order with those of the reference.
+template <class T>
+void expectSections(EncoderStreams<T>& streams, const std::vector<T>& folded) {
+    const reference::FoldedValues values(folded.begin(), folded.end());
+    for (int p = 0; p < kTableBitPlanes<T>; ++p) {
+        const reference::Section n = reference::nSection(values, p);
+        const reference::Section u = reference::uSection(values, p);
+        CBitChunkEncoder& coder = *streams.encoders.find(0, 0, p);
+        ASSERT_EQ(coder.getTotal(), coveredBy(folded, p)) << p;
+        coder.terminate();
+        ASSERT_EQ(coder.getTotal(), coveredBy(folded, p)) << p;
+        ASSERT_EQ(coder.getStoredTotal(), n.payload.size()) << p;
+        ASSERT_TRUE(test::sameBytes(n.payload.toBytes(), bytesOf(coder.writer()))) << p;
+        ASSERT_EQ(*streams.newCounts.find(0, 0, p), static_cast<std::uint64_t>(n.count)) << p;
+        CBitChunkWriter& raw = *streams.refinements.find(0, 0, p);
+        ASSERT_EQ(raw.getTotal(), u.payload.size()) << p;
+        ASSERT_TRUE(test::sameBytes(u.payload.toBytes(), bytesOf(raw))) << p;
+    }
+}
+
+template <class T>
+void encodePart(OrderEncoder<T>& encoder, const T* folded, std::size_t count) {
+    std::copy_n(folded, count, encoder.room());
+    encoder.encodeRoom(count);
+}
+
+/// Encodes in pieces of any size, and starts anew with other encoders at some places.
+template <class T>
+void encodeInPieces(EncoderStreams<T>& streams, const std::vector<T>& folded, std::uint64_t seed) {
+    test::Random random(seed);
+    for (std::size_t done = 0; done < folded.size();) {
+        OrderEncoder<T> encoder(streams, 0, 0);
+        const std::size_t end = std::min(folded.size(), done + random.below(20000));
+        while (done < end) {
+            const std::size_t count =
+                std::min<std::size_t>(end - done, random.below(OrderEncoder<T>::kRoom + 1));
+            encodePart(encoder, folded.data() + done, count);
+            done += count;
+        }
+        encoder.finish();
+    }
+}
+
+using EncodeKernelsAt = test::AtCpuLevel;
+
+template <class T>
+void expectReferenceSections(std::size_t count) {
+    for (const Density density : kDensities) {
+        SCOPED_TRACE(static_cast<int>(density));
+        const auto folded = foldedData<T>(density, count, count);
+        auto streams = std::make_unique<EncoderStreams<T>>(std::pmr::new_delete_resource());
+        encodeInPieces(*streams, folded, count);
+        expectSections(*streams, folded);
+    }
+}
+
+TEST_P(EncodeKernelsAt, SectionsAreThoseOfTheReferenceAtEveryLength) {
+    for (const std::size_t count : {1U, 2U, 7U, 63U, 64U, 65U, 127U, 128U, 191U, 777U, 5000U}) {
+        SCOPED_TRACE(count);
+        expectReferenceSections<short>(count);
+        expectReferenceSections<int>(count);
+    }
+}
+
+TEST_P(EncodeKernelsAt, SectionsOfManyChunksAreThoseOfTheReference) {
+    expectReferenceSections<short>(600000);
+    expectReferenceSections<int>(300000);
+}
+
+TEST_P(EncodeKernelsAt, OneCoefficientAfterTheOtherGivesTheSameSections) {
+    const auto folded = foldedData<short>(Density::dense, 3000, 4);
+    auto streams = std::make_unique<EncoderStreams<short>>(std::pmr::new_delete_resource());
+    OrderEncoder<short> encoder(*streams, 0, 0);
+    for (const short value : folded)
+        encoder.encode(value < 0 ? 0 : static_cast<std::uint64_t>(value));
+    encoder.finish();
+    expectSections(*streams, folded);
+}
+
+TEST_P(EncodeKernelsAt, RunsOfAllLengthsAreCoded) {
+    std::vector<int> folded;
+    for (std::size_t run = 0; run < 1200; ++run) {
+        folded.resize(folded.size() + run, 0);
+        folded.push_back(run % 3 == 0 ? 3 : 2);
+    }
+    auto streams = std::make_unique<EncoderStreams<int>>(std::pmr::new_delete_resource());
+    encodeInPieces(*streams, folded, 9);
+    expectSections(*streams, folded);
+}
+
+TEST_P(EncodeKernelsAt, StreamsOfAnySizeAreThoseOfTheReference) {
+    constexpr int kSizes[][2] = {{2, 2},   {4, 4},   {65, 33},   {64, 64},  {130, 67},
+                                 {511, 9}, {513, 8}, {1030, 40}, {9, 1030}, {200, 150}};
+    for (const auto& [width, height] : kSizes)
+        for (const auto& [bytes, bits] : {std::pair{1, 8}, {3, 8}, {2, 11}, {2, 16}}) {
+            const auto image = test::makeImage(test::Content::photo, bytes, bits, width, height);
+            const Bytes expected = reference::encode({bytes, bits, width, height, image.bytes});
+            ASSERT_TRUE(test::sameBytes(expected, test::encode(image))) << width << " x " << height;
+        }
+}
+
+INSTANTIATE_TEST_SUITE_P(Levels, EncodeKernelsAt, test::allCpuLevels(), test::cpuLevelName());
+
+}  // namespace
