@@ -52,10 +52,9 @@ void CWaveletEncoder<T>::raiseTopPlane(int topPlane) {
 }
 
 template <class T>
-void CWaveletEncoder<T>::sendEndlessRuns() {
-    if (endlessSections == 0) return;
-    streams->encoders.forEach([](CBitChunkEncoder& encoder) {
-        if (encoder.getStoredTotal() == 0 && encoder.getTotal() > kEndRun + 1)
+void CWaveletEncoder<T>::sendEndlessRuns(std::uint64_t longestRun) {
+    streams->encoders.forEach([=](CBitChunkEncoder& encoder) {
+        if (encoder.getStoredTotal() == 0 && encoder.getTotal() > longestRun)
             encoder.sendFinalZeros();
     });
     closeCoders();
@@ -67,7 +66,7 @@ template FoldedValues CWaveletEncoder<short>::getCoarsestValues(int) const;
 template FoldedValues CWaveletEncoder<int>::getCoarsestValues(int) const;
 template void CWaveletEncoder<short>::recodeCoarsest(int, const FoldedValues&, ClosingRuns);
 template void CWaveletEncoder<int>::recodeCoarsest(int, const FoldedValues&, ClosingRuns);
-template void CWaveletEncoder<short>::sendEndlessRuns();
-template void CWaveletEncoder<int>::sendEndlessRuns();
+template void CWaveletEncoder<short>::sendEndlessRuns(std::uint64_t);
+template void CWaveletEncoder<int>::sendEndlessRuns(std::uint64_t);
 
 }  // namespace qmx

@@ -55,9 +55,10 @@ private:
 
     double significance(int p, int o, int bitPlane) {
         const auto* coder = streams.encoders.find(p, o, bitPlane);
-        if (coder == nullptr) return significanceValue(p, o, bitPlane, 0, 0);
-        return significanceValue(p, o, bitPlane, *streams.newCounts.find(p, o, bitPlane),
-                                 coder->getStoredTotal());
+        const auto* newCount = streams.newCounts.find(p, o, bitPlane);
+        // A section without new coefficients is as good as empty, even if its run was spelled out.
+        if (coder == nullptr || *newCount == 0) return significanceValue(p, o, bitPlane, 0, 0);
+        return significanceValue(p, o, bitPlane, *newCount, coder->getStoredTotal());
     }
 
     void offer(double value, const SectionChoice& candidate) {

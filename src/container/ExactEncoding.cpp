@@ -35,8 +35,10 @@ ExactOutcome CExactEncoder<T, P>::encode() {
         if (job.isStopped()) return ExactOutcome::stopped;
         if (outcome != ExactOutcome::exact) return outcome;
     }
-    if (encoder->getEndlessSections() != 0) job.rescues |= kEndlessRuns;
-    encoder->sendEndlessRuns();
+    if (encoder->getEndlessSections() != 0) {
+        encoder->sendEndlessRuns();
+        job.rescues |= kEndlessRuns;
+    }
     return ExactOutcome::exact;
 }
 

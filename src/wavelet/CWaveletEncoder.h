@@ -61,8 +61,9 @@ public:
     void recodeCoarsest(int plane, const FoldedValues& values, ClosingRuns closing);
     /// How the sections of the coarsest order are closed that would be too long otherwise.
     void setClosingRuns(int plane, ClosingRuns closing) { closingRuns[plane] = closing; }
-    /// Gives endless sections a run of their own in place of nothing. Throws: std::bad_alloc.
-    void sendEndlessRuns();
+    /// Spells out the runs of sections without new coefficients that cover more than longestRun.
+    /// Throws: std::bad_alloc.
+    void sendEndlessRuns(std::uint64_t longestRun = kEndRun + 1);
 
     std::pmr::memory_resource* getMemory() const { return memory; }
 
