@@ -42,9 +42,12 @@ QMX_TARGET inline void appendEvents(BitBatch& section, std::uint64_t run, std::u
     section = batch;
 }
 
-QMX_TARGET inline std::uint64_t appendNew(BitBatch& section, std::uint64_t run, std::uint64_t fresh,
-                                          std::uint64_t above, std::uint64_t negative) {
+QMX_TARGET inline void takeNew(OrderSections& order, int p, std::uint64_t fresh,
+                               std::uint64_t above, std::uint64_t negative) {
+    order.makeRoomForRuns(p);
+    SectionPair& pair = order.pairs[p];
     const std::uint64_t candidates = extract(fresh, ~above);
-    appendEvents(section, run, candidates, extract(negative, fresh));
-    return static_cast<std::uint64_t>(bitLength(candidates));
+    appendEvents(pair.significance, pair.run(order.position), candidates, extract(negative, fresh));
+    pair.coded = order.position - pair.excluded + static_cast<unsigned>(bitLength(candidates));
+    pair.newCount += countOnes(fresh);
 }

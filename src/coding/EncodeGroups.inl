@@ -4,9 +4,8 @@
 //    values; values that wrapped count as 0;
 //  - countOnes(bits);
 //  - extract(bits, mask), the bits that mask selects, moved together at the low end;
-//  - appendNew(section, run, fresh, above, negative), which appends runs and signs of the new
-//    coefficients `fresh`, at least one, to an n section behind a run, and returns how many of the
-//    coefficients that are not in `above` stand up to and with the last of them.
+//  - takeNew(order, p, fresh, above, negative), which codes or keeps back the new coefficients
+//    `fresh` of bit plane p, at least one, and counts them.
 
 /// Codes one group. Plain way: OrderSections::encode for each coefficient. Sections of different
 /// bit planes are independent, and within a section the coefficients keep their order, so the bits
@@ -27,13 +26,7 @@ QMX_TARGET void encodeGroup(OrderSections& order, const T* folded, std::size_t c
             pair.refinement.append(extract(plane, above), known);
         }
         const std::uint64_t fresh = plane & ~above;
-        if (fresh != 0) {
-            order.makeRoomForRuns(p);
-            const std::uint64_t passed =
-                appendNew(pair.significance, pair.run(order.position), fresh, above, bits[0]);
-            pair.coded = order.position - pair.excluded + passed;
-            pair.newCount += countOnes(fresh);
-        }
+        if (fresh != 0) takeNew(order, p, fresh, above, bits[0]);
         pair.excluded += known;
         above |= plane;
     }
@@ -46,3 +39,6 @@ QMX_TARGET void encodeGroups(OrderSections& order, const T* folded, std::size_t 
         encodeGroup(order, folded, kGroupSize);
     if (count != 0) encodeGroup(order, folded, count);
 }
+
+/// The finish of kernels that keep nothing back.
+[[maybe_unused]] inline void keptNothing(OrderSections&) {}

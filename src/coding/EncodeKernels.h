@@ -17,6 +17,8 @@ struct EncodeKernels {
     /// Requires: whole groups stand at folded, the last one filled up with 0.
     /// Throws: std::bad_alloc.
     void (*encode)(OrderSections& order, const T* folded, std::size_t count);
+    /// Appends what encode has kept back in the queues. Throws: std::bad_alloc.
+    void (*finish)(OrderSections& order);
 };
 
 template <class T>
@@ -24,5 +26,7 @@ const EncodeKernels<T>& encodeKernels(CpuLevel level);
 
 extern const EncodeKernels<short> kEncodeShortAvx2;
 extern const EncodeKernels<int> kEncodeIntAvx2;
+extern const EncodeKernels<short> kEncodeShortAvx512;
+extern const EncodeKernels<int> kEncodeIntAvx512;
 
 }  // namespace qmx

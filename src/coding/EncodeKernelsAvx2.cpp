@@ -116,7 +116,7 @@ QMX_TARGET inline std::uint32_t slice(const int* folded, std::uint64_t* bits) {
 
 }  // namespace
 
-const EncodeKernels<short> kEncodeShortAvx2{encodeGroups<short>};
-const EncodeKernels<int> kEncodeIntAvx2{encodeGroups<int>};
+const EncodeKernels<short> kEncodeShortAvx2{encodeGroups<short>, keptNothing};
+const EncodeKernels<int> kEncodeIntAvx2{encodeGroups<int>, keptNothing};
 
 }  // namespace qmx

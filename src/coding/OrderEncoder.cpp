@@ -8,7 +8,7 @@ template <class T>
 OrderEncoder<T>::OrderEncoder(EncoderStreams<T>& streams, int plane, int order, int bitPlanes)
     : kernels(&encodeKernels<T>(activeCpuLevel())),
       newCounts(streams.newCounts.bitPlanes(plane, order)) {
-    sections.begin(pairs, streams.encoders.bitPlanes(plane, order),
+    sections.begin(pairs, queues, streams.encoders.bitPlanes(plane, order),
                    streams.refinements.bitPlanes(plane, order), bitPlanes);
 }
 
@@ -26,6 +26,7 @@ void OrderEncoder<T>::finish() {
     std::fill(queue + queued, queue + kGroupSize, T{0});
     kernels->encode(sections, queue, queued);
     queued = 0;
+    kernels->finish(sections);
     sections.end(newCounts);
 }
 

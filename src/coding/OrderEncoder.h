@@ -47,6 +47,7 @@ private:
     std::uint64_t* newCounts;
     OrderSections sections;
     SectionPair pairs[kTableBitPlanes<T>];
+    EventQueue queues[kTableBitPlanes<T>];
     std::size_t queued = 0;
     T queue[kRoom + kGroupSize];
 };

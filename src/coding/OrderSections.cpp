@@ -2,15 +2,19 @@
 
 namespace qmx {
 
-void OrderSections::begin(SectionPair* storage, CBitChunkEncoder* runCoders,
-                          CBitChunkWriter* rawCoders, int planeCount) {
-    pairs = storage;
+void OrderSections::begin(SectionPair* pairStorage, EventQueue* queueStorage,
+                          CBitChunkEncoder* runCoders, CBitChunkWriter* rawCoders, int planeCount) {
+    pairs = pairStorage;
+    queues = queueStorage;
     encoders = runCoders;
     refinements = rawCoders;
     planes = planeCount;
-    for (int p = 0; p < planes; ++p)
+    for (int p = 0; p < planes; ++p) {
         pairs[p] = {encoders[p].writer().beginBatch(), refinements[p].beginBatch(), 0,
                     std::uint64_t{0} - encoders[p].getRun(), 0};
+        queues[p].count = 0;
+        queues[p].base = 0;
+    }
 }
 
 void OrderSections::end(std::uint64_t* newCounts) {

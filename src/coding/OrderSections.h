@@ -25,6 +25,18 @@ struct SectionPair {
     std::uint64_t run(std::uint64_t position) const { return position - excluded - coded; }
 };
 
+/// Events of one n section that wait to be coded together, from one group of coefficients to the
+/// next. Only some kernels keep events back.
+struct EventQueue {
+    static constexpr std::size_t kEvents = 512;
+
+    /// The covered coefficients of the order from `base` to the event, doubled, and 1 for a sign.
+    std::uint16_t events[kEvents];
+    std::size_t count;
+    /// Covered coefficients in front of those that the events count.
+    std::uint64_t base;
+};
+
 /// All sections of one colour plane and order.
 ///
 /// Plain way: each coefficient that is not new at a bit plane, and not significant above it, adds 1
@@ -32,11 +44,11 @@ struct SectionPair {
 /// of the order are counted once (`position`), and each section knows how many of them do not
 /// concern it. Only coefficients that are not 0 cost anything.
 struct OrderSections {
-    /// Takes over from the coders of planeCount bit planes. Requires: they and storage, one element
-    /// for each, outlive this object.
-    void begin(SectionPair* storage, CBitChunkEncoder* runCoders, CBitChunkWriter* rawCoders,
-               int planeCount);
-    /// Gives the coders all bits and runs. Throws: std::bad_alloc.
+    /// Takes over from the coders of planeCount bit planes. Requires: they and both storages, one
+    /// element for each, outlive this object.
+    void begin(SectionPair* pairStorage, EventQueue* queueStorage, CBitChunkEncoder* runCoders,
+               CBitChunkWriter* rawCoders, int planeCount);
+    /// Gives the coders all bits and runs. Requires: the queues are empty. Throws: std::bad_alloc.
     void end(std::uint64_t* newCounts);
 
     /// Encodes one coefficient whose magnitude is not 0, the plain way. Does not count it.
@@ -52,7 +64,9 @@ struct OrderSections {
     }
 
     SectionPair* pairs = nullptr;
+    EventQueue* queues = nullptr;
     std::uint64_t position = 0;
+    int planes = 0;
 
 private:
     [[gnu::cold, gnu::noinline]] void growRuns(int p);
@@ -60,7 +74,6 @@ private:
 
     CBitChunkEncoder* encoders = nullptr;
     CBitChunkWriter* refinements = nullptr;
-    int planes = 0;
 };
 
 /// Appends the code of any run and a sign. Requires: run < 2^32; room for two appends.

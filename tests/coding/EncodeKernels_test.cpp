@@ -93,13 +93,14 @@ void encodePart(OrderEncoder<T>& encoder, const T* folded, std::size_t count) {
     encoder.encodeRoom(count);
 }
 
-/// Encodes in pieces of any size, and starts anew with other encoders at some places.
+/// Encodes in pieces of any size, and starts anew with other encoders after fewer than `longest`.
 template <class T>
-void encodeInPieces(EncoderStreams<T>& streams, const std::vector<T>& folded, std::uint64_t seed) {
+void encodeInPieces(EncoderStreams<T>& streams, const std::vector<T>& folded, std::uint64_t seed,
+                    std::size_t longest = 20000) {
     test::Random random(seed);
     for (std::size_t done = 0; done < folded.size();) {
         OrderEncoder<T> encoder(streams, 0, 0);
-        const std::size_t end = std::min(folded.size(), done + random.below(20000));
+        const std::size_t end = std::min(folded.size(), done + 1 + random.below(longest));
         while (done < end) {
             const std::size_t count =
                 std::min<std::size_t>(end - done, random.below(OrderEncoder<T>::kRoom + 1));
@@ -155,6 +156,36 @@ TEST_P(EncodeKernelsAt, RunsOfAllLengthsAreCoded) {
     auto streams = std::make_unique<EncoderStreams<int>>(std::pmr::new_delete_resource());
     encodeInPieces(*streams, folded, 9);
     expectSections(*streams, folded);
+}
+
+template <class T>
+void expectRuns(std::initializer_list<std::size_t> runs, std::size_t times) {
+    std::vector<T> folded;
+    for (const std::size_t run : runs)
+        for (std::size_t i = 0; i < times; ++i) {
+            folded.resize(folded.size() + run, 0);
+            folded.push_back(i % 3 == 0 ? T{3} : T{2});
+        }
+    auto streams = std::make_unique<EncoderStreams<T>>(std::pmr::new_delete_resource());
+    encodeInPieces(*streams, folded, times, 100'000'000);
+    expectSections(*streams, folded);
+}
+
+// Many codes of one length side by side: 32 events together may take more than four words.
+TEST_P(EncodeKernelsAt, EqualRunsInALongRowAreCoded) {
+    for (std::size_t run = 0; run < 70; ++run)
+        expectRuns<short>({run}, 1000);
+    for (const std::size_t run : {127U, 128U, 255U, 256U, 511U, 1023U, 1024U})
+        expectRuns<short>({run}, 300);
+}
+
+// Events that wait together count coefficients in 15 bits.
+TEST_P(EncodeKernelsAt, RunsBeyond15And16BitsAreCoded) {
+    expectRuns<short>({5, 32640, 7, 32703, 1, 32704, 0, 32705, 3}, 2);
+    for (std::size_t run = 32640; run < 32840; run += 9)
+        expectRuns<short>({run, 3}, 1);
+    expectRuns<short>({32766, 32767, 32768, 32769, 65535, 65536, 65537, 200000, 0, 1}, 1);
+    expectRuns<int>({0, 70000, 16383, 16384, 16385, 8191, 8192}, 5);
 }
 
 TEST_P(EncodeKernelsAt, StreamsOfAnySizeAreThoseOfTheReference) {
