@@ -104,6 +104,15 @@ void takeNew(OrderSections& order, int p, std::uint64_t fresh, std::uint64_t abo
     pair.coded = order.position - pair.excluded + passed;
 }
 
+template <class T>
+struct Slices {
+    explicit Slices(const T* folded) : any(slice(folded, bits)) {}
+    std::uint64_t plane(int i) const { return bits[i]; }
+
+    std::uint32_t any;
+    std::uint64_t bits[8 * sizeof(T)];
+};
+
 #define QMX_TARGET
 #include "coding/EncodeGroups.inl"
 

@@ -111,6 +111,15 @@ QMX_TARGET inline std::uint32_t slice(const int* folded, std::uint64_t* bits) {
     return any;
 }
 
+template <class T>
+struct Slices {
+    QMX_TARGET explicit Slices(const T* folded) : any(slice(folded, bits)) {}
+    QMX_TARGET std::uint64_t plane(int i) const { return bits[i]; }
+
+    std::uint32_t any;
+    std::uint64_t bits[8 * sizeof(T)];
+};
+
 #include "coding/EncodeEvents.inl"
 #include "coding/EncodeGroups.inl"
 

@@ -19,61 +19,71 @@ QMX_TARGET inline std::uint64_t countOnes(std::uint64_t bits) {
     return static_cast<std::uint64_t>(_mm_popcnt_u64(bits));
 }
 
-/// Vectors that hold 64 folded values.
-template <class T>
-inline constexpr int kVectors = static_cast<int>(sizeof(T));
-
-QMX_TARGET inline __m512i positive(__m512i values, short) {
-    return _mm512_maskz_max_epi16(~__mmask32{0}, values, _mm512_setzero_si512());
-}
-QMX_TARGET inline __m512i positive(__m512i values, int) {
-    return _mm512_maskz_max_epi32(0xFFFF, values, _mm512_setzero_si512());
-}
-
-/// Returns: bit `index` of each lane.
-QMX_TARGET inline std::uint64_t bitOfLanes(__m512i values, int index, short) {
-    return _mm512_test_epi16_mask(values, _mm512_set1_epi16(static_cast<short>(1U << index)));
-}
-QMX_TARGET inline std::uint64_t bitOfLanes(__m512i values, int index, int) {
-    return _mm512_test_epi32_mask(values, _mm512_set1_epi32(static_cast<int>(1U << index)));
-}
-
-/// Returns: the union of all values of sizeof(T) bytes.
-template <class T>
-QMX_TARGET inline std::uint32_t unionOf(__m512i all) {
-    alignas(64) std::uint64_t lanes[8];
-    _mm512_store_si512(lanes, all);
-    std::uint64_t joined = 0;
-    for (const std::uint64_t lane : lanes)
-        joined |= lane;
-    joined |= joined >> 32;
-    if constexpr (sizeof(T) == 2) return (joined | joined >> 16) & 0xFFFF;
-    return static_cast<std::uint32_t>(joined);
-}
-
-template <class T>
-QMX_TARGET inline std::uint32_t slice(const T* folded, std::uint64_t* bits) {
-    __m512i values[kVectors<T>];
-    __m512i all = _mm512_setzero_si512();
-    for (int i = 0; i < kVectors<T>; ++i) {
-        values[i] = positive(_mm512_loadu_si512(folded + i * (64 / kVectors<T>)), T{});
-        all = _mm512_or_si512(all, values[i]);
-    }
-    const std::uint32_t any = unionOf<T>(all);
-    for (int b = bitLength(any) - 1; b >= 0; --b) {
-        std::uint64_t word = 0;
-        for (int i = 0; i < kVectors<T>; ++i)
-            word |= bitOfLanes(values[i], b, T{}) << (i * (64 / kVectors<T>));
-        bits[b] = word;
-    }
-    return any;
-}
-
 /// Returns: the lower or the upper half. The form without a mask warns with g++ 12.
 template <int Index>
 QMX_TARGET inline __m256i half(__m512i v) {
     return _mm512_maskz_extracti64x4_epi64(0xFF, v, Index);
 }
+
+/// The lanes of the two types of folded values.
+template <class T>
+struct Vec;
+
+template <>
+struct Vec<short> {
+    QMX_TARGET static __m512i positive(__m512i values) {
+        return _mm512_maskz_max_epi16(~__mmask32{0}, values, _mm512_setzero_si512());
+    }
+    QMX_TARGET static std::uint64_t bits(__m512i values, int index) {
+        return _mm512_test_epi16_mask(values, _mm512_set1_epi16(static_cast<short>(1U << index)));
+    }
+    QMX_TARGET static std::uint32_t joined(std::uint64_t lanes) {
+        lanes |= lanes >> 32;
+        return (lanes | lanes >> 16) & 0xFFFF;
+    }
+};
+
+template <>
+struct Vec<int> {
+    QMX_TARGET static __m512i positive(__m512i values) {
+        return _mm512_maskz_max_epi32(0xFFFF, values, _mm512_setzero_si512());
+    }
+    QMX_TARGET static std::uint64_t bits(__m512i values, int index) {
+        return _mm512_test_epi32_mask(values, _mm512_set1_epi32(static_cast<int>(1U << index)));
+    }
+    QMX_TARGET static std::uint32_t joined(std::uint64_t lanes) {
+        return static_cast<std::uint32_t>(lanes | lanes >> 32);
+    }
+};
+
+/// Keeps the values in registers: a bit plane is one test of all lanes.
+template <class T>
+struct Slices {
+    static constexpr int kLanes = 64 / static_cast<int>(sizeof(T));
+    static constexpr int kVectors = static_cast<int>(sizeof(T));
+
+    QMX_TARGET explicit Slices(const T* folded) {
+        __m512i all = _mm512_setzero_si512();
+        for (int i = 0; i < kVectors; ++i) {
+            values[i] = Vec<T>::positive(_mm512_loadu_si512(folded + i * kLanes));
+            all = _mm512_or_si512(all, values[i]);
+        }
+        const __m256i four = _mm256_or_si256(half<0>(all), half<1>(all));
+        const __m128i two =
+            _mm_or_si128(_mm256_castsi256_si128(four), _mm256_extracti128_si256(four, 1));
+        const __m128i one = _mm_or_si128(two, _mm_unpackhi_epi64(two, two));
+        any = Vec<T>::joined(static_cast<std::uint64_t>(_mm_cvtsi128_si64(one)));
+    }
+    QMX_TARGET std::uint64_t plane(int index) const {
+        std::uint64_t word = 0;
+        for (int i = 0; i < kVectors; ++i)
+            word |= Vec<T>::bits(values[i], index) << (i * kLanes);
+        return word;
+    }
+
+    std::uint32_t any;
+    __m512i values[std::size_t{kVectors}];
+};
 
 /// Events that are coded together.
 constexpr std::size_t kBlockEvents = 32;
