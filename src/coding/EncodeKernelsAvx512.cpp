@@ -192,24 +192,34 @@ QMX_TARGET inline CodeLanes longCodes(__m256i runs16, __m256i signs16, __mmask16
     return {codes, _mm512_maskz_add_epi32(lanes, _mm512_add_epi32(markBits, n), one)};
 }
 
-QMX_TARGET [[gnu::noinline]] void appendLongBlock(OrderSections& order, int p, const Block& block) {
-    BitBatch& batch = order.pairs[p].significance;
-    appendLanes(batch, joined32(longCodes(half<0>(block.runs), half<0>(block.signs),
-                                          static_cast<__mmask16>(block.lanes))));
+QMX_TARGET inline void makeRoom(OrderSections& order, int p, BitBatch& batch) {
+    if (!batch.isFull()) [[likely]]
+        return;
+    order.pairs[p].significance = batch;
     order.makeRoomForRuns(p);
-    appendLanes(batch, joined32(longCodes(half<1>(block.runs), half<1>(block.signs),
-                                          static_cast<__mmask16>(block.lanes >> 16))));
+    batch = order.pairs[p].significance;
 }
 
-QMX_TARGET inline void appendBlock(OrderSections& order, int p, const std::uint16_t* events,
-                                   std::size_t count) {
-    order.makeRoomForRuns(p);
+/// Returns: the batch behind the block.
+QMX_TARGET [[gnu::noinline]] BitBatch appendLongBlock(OrderSections& order, int p, BitBatch batch,
+                                                      Block block) {
+    appendLanes(batch, joined32(longCodes(half<0>(block.runs), half<0>(block.signs),
+                                          static_cast<__mmask16>(block.lanes))));
+    makeRoom(order, p, batch);
+    appendLanes(batch, joined32(longCodes(half<1>(block.runs), half<1>(block.signs),
+                                          static_cast<__mmask16>(block.lanes >> 16))));
+    return batch;
+}
+
+QMX_TARGET inline BitBatch appendBlock(OrderSections& order, int p, BitBatch batch,
+                                       const std::uint16_t* events, std::size_t count) {
+    makeRoom(order, p, batch);
     const Block block = loadBlock(events, count);
     const __m512i last = _mm512_set1_epi16(kTableRuns - 1);
-    if (_mm512_mask_cmpgt_epu16_mask(block.lanes, block.runs, last) == 0)
-        appendLanes(order.pairs[p].significance, joined32(joined16(shortCodes(block))));
-    else
-        appendLongBlock(order, p, block);
+    if (_mm512_mask_cmpgt_epu16_mask(block.lanes, block.runs, last) != 0)
+        return appendLongBlock(order, p, batch, block);
+    appendLanes(batch, joined32(joined16(shortCodes(block))));
+    return batch;
 }
 
 QMX_TARGET [[gnu::noinline]] void appendQueue(OrderSections& order, int p) {
@@ -217,10 +227,12 @@ QMX_TARGET [[gnu::noinline]] void appendQueue(OrderSections& order, int p) {
     if (queue.count == 0) return;
     SectionPair& pair = order.pairs[p];
     order.makeRoomForRuns(p);
-    appendEvent(pair.significance, queue.base + queue.events[0] / 2 - pair.coded,
-                queue.events[0] & 1U);
+    BitBatch batch = pair.significance;
+    appendEvent(batch, queue.base + queue.events[0] / 2 - pair.coded, queue.events[0] & 1U);
     for (std::size_t i = 1; i < queue.count; i += kBlockEvents)
-        appendBlock(order, p, queue.events + i, std::min(kBlockEvents, queue.count - i));
+        batch =
+            appendBlock(order, p, batch, queue.events + i, std::min(kBlockEvents, queue.count - i));
+    pair.significance = batch;
     pair.coded = queue.base + queue.events[queue.count - 1] / 2 + 1;
     pair.newCount += queue.count;
     queue.count = 0;
