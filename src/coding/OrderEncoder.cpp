@@ -13,12 +13,28 @@ OrderEncoder<T>::OrderEncoder(EncoderStreams<T>& streams, int plane, int order, 
 }
 
 template <class T>
-void OrderEncoder<T>::encodeRoom(std::size_t count) {
-    queued += count;
+void OrderEncoder<T>::encodeQueue() {
     const std::size_t whole = queued / kGroupSize * kGroupSize;
     kernels->encode(sections, queue, whole);
     std::copy_n(queue + whole, queued - whole, queue);
     queued -= whole;
+}
+
+template <class T>
+void OrderEncoder<T>::encodeRoom(std::size_t count) {
+    queued += count;
+    encodeQueue();
+}
+
+template <class T>
+void OrderEncoder<T>::encodeRow(const T* folded, std::size_t count) {
+    const std::size_t first = std::min(count, (kGroupSize - queued) % kGroupSize);
+    std::copy_n(folded, first, room());
+    encodeRoom(first);
+    const std::size_t whole = (count - first) / kGroupSize * kGroupSize;
+    kernels->encode(sections, folded + first, whole);
+    std::copy_n(folded + first + whole, count - first - whole, room());
+    queued += count - first - whole;
 }
 
 template <class T>

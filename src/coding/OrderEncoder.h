@@ -31,8 +31,12 @@ public:
     /// Encodes count folded values that stand in room. Throws: std::bad_alloc.
     void encodeRoom(std::size_t count);
 
+    /// Encodes count folded values that stand elsewhere, whole groups without a copy.
+    /// Throws: std::bad_alloc.
+    void encodeRow(const T* folded, std::size_t count);
+
     /// Encodes one coefficient of any width up to the bit planes that the tables have.
-    /// Requires: encodeRoom is not used. Throws: std::bad_alloc.
+    /// Requires: the two above are not used. Throws: std::bad_alloc.
     void encode(std::uint64_t folded) {
         if (folded >= 2) sections.encode(folded);
         ++sections.position;
@@ -43,6 +47,8 @@ public:
     void finish();
 
 private:
+    void encodeQueue();
+
     const EncodeKernels<T>* kernels;
     std::uint64_t* newCounts;
     OrderSections sections;

@@ -19,6 +19,7 @@ void PlaneEncoder<T>::encodeRow(const T* row, int index, int width) {
     const int level = rowLevel(index, levels);
     if (level < 0) return;
     const auto columns = static_cast<std::size_t>(width);
+    if (level == 0) return orders[0]->encodeRow(row, columns);
     for (std::size_t c = 0; c < columns; c += kBlockColumns)
         encodeBlock(row + c, std::min(kBlockColumns, columns - c), level);
 }
