@@ -201,7 +201,7 @@ QMX_TARGET inline void makeRoom(OrderSections& order, int p, BitBatch& batch) {
 }
 
 /// Returns: the batch behind the block.
-QMX_TARGET [[gnu::noinline]] BitBatch appendLongBlock(OrderSections& order, int p, BitBatch batch,
+[[gnu::noinline]] QMX_TARGET BitBatch appendLongBlock(OrderSections& order, int p, BitBatch batch,
                                                       Block block) {
     appendLanes(batch, joined32(longCodes(half<0>(block.runs), half<0>(block.signs),
                                           static_cast<__mmask16>(block.lanes))));
@@ -222,7 +222,7 @@ QMX_TARGET inline BitBatch appendBlock(OrderSections& order, int p, BitBatch bat
     return batch;
 }
 
-QMX_TARGET [[gnu::noinline]] void appendQueue(OrderSections& order, int p) {
+[[gnu::noinline]] QMX_TARGET void appendQueue(OrderSections& order, int p) {
     EventQueue& queue = order.queues[p];
     if (queue.count == 0) return;
     SectionPair& pair = order.pairs[p];
