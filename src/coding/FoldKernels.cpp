@@ -8,13 +8,13 @@ namespace qmx {
 namespace {
 
 template <class T>
-void foldRow(T* row, std::size_t count, FoldedUnion<T>& all) {
+void foldRow(const T* row, std::size_t count, T* folded, FoldedUnion<T>& all) {
     unsigned lost = 0;
     for (std::size_t i = 0; i < count; ++i) {
-        const T folded = fold(row[i]);
-        lost += static_cast<unsigned>(folded < 2) & static_cast<unsigned>(row[i] != 0);
-        row[i] = folded;
-        all.bits = static_cast<T>(all.bits | folded);
+        const T value = fold(row[i]);
+        lost += static_cast<unsigned>(value < 2) & static_cast<unsigned>(row[i] != 0);
+        folded[i] = value;
+        all.bits = static_cast<T>(all.bits | value);
     }
     all.lost += lost;
 }

@@ -18,8 +18,9 @@ struct FoldedUnion {
 /// What happens to rows before their coefficients are coded.
 template <class T>
 struct FoldKernels {
-    /// Folds count coefficients in place. Format: docs/format.md, 8 Folded values and top plane.
-    void (*fold)(T* row, std::size_t count, FoldedUnion<T>& all);
+    /// Folds count coefficients. folded may be row, and does not overlap it otherwise.
+    /// Format: docs/format.md, 8 Folded values and top plane.
+    void (*fold)(const T* row, std::size_t count, T* folded, FoldedUnion<T>& all);
     /// even[i] = row[2 i], odd[i] = row[2 i + 1], for i below pairs. Requires: odd does not overlap
     /// the others; even may be row.
     void (*split)(const T* row, std::size_t pairs, T* even, T* odd);

@@ -78,7 +78,7 @@ QMX_TARGET inline T unionOf(__m256i all) {
 /// Plain way: fold(x) = 2 |x| + (x < 0). With s = -1 for negative x and 0 for others, |x| is
 /// (x ^ s) - s, so that fold(x) = 2 ((x ^ s) - s) - s, in wrapping lanes.
 template <class T>
-QMX_TARGET void foldRow(T* row, std::size_t count, FoldedUnion<T>& all) {
+QMX_TARGET void foldRow(const T* row, std::size_t count, T* out, FoldedUnion<T>& all) {
     using V = Vec<T>;
     __m256i bits = _mm256_setzero_si256();
     std::size_t i = 0;
@@ -87,7 +87,7 @@ QMX_TARGET void foldRow(T* row, std::size_t count, FoldedUnion<T>& all) {
         const __m256i s = V::signs(x);
         const __m256i magnitude = V::subtract(_mm256_xor_si256(x, s), s);
         const __m256i folded = V::subtract(V::add(magnitude, magnitude), s);
-        store(row + i, folded);
+        store(out + i, folded);
         bits = _mm256_or_si256(bits, folded);
         const __m256i isZero = V::equal(x, _mm256_setzero_si256());
         const __m256i lost = _mm256_andnot_si256(isZero, V::greater(V::set(2), folded));
@@ -97,7 +97,7 @@ QMX_TARGET void foldRow(T* row, std::size_t count, FoldedUnion<T>& all) {
         }
     }
     all.bits = static_cast<T>(all.bits | unionOf<T>(bits));
-    foldKernels<T>(CpuLevel::scalar).fold(row + i, count - i, all);
+    foldKernels<T>(CpuLevel::scalar).fold(row + i, count - i, out + i, all);
 }
 
 template <class T>

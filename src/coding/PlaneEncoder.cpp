@@ -42,6 +42,28 @@ void PlaneEncoder<T>::encodeBlock(const T* block, std::size_t columns, int level
 }
 
 template <class T>
+void PlaneEncoder<T>::encodeLine(int order, const T* line, std::size_t count) {
+    OrderEncoder<T>& encoder = *orders[order];
+    for (std::size_t c = 0; c < count; c += kBlockColumns) {
+        const std::size_t columns = std::min(kBlockColumns, count - c);
+        kernels->fold(line + c, columns, encoder.room(), found);
+        encoder.encodeRoom(columns);
+    }
+}
+
+template <class T>
+void PlaneEncoder<T>::encodeOdds(int order, const T* line, std::size_t count, T* evens) {
+    OrderEncoder<T>& encoder = *orders[order];
+    for (std::size_t c = 0; c < count / 2; c += kBlockColumns) {
+        const std::size_t pairs = std::min(kBlockColumns, count / 2 - c);
+        kernels->split(line + 2 * c, pairs, evens + c, encoder.room());
+        kernels->fold(encoder.room(), pairs, encoder.room(), found);
+        encoder.encodeRoom(pairs);
+    }
+    if (count % 2 != 0) evens[count / 2] = line[count - 1];
+}
+
+template <class T>
 void PlaneEncoder<T>::finish() {
     for (int o = 0; o <= levels; ++o)
         orders[o]->finish();

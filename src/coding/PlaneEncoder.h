@@ -20,6 +20,15 @@ public:
     /// Throws: std::bad_alloc.
     void encodeRow(const T* row, int index, int width);
 
+    // The same from the lines of a sweep, that are not folded yet, each order from top to bottom.
+
+    /// Encodes count coefficients side by side. Throws: std::bad_alloc.
+    void encodeLine(int order, const T* line, std::size_t count);
+    /// Encodes those of the odd columns and gives away the even ones. Throws: std::bad_alloc.
+    void encodeOdds(int order, const T* line, std::size_t count, T* evens);
+    /// Returns: what folding found out in these.
+    const FoldedUnion<T>& getFound() const { return found; }
+
     /// Gives all coders their bits. Requires: nothing is encoded after it. Throws: std::bad_alloc.
     void finish();
 
@@ -32,6 +41,7 @@ private:
 
     const FoldKernels<T>* kernels;
     int levels;
+    FoldedUnion<T> found;
     std::optional<OrderEncoder<T>> orders[kMaxOrders];
 };
 

@@ -87,7 +87,7 @@ void CWaveletEncoder<T>::foldPlanes() {
     FoldedUnion<T> all;
     for (int p = 0; p < this->image->planes; ++p)
         for (int r = 0; r < this->image->y; ++r)
-            kernels.fold(this->image->row(p, r), width, all);
+            kernels.fold(this->image->row(p, r), width, this->image->row(p, r), all);
     this->bits = topPlaneOf(all.bits);
     lostCoefficients = all.lost;
 }

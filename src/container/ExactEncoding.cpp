@@ -17,6 +17,19 @@ namespace {
 constexpr int kAmbiguousBits = static_cast<int>(MostBitsOfShort::inFiles);
 /// The highest bit plane of coefficients whose folded form fits 16 bits.
 constexpr int kHighestShortPlane = 13;
+/// Images with fewer samples in a plane gain nothing by going row by row, and are those that most often
+/// need their planes after all.
+constexpr std::int64_t kFewestForRows = 1 << 16;
+
+template <class T, class P>
+class RowsOfJob final : public IRowSource<T> {
+public:
+    explicit RowsOfJob(const ExactJob& exactJob) : job(exactJob) {}
+    void load(CImageData<T>& rows, int slot, int r) override { loadRow<P>(rows, slot, job.row(r)); }
+
+private:
+    const ExactJob& job;
+};
 
 }  // namespace
 
@@ -26,11 +39,10 @@ CExactEncoder<T, P>::CExactEncoder(ExactJob& exactJob)
 
 template <class T, class P>
 ExactOutcome CExactEncoder<T, P>::encode() {
-    loadPixels<P>(image, job.pixels, job.strideBytes);
-    filterThinImage();
-    if (!code()) return ExactOutcome::stopped;
+    if (!codeFirst()) return ExactOutcome::stopped;
     if (encoder->getLostCoefficients() != 0) return ExactOutcome::needsMoreBits;
     if (isInDoubt() && !isRestoredAsItIs()) {
+        if (!hasPlanes && !codeFromPlanes()) return ExactOutcome::stopped;
         const ExactOutcome outcome = rescueSections();
         if (job.isStopped()) return ExactOutcome::stopped;
         if (outcome != ExactOutcome::exact) return outcome;
@@ -40,6 +52,30 @@ ExactOutcome CExactEncoder<T, P>::encode() {
         job.rescues |= kEndlessRuns;
     }
     return ExactOutcome::exact;
+}
+
+/// Returns: false when stopped.
+template <class T, class P>
+bool CExactEncoder<T, P>::codeFirst() {
+    const auto samples = std::int64_t{image.x} * image.y;
+    return samples >= kFewestForRows && levelCount(image.x, image.y) > 0 ? codeByRows()
+                                                                         : codeFromPlanes();
+}
+
+/// The memory of the planes is not touched, so that the system need not provide it.
+template <class T, class P>
+bool CExactEncoder<T, P>::codeByRows() {
+    RowsOfJob<T, P> rows(job);
+    makeEncoder();
+    return encoder->codeRows(rows) == kComplete && !job.isStopped();
+}
+
+template <class T, class P>
+bool CExactEncoder<T, P>::codeFromPlanes() {
+    hasPlanes = true;
+    loadPixels<P>(image, job.pixels, job.strideBytes);
+    filterThinImage();
+    return code();
 }
 
 /// Without a level nothing is filtered on the way here, but decoders filter lines of 4 samples and
@@ -58,11 +94,16 @@ void CExactEncoder<T, P>::filterThinImage() {
     }
 }
 
+template <class T, class P>
+void CExactEncoder<T, P>::makeEncoder() {
+    encoder.emplace(&image, &filter, false, job.memory);
+    if (job.stop != nullptr) encoder->watch(*job.stop);
+}
+
 /// Returns: false when stopped.
 template <class T, class P>
 bool CExactEncoder<T, P>::code(ClosingRuns closing) {
-    encoder.emplace(&image, &filter, false, job.memory);
-    if (job.stop != nullptr) encoder->watch(*job.stop);
+    makeEncoder();
     encoder->setClosingRuns(0, closing);
     encoder->transform();
     return encoder->codeCoefficients(0) == kComplete && !job.isStopped();

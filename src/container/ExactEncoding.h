@@ -75,7 +75,11 @@ public:
 private:
     static constexpr bool kHasShort = sizeof(T) == sizeof(short);
 
+    bool codeFirst();
+    bool codeByRows();
+    bool codeFromPlanes();
     void filterThinImage();
+    void makeEncoder();
     bool code(ClosingRuns closing = ClosingRuns::written);
     bool isAmbiguous() const;
     bool isInDoubt() const;
@@ -92,6 +96,8 @@ private:
     CImageData<T> image;
     CFilter5_3<T> filter;
     std::optional<CWaveletEncoder<T>> encoder;
+    /// The planes of the image hold the coefficients.
+    bool hasPlanes = false;
 };
 
 /// Returns: the bits per sample that job's samples need at least, more than it declares.

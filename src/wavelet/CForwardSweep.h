@@ -1,41 +1,85 @@
 #pragma once
 
-#include "wavelet/CLevelLines.h"
 #include "wavelet/LiftingKernels.h"
+#include "wavelet/LiftingSteps.h"
 
 namespace qmx {
 
 /// Transforms a plane in one pass from top to bottom, with the 5/3 filter, at all levels at once: a
-/// row enters the next level as soon as its level has filtered it in both directions, and returns into
-/// the plane when the deeper levels are done with it. So the plane is read and written once, and what
-/// is in work stays near.
+/// row enters the next level as soon as its level has filtered it in both directions. So the plane is
+/// read once, and what is in work stays near.
 ///
 /// The result is that of one level after the other: each level filters its rows, then its columns, and
 /// a step down the columns needs no more than the rows beside it.
 /// Format: docs/format.md, 6.4 Forward transform.
-template <class T>
+///
+/// Lines holds the rows that are in work and takes those that are done:
+///  - count(), rows(level), columns(level): the levels and their sizes;
+///  - filteredColumns(level): how many columns are filtered vertically, from the left;
+///  - line(level, r): row r of a level, from when it is taken until row r + 3 of the level is done;
+///  - passOn(level, r): the smooth row r is done, and its even columns are a row of the next level;
+///  - settle(level, r): a detail row is done, or a smooth row of the last level.
+/// Rows of a level are done in their order; detail rows are still read behind their end.
+template <class T, class Lines>
 class CForwardSweep {
 public:
-    /// Requires: levelLines outlives the sweep and has a plane.
-    explicit CForwardSweep(const CLevelLines<T>& levelLines)
+    /// Requires: levelLines outlives the sweep.
+    explicit CForwardSweep(Lines& levelLines)
         : lines(levelLines), kernels(activeLiftingKernels<T>()) {}
 
-    /// Takes row r of the plane. The plane is transformed after the last one. Requires: all rows, from
-    /// 0 on.
+    /// Takes row r of the plane. Everything is done after the last one. Requires: all rows, from 0 on.
     void takeRow(int r) { takeRow(0, r); }
 
 private:
-    void takeRow(int level, int r);
-    void filterColumns(int level, int smoothRow);
-    void endColumns(int level, int lastRow);
-    void passOn(int level, int smoothRow);
-    void settle(int level, int r);
+    /// Row r of the level is there, not filtered yet.
+    void takeRow(int level, int r) {
+        kernels.filterLine(lines.line(level, r), lines.columns(level));
+        const bool isEven = r % 2 == 0;
+        if (isEven && r > 0) filterColumns(level, r - 2);
+        if (r == lines.rows(level) - 1) endColumns(level, r);
+    }
 
-    const CLevelLines<T>& lines;
+    /// The rows up to the smooth one behind the next are there.
+    void filterColumns(int level, int smoothRow) {
+        const std::size_t columns = lines.filteredColumns(level);
+        T* smooth = lines.line(level, smoothRow);
+        T* detail = lines.line(level, smoothRow + 1);
+        const T* smoothAfter = lines.line(level, smoothRow + 2);
+        if (smoothRow == 0) {
+            predictLines(detail, smooth, smoothAfter, columns, 1);
+            updateEndLines(smooth, detail, columns, 1);
+        } else {
+            kernels.filterRows(smooth, detail, lines.line(level, smoothRow - 1), smoothAfter,
+                               columns);
+        }
+        endSmooth(level, smoothRow);
+        lines.settle(level, smoothRow + 1);
+    }
+
+    void endColumns(int level, int lastRow) {
+        const std::size_t columns = lines.filteredColumns(level);
+        T* last = lines.line(level, lastRow);
+        T* before = lines.line(level, lastRow - 1);
+        if (lastRow % 2 == 0) {
+            updateEndLines(last, before, columns, 1);
+            endSmooth(level, lastRow);
+        } else {
+            predictEndLines(last, before, columns, 1);
+            updateLines(before, lines.line(level, lastRow - 2), last, columns, 1);
+            endSmooth(level, lastRow - 1);
+            lines.settle(level, lastRow);
+        }
+    }
+
+    /// The smooth row has been filtered in both directions.
+    void endSmooth(int level, int smoothRow) {
+        if (level + 1 == lines.count()) return lines.settle(level, smoothRow);
+        lines.passOn(level, smoothRow);
+        takeRow(level + 1, smoothRow / 2);
+    }
+
+    Lines& lines;
     const LiftingKernels<T>& kernels;
 };
-
-extern template class CForwardSweep<short>;
-extern template class CForwardSweep<int>;
 
 }  // namespace qmx

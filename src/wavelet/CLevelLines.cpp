@@ -4,28 +4,9 @@
 #include <bit>
 #include <type_traits>
 
+#include "wavelet/LinePitch.h"
+
 namespace qmx {
-namespace {
-
-/// Lines begin at addresses of whole cache lines, an odd number of them apart: rows a power of two
-/// apart would meet in the same few sets of the cache.
-constexpr std::size_t kCacheLineBytes = 64;
-
-template <class T>
-std::size_t pitchSamples(std::size_t columns) {
-    const std::size_t cacheLines = (columns * sizeof(T) + kCacheLineBytes - 1) / kCacheLineBytes;
-    return (cacheLines | 1) * kCacheLineBytes / sizeof(T);
-}
-
-template <class T>
-T* alignToCacheLine(T* address) {
-    const auto bits = reinterpret_cast<std::uintptr_t>(address);
-    const std::size_t spareBytes = (kCacheLineBytes - bits % kCacheLineBytes) % kCacheLineBytes;
-    return address + spareBytes / sizeof(T);
-}
-
-}  // namespace
-
 template <class T>
 CLevelLines<T>::CLevelLines(const CImageData<T>& image, int levelCount,
                             std::pmr::memory_resource* memory)

@@ -1,8 +1,33 @@
 #include "wavelet/CWaveletEncoder.h"
 
 #include "wavelet/CForwardSweep.h"
+#include "wavelet/CLevelLines.h"
 
 namespace qmx {
+namespace {
+
+/// Lines of a sweep that leaves the transform in the plane: what is done goes back into the finer
+/// levels, up to the plane.
+template <class T>
+class CLinesInPlace : public CLevelLines<T> {
+public:
+    using CLevelLines<T>::CLevelLines;
+
+    void passOn(int level, int r) {
+        kernels.takeEvens(this->line(level + 1, r / 2), this->line(level, r),
+                          this->columns(level + 1));
+    }
+    void settle(int level, int r) {
+        for (; level > 0; --level, r *= 2)
+            kernels.putEvens(this->line(level - 1, 2 * r), this->line(level, r),
+                             this->columns(level));
+    }
+
+private:
+    const LiftingKernels<T>& kernels = activeLiftingKernels<T>();
+};
+
+}  // namespace
 
 template <class T>
 CWaveletEncoder<T>::CWaveletEncoder(CImageData<T>* imageData, CFilter<T>* lineFilter, bool ownsBoth,
@@ -25,10 +50,10 @@ void CWaveletEncoder<T>::transform() {
 template <class T>
 void CWaveletEncoder<T>::sweepPlanes() {
     if (this->isKilled()) return;
-    CLevelLines<T> lines(*this->image, this->levels, memory);
+    CLinesInPlace<T> lines(*this->image, this->levels, memory);
     for (int p = 0; p < this->image->planes; ++p) {
         lines.setPlane(this->image->plane[p]);
-        CForwardSweep<T> sweep(lines);
+        CForwardSweep<T, CLinesInPlace<T>> sweep(lines);
         for (int r = 0; r < this->image->y && !this->isKilled(); ++r)
             sweep.takeRow(r);
     }

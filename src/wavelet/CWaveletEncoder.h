@@ -5,6 +5,7 @@
 #include "wavelet/CWavelet.h"
 #include "wavelet/ClosingRuns.h"
 #include "wavelet/CoderStreams.h"
+#include "wavelet/IRowSource.h"
 #include "wavelet/IWaveletEncoder.h"
 
 namespace qmx {
@@ -29,14 +30,20 @@ public:
     /// The first part of writeWavelet: codes all sections, writes nothing. Requires: as writeWavelet.
     /// Returns: 0; 8 when it was suspended. Throws: std::bad_alloc.
     int codeCoefficients(int arg);
-    /// Returns: the exact length of the stream that writeStream writes. Requires: codeCoefficients
-    /// has returned 0.
+    /// The same as transform and codeCoefficients(0), in one pass over rows from elsewhere: the planes of
+    /// the image stay as they are, and need not even be there in memory. A stop has no effect.
+    /// Requires: canCodeRows(); nothing was coded before. Returns: 0; 8 when it was killed; nothing may
+    /// be coded after it then. Throws: std::bad_alloc and what source throws.
+    int codeRows(IRowSource<T>& source);
+    bool canCodeRows() const { return this->canSweep(); }
+    /// Returns: the exact length of the stream that writeStream writes. Requires: a coding
+    /// function has returned 0.
     std::uint64_t getStreamBits() const { return streamBits; }
-    /// The second part of writeWavelet; each call writes the same stream. Requires: codeCoefficients
-    /// has returned 0. Throws: what out throws.
+    /// The second part of writeWavelet; each call writes the same stream. Requires: a coding
+    /// function has returned 0. Throws: what out throws.
     void writeStream(CBitWriter& out);
 
-    // What makes a complete stream lose its image. Requires: codeCoefficients has returned 0.
+    // What makes a complete stream lose its image. Requires: a coding function has returned 0.
     // Format: docs/format.md, 15 Images that do not come back.
 
     /// Returns: sections whose length does not fit its field.
@@ -54,7 +61,8 @@ public:
     int getTopPlane() const { return this->bits; }
     /// Returns: the bits that an n section of the coarsest order may have.
     std::uint64_t getLongestSectionBits() const;
-    /// Returns: the folded values of the coarsest order, in scan order. Throws: std::bad_alloc.
+    /// Returns: the folded values of the coarsest order, in scan order. Requires: codeCoefficients has
+    /// returned 0. Throws: std::bad_alloc.
     FoldedValues getCoarsestValues(int plane) const;
     /// Codes other values in their place. Requires: as many, with magnitudes of up to
     /// kTableBitPlanes<T> bits. Throws: std::bad_alloc.

@@ -39,13 +39,18 @@ void expectFolds(std::size_t count) {
     FoldedUnion<T> all{T{1}, 5};
     FoldedUnion<T> expectedAll = all;
     for (std::size_t i = kMargin; i < kMargin + count; ++i) {
-        expected[i] = fold(row[i]);
+        expected[i] = qmx::fold(row[i]);
         expectedAll.bits = static_cast<T>(expectedAll.bits | expected[i]);
         if (expected[i] < 2 && row[i] != 0) ++expectedAll.lost;
     }
     std::vector<T> actual = row;
-    foldKernels<T>(activeCpuLevel()).fold(actual.data() + kMargin, count, all);
+    const auto fold = foldKernels<T>(activeCpuLevel()).fold;
+    fold(actual.data() + kMargin, count, actual.data() + kMargin, all);
     ASSERT_EQ(actual, expected) << count;
+    std::vector<T> elsewhere = row;
+    FoldedUnion<T> again;
+    fold(row.data() + kMargin, count, elsewhere.data() + kMargin, again);
+    ASSERT_EQ(elsewhere, expected) << count;
     ASSERT_EQ(all.bits, expectedAll.bits) << count;
     ASSERT_EQ(all.lost, expectedAll.lost) << count;
 }

@@ -1,0 +1,16 @@
+#pragma once
+
+#include "image/CImageData.h"
+
+namespace qmx {
+
+/// Gives the rows of an image one by one, for an encoder that does not need all of them at once.
+template <class T>
+class IRowSource {
+public:
+    virtual ~IRowSource() = default;
+    /// Puts row r of the image, of all planes and after the colour transform, into row `slot` of rows.
+    virtual void load(CImageData<T>& rows, int slot, int r) = 0;
+};
+
+}  // namespace qmx
