@@ -8,7 +8,7 @@ comments are those of the page.
 
     tesk_decode.py STREAM OUT [--profile file|memory]
 
-The exit status is the result of section 13.4: 0 complete, 4 cut, 128 no image (OUT is empty).
+The exit status is the result of section 13.4: 0 complete, 4 cut, 128 no image (OUT is empty then).
 """
 
 import argparse
@@ -218,44 +218,63 @@ def scan_order(header, order):
     return places
 
 
+class Coefficients:
+    """What is known of the coefficients of one (plane, order), in scan order (13.2, 13.3)."""
+
+    def __init__(self, count):
+        self.significance = [-1] * count
+        self.signs = [1] * count
+        self.magnitudes = [0] * count
+        self.left = range(count)
+
+    def read_n(self, reader, s):
+        """Reads the n section of bit plane s; those of the planes above must have been read."""
+        at = reader.run()
+        while at < len(self.left):
+            i = self.left[at]
+            self.significance[i] = s
+            self.signs[i] = reader.sign()
+            self.magnitudes[i] = 1 << s
+            at += 1 + reader.run()
+        self.left = [i for i in self.left if self.significance[i] < 0]
+
+    def refined_by(self, q):
+        """The coefficients that have a bit in the u section of bit plane q."""
+        return [i for i, s in enumerate(self.significance) if s > q]
+
+    def read_u(self, bits, payload_at, q):
+        """Reads the u section of bit plane q, when the n sections above it have been read."""
+        refined = self.refined_by(q)
+        for i, bit in zip(refined, bits.padded(payload_at, len(refined))):
+            if bit == "1":
+                self.magnitudes[i] |= 1 << q
+
+    def values(self, next_u, width):
+        """The coefficients; bit planes from next_u down have not been refined."""
+        rounded = []
+        for s, sign, m in zip(self.significance, self.signs, self.magnitudes):
+            missing = min(s - 1, next_u)
+            if missing >= 1:
+                m |= 1 << (missing - 1)
+            rounded.append(wrap(sign * m, width))
+        return rounded
+
+
 def decode_order(header, bits, found, plane, order, count):
-    """The `count` coefficients of (plane, order) in scan order (13.2, 13.3)."""
-    width = header.coefficient_bits
-    last_n = max(found.next_n(plane, order) + 1, 0)
-    next_u = found.next_u(plane, order)
+    """The `count` coefficients of (plane, order) in scan order (13.2)."""
+    coefficients = Coefficients(count)
     payloads = {
         (section.kind, section.bit_plane): section
         for section in found.sections
         if (section.plane, section.order) == (plane, order)
     }
-    significance = [-1] * count
-    signs = [1] * count
-    magnitudes = [0] * count
-
-    left = range(count)
-    for s in range(min(found.top, width - 1), last_n - 1, -1):
-        reader = RunReader(bits, payloads[N_SECTION, s])
-        at = reader.run()
-        while at < len(left):
-            i = left[at]
-            significance[i] = s
-            signs[i] = reader.sign()
-            magnitudes[i] = 1 << s
-            at += 1 + reader.run()
-        left = [i for i in left if significance[i] < 0]
-
-    for q in range(min(found.top, width) - 1, max(next_u + 1, 0) - 1, -1):
-        refined = [i for i in range(count) if significance[i] > q]
-        text = bits.padded(payloads[U_SECTION, q].payload_at, len(refined))
-        for i, bit in zip(refined, text):
-            if bit == "1":
-                magnitudes[i] |= 1 << q
-
-    for i, s in enumerate(significance):
-        missing = min(s - 1, next_u)
-        if missing >= 1:
-            magnitudes[i] |= 1 << (missing - 1)
-    return [wrap(sign * m, width) for sign, m in zip(signs, magnitudes)]
+    for p in reversed(range(header.coefficient_bits)):
+        if (N_SECTION, p) in payloads:
+            coefficients.read_n(RunReader(bits, payloads[N_SECTION, p]), p)
+    for p in reversed(range(header.coefficient_bits)):
+        if (U_SECTION, p) in payloads:
+            coefficients.read_u(bits, payloads[U_SECTION, p].payload_at, p)
+    return coefficients.values(found.next_u(plane, order), header.coefficient_bits)
 
 
 def decode_planes(header, bits, found):
@@ -351,11 +370,8 @@ def raw_bytes(header, planes):
     return b"".join(sample.to_bytes(sample_bytes, "little") for sample in samples)
 
 
-def decode(stream, profile="file"):
-    """The result (COMPLETE, CUT or NO_IMAGE) and the raw image of a stream."""
-    header = read_header(stream, profile)
-    if header is None:
-        return NO_IMAGE, b""
+def decode_image(stream, header):
+    """Decodes a stream whose header has been read."""
     bits = Bits(stream)
     found = read_sections(header, bits)
     if found.result == NO_IMAGE:
@@ -368,6 +384,12 @@ def decode(stream, profile="file"):
     if found.result == CUT:
         planes = [clamp(header, values) for values in planes]
     return found.result, raw_bytes(header, planes)
+
+
+def decode(stream, profile="file"):
+    """The result (COMPLETE, CUT or NO_IMAGE) and the raw image of a stream."""
+    header = read_header(stream, profile)
+    return decode_image(stream, header) if header else (NO_IMAGE, b"")
 
 
 def main():
