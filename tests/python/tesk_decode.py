@@ -8,7 +8,7 @@ comments are those of the page.
 
     tesk_decode.py STREAM OUT [--profile file|memory]
 
-The exit status is the result of section 13.4: 0 complete, 4 cut, 128 no image (OUT is empty then).
+The exit status is the result of section 13.4: 0 complete, 4 cut, 128 no image; OUT is then empty.
 """
 
 import argparse
