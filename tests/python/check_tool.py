@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Compares tesk_decode.py with the tool on prefixes, damaged streams and damaged headers.
+"""Compares tesk_decode.py with the tool on prefixes, damaged streams and headers, and made ones.
 
     check_tool.py TOOL
 
@@ -10,9 +10,11 @@ import random
 import subprocess
 import sys
 import tempfile
+from collections import Counter
 from pathlib import Path
 
 import tesk_decode
+from made_streams import made_stream
 
 GOLDEN = Path(__file__).resolve().parent.parent / "golden"
 SEED = 20261121
@@ -27,6 +29,7 @@ STREAMS = (
 )
 PREFIXES = 8  # of each stream, besides those that end in or next to the header
 DAMAGED = 14  # of each stream
+MADE = 300
 HEADER_LENGTHS = (0, 3, 4, 5, 7, 9, 12, 16, 17, 18)
 WORDS = {"d": "file", "dc": "memory"}
 
@@ -55,7 +58,7 @@ def with_flipped_bits(stream, dice):
 
 
 def variants(stream, dice):
-    """Yields a name and a stream for each thing that is done to a stream."""
+    """A name and a stream for each thing that is done to a stream."""
     for length in HEADER_LENGTHS:
         yield f"{length} bytes", stream[:length]
     for _ in range(PREFIXES):
@@ -65,6 +68,15 @@ def variants(stream, dice):
         yield f"damage {i}", with_flipped_bits(stream, dice)
     for offset, value in HEADER_CHANGES:
         yield f"byte {offset} = {value}", with_byte(stream, offset, value)
+
+
+def all_streams(dice):
+    for name in STREAMS:
+        for what, stream in variants((GOLDEN / name).read_bytes(), dice):
+            yield f"{name}, {what}", stream
+    for i in range(MADE):
+        stream = made_stream(dice)
+        yield f"made {i}: {stream.hex()}", stream
 
 
 def exit_status(result, word, stream):
@@ -87,20 +99,19 @@ def run(tool, word, stream, folder):
 def main():
     tool = Path(sys.argv[1]).resolve()
     dice = random.Random(SEED)
-    compared = wrong = 0
-    results = set()
+    wrong = 0
+    results = Counter()
     with tempfile.TemporaryDirectory() as folder:
-        for name in STREAMS:
-            for what, stream in variants((GOLDEN / name).read_bytes(), dice):
-                for word, profile in WORDS.items():
-                    result, image = tesk_decode.decode(stream, profile)
-                    expected = exit_status(result, word, stream), image
-                    results.add(result)
-                    compared += 1
-                    if run(tool, word, stream, Path(folder)) != expected:
-                        wrong += 1
-                        print(f"WRONG: {word} {name}, {what}: not as the tool")
-    print(f"{compared} compared, {wrong} wrong, results {sorted(results)}")
+        for name, stream in all_streams(dice):
+            for word, profile in WORDS.items():
+                result, image = tesk_decode.decode(stream, profile)
+                expected = exit_status(result, word, stream), image
+                results[result] += 1
+                if run(tool, word, stream, Path(folder)) != expected:
+                    wrong += 1
+                    print(f"WRONG: {word} {name}: not as the tool")
+    counts = ", ".join(f"{count} of result {result}" for result, count in sorted(results.items()))
+    print(f"{sum(results.values())} compared: {counts}; {wrong} wrong")
     return 0 if len(results) == 3 and wrong == 0 else 1
 
 
