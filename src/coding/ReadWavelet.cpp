@@ -57,12 +57,11 @@ void CWaveletDecoder<T>::assignRefinement(CBitReader& in, int plane, int order,
 template <class T>
 bool CWaveletDecoder<T>::readSection(CBitReader& in) {
     SectionHeader header;
-    if (!readSectionHeader(in, header, sampleCountBits(this->image->x, this->image->y)))
-        return false;
-    if (header.plane >= this->image->planes || header.order > this->levels) {
-        this->status = kInvalidSection;
-        return false;
-    }
+    const SectionBounds bounds{this->image->planes, this->levels,
+                               sampleCountBits(this->image->x, this->image->y)};
+    const NextSection next = readNextSection(in, header, bounds);
+    if (next == NextSection::foreign) this->status = kInvalidSection;
+    if (next != NextSection::present) return false;
     if (header.isRefinement) {
         assignRefinement(in, header.plane, header.order, header.lengthBits);
     } else {

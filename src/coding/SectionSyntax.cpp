@@ -11,8 +11,6 @@ constexpr int kTypeBits = 1;
 static_assert(kPlaneBits + kOrderBits + kTypeBits == kSectionTagBits);
 /// In the plane field: no section follows.
 constexpr std::uint64_t kEndMark = 3;
-/// Zero bits behind the end mark, which nobody reads.
-constexpr int kEndPaddingBits = 9;
 
 }  // namespace
 
@@ -45,6 +43,12 @@ bool readSectionHeader(CBitReader& in, SectionHeader& header, int countBits) {
     // The width may be negative here; readInt takes it modulo 64, and the order is refused later.
     header.lengthBits = in.readInt(lengthFieldBits(countBits, header.order));
     return true;
+}
+
+NextSection readNextSection(CBitReader& in, SectionHeader& header, const SectionBounds& bounds) {
+    if (!readSectionHeader(in, header, bounds.countBits)) return NextSection::endMark;
+    const bool isForeign = header.plane >= bounds.planes || header.order > bounds.levels;
+    return isForeign ? NextSection::foreign : NextSection::present;
 }
 
 void writeEndMark(CBitWriter& out) {

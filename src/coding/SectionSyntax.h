@@ -19,6 +19,8 @@ struct SectionHeader {
 
 /// Width of the fields plane, order and type together.
 inline constexpr int kSectionTagBits = 6;
+/// Zero bits behind the end mark, which nobody reads.
+inline constexpr int kEndPaddingBits = 9;
 
 /// Returns: the width of the length field of a section. Requires: sampleCountBits, the number of
 /// bits of width x height. May be negative for an order that a damaged stream names.
@@ -40,6 +42,22 @@ void writeSectionHeader(CBitWriter& out, const SectionHeader& header, int countB
 /// Reads a header. Returns: false at the end mark, with nothing but the mark consumed.
 /// Throws: what in throws.
 bool readSectionHeader(CBitReader& in, SectionHeader& header, int countBits);
+
+/// What the header of a section is checked against.
+struct SectionBounds {
+    int planes;
+    /// Level count of the image; orders run from 0 to it.
+    int levels;
+    /// Number of bits of width x height.
+    int countBits;
+};
+
+/// What stands in a stream where a section may begin; foreign: one that the image cannot have.
+enum class NextSection { present, endMark, foreign };
+
+/// Reads a header as all decoders do. Returns: what it is; header is set unless that is the end mark.
+/// Throws: what in throws.
+NextSection readNextSection(CBitReader& in, SectionHeader& header, const SectionBounds& bounds);
 
 /// Appends the end mark. Throws: what out throws.
 void writeEndMark(CBitWriter& out);

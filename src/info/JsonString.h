@@ -1,0 +1,12 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace qmx {
+
+/// Returns: text as a string of JSON, with its quotation marks. Bytes that are no UTF-8, as names of
+/// files may have, become U+FFFD.
+std::string jsonString(std::string_view text);
+
+}  // namespace qmx

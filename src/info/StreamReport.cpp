@@ -1,0 +1,57 @@
+#include "info/StreamReport.h"
+
+#include <algorithm>
+
+#include "container/SampleDispatch.h"
+#include "info/CFirstPicture.h"
+
+namespace qmx {
+namespace {
+
+/// Returns: the bytes of the file that bits behind the header take.
+std::uint64_t bytesForStreamBits(std::uint64_t streamBits) {
+    return byteOfStreamBit(streamBits + 7);
+}
+
+int coefficientBitsOf(const TKHeader& header) {
+    return dispatchSamples(
+        header, MostBitsOfShort::inFiles,
+        []<class T, class P>() { return static_cast<int>(8 * sizeof(T)); }, [] { return 0; });
+}
+
+}  // namespace
+
+StreamReport describeStream(const CStreamFile& file) {
+    StreamReport report;
+    report.header = file.getHeader();
+    report.fileBytes = file.sizeBytes();
+    report.coefficientBits = coefficientBitsOf(report.header);
+    const SectionBounds bounds = sectionBoundsOf(report.header);
+    report.levels = bounds.levels;
+
+    CBitFileReader bits = file.bits();
+    CSectionWalk walk(bits, file.dataBits(), bounds);
+    CFirstPicture firstPicture(bounds.planes, bounds.levels);
+    std::uint64_t behindSections = walk.position();
+    for (PlacedSection section; walk.next(section);) {
+        ++report.sections;
+        if (section.isEmpty()) ++report.emptySections;
+        firstPicture.add(section);
+        behindSections = section.endBit();
+    }
+    file.checkReads();
+
+    report.topPlane = walk.topPlane();
+    report.end = walk.end();
+    report.endBit = walk.position();
+    report.restBits = file.dataBits() - behindSections;
+    report.streamBytes = report.fileBytes;
+    if (report.end == StreamEnd::complete)
+        report.streamBytes =
+            std::min(report.fileBytes, bytesForStreamBits(report.endBit + kEndPaddingBits));
+    if (const std::uint64_t bit = firstPicture.endBit(); bit != 0)
+        report.firstPictureBytes = bytesForStreamBits(bit);
+    return report;
+}
+
+}  // namespace qmx

@@ -1,0 +1,88 @@
+// Reports as text.
+
+#include <cinttypes>
+
+#include "info/ReportOutput.h"
+
+namespace qmx {
+namespace {
+
+void printImage(std::FILE* out, const TKHeader& header) {
+    const char* const kinds[] = {"8-bit gray", "16-bit gray", "8-bit red, green, blue"};
+    std::fprintf(out, "  image          %d x %d pixels, %s: %d byte%s and %d bit%s per pixel\n",
+                 header.xSize, header.ySize, kinds[header.bytesPerPixel - 1], header.bytesPerPixel,
+                 header.bytesPerPixel == 1 ? "" : "s", header.bitsPerPixel,
+                 header.bitsPerPixel == 1 ? "" : "s");
+}
+
+void printSize(std::FILE* out, const StreamReport& stream) {
+    std::fprintf(out, "  size           %" PRIu64 " bytes", stream.streamBytes);
+    if (stream.samples() != 0)
+        std::fprintf(
+            out, ", %.3f bits per sample, 1 : %.2f of %" PRIu64 " raw bytes",
+            stream.bitsPerSample(),
+            static_cast<double>(stream.header.rawBytes()) / static_cast<double>(stream.streamBytes),
+            stream.header.rawBytes());
+    if (stream.trailingBytes() != 0)
+        std::fprintf(out, "; %" PRIu64 " more bytes behind its end", stream.trailingBytes());
+    std::fputc('\n', out);
+}
+
+void printState(std::FILE* out, const FileReport& report) {
+    const StreamReport& stream = report.stream;
+    std::fprintf(out, "  state          %s", nameOf(stream.end));
+    if (stream.end == StreamEnd::invalid)
+        std::fprintf(out, ": what begins at byte %" PRIu64 ", bit %d, is no section of this image",
+                     byteOfStreamBit(stream.endBit), bitInByte(stream.endBit));
+    if (report.isDecoded && stream.end != StreamEnd::invalid) std::fputs(", decodes", out);
+    std::fputc('\n', out);
+}
+
+void printTopPlane(std::FILE* out, const StreamReport& stream) {
+    if (stream.topPlane) {
+        std::fprintf(out, "  top plane      %d, in %d-bit coefficients\n", *stream.topPlane,
+                     stream.coefficientBits);
+    } else {
+        std::fputs("  top plane      missing\n", out);
+    }
+}
+
+void printFirstPicture(std::FILE* out, const StreamReport& stream) {
+    if (stream.firstPictureBytes != 0) {
+        std::fprintf(out, "  first picture  %" PRIu64 " bytes\n", stream.firstPictureBytes);
+    } else {
+        std::fputs("  first picture  none\n", out);
+    }
+}
+
+void printTable(std::FILE* out, const CStreamFile& file) {
+    std::fputs("       byte bit  plane order kind bit-plane  header    length    stored\n", out);
+    forEachSection(file, [=](const PlacedSection& section) {
+        const SectionHeader& header = section.header;
+        std::fprintf(out,
+                     " %10" PRIu64 "   %d      %d     %d    %c %9" PRId64 " %7" PRIu64 " %9" PRIu64
+                     " %9" PRIu64 "%s\n",
+                     byteOfStreamBit(section.firstBit), bitInByte(section.firstBit), header.plane,
+                     header.order, header.isRefinement ? 'u' : 'n', section.bitPlane,
+                     section.payloadBit - section.firstBit, header.lengthBits, section.storedBits,
+                     section.isCut() ? "  cut" : "");
+    });
+}
+
+}  // namespace
+
+void printText(std::FILE* out, const FileReport& report, bool listsSections) {
+    const StreamReport& stream = report.stream;
+    std::fprintf(out, "%s:\n", report.name);
+    printImage(out, stream.header);
+    printSize(out, stream);
+    printState(out, report);
+    std::fprintf(out, "  levels         %d\n", stream.levels);
+    printTopPlane(out, stream);
+    std::fprintf(out, "  sections       %" PRIu64 ", %" PRIu64 " of them empty\n", stream.sections,
+                 stream.emptySections);
+    printFirstPicture(out, stream);
+    if (listsSections) printTable(out, report.file);
+}
+
+}  // namespace qmx
