@@ -23,6 +23,13 @@ Refusal refusalOf(const FileError& error) {
         (isTemporary ? "no temporary file: " : "") + std::string(std::strerror(error.errorNumber))};
 }
 
+/// Requires: file has no header.
+Refusal refusalOf(const CStreamFile& file) {
+    const bool endsInHeader = file.getHeader().isRecognised();
+    return {InfoStatus::noStream, "not-a-stream",
+            endsInHeader ? "ends inside the header" : "not a stream of tesk"};
+}
+
 Refusal refusalOf(const TKHeader& header) {
     return {InfoStatus::noStream, "unsupported",
             std::to_string(header.bytesPerPixel) + " bytes per pixel are not supported"};
@@ -54,8 +61,7 @@ InfoStatus refuse(const char* name, const Refusal& refusal, bool asJson) {
 /// Throws: FileError, std::bad_alloc, both before anything is printed; Refusal.
 InfoStatus describeStreamFile(const char* name, const InfoArguments& arguments) {
     const CStreamFile file(name);
-    if (!file.hasHeader())
-        throw Refusal{InfoStatus::noStream, "not-a-stream", "not a stream of tesk"};
+    if (!file.hasHeader()) throw refusalOf(file);
     if (!file.getHeader().isSupported()) throw refusalOf(file.getHeader());
     FileReport report{name, file, describeStream(file), arguments.decodes};
     // The decoder has the last word, though it says what its section headers say.

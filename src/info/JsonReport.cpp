@@ -27,7 +27,7 @@ void printSizes(std::FILE* out, const StreamReport& stream) {
     printNumber(out, "stream_bytes", stream.streamBytes);
     printNumber(out, "trailing_bytes", stream.trailingBytes());
     if (stream.samples() != 0) {
-        std::fprintf(out, "  \"bits_per_sample\": %.6f,\n", stream.bitsPerSample());
+        std::fprintf(out, "  \"bits_per_sample\": %.9g,\n", stream.bitsPerSample());
     } else {
         std::fputs("  \"bits_per_sample\": null,\n", out);
     }
@@ -73,7 +73,7 @@ void printOpening(std::FILE* out, const char* name, const char* status) {
 
 void printJson(std::FILE* out, const FileReport& report) {
     printOpening(out, report.name, nameOf(report.stream.end));
-    std::fprintf(out, "  \"decoded\": %s,\n", report.isDecoded ? "true" : "false");
+    std::fprintf(out, "  \"checked\": %s,\n", report.isChecked ? "true" : "false");
     printGeometry(out, report.stream);
     printSizes(out, report.stream);
     printCoding(out, report.stream);

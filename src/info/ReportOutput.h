@@ -15,7 +15,7 @@ struct FileReport {
     const CStreamFile& file;
     StreamReport stream;
     /// The stream was decoded, and the decoder found the end that stream says.
-    bool isDecoded;
+    bool isChecked;
 };
 
 /// Prints a few aligned lines, and a table of all sections if listsSections.

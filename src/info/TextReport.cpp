@@ -17,14 +17,14 @@ void printImage(std::FILE* out, const TKHeader& header) {
 
 void printSize(std::FILE* out, const StreamReport& stream) {
     std::fprintf(out, "  size           %" PRIu64 " bytes", stream.streamBytes);
-    if (stream.samples() != 0)
+    const std::uint64_t rawBytes = stream.header.rawBytes();
+    if (rawBytes != 0)
         std::fprintf(
-            out, ", %.3f bits per sample, 1 : %.2f of %" PRIu64 " raw bytes",
-            stream.bitsPerSample(),
-            static_cast<double>(stream.header.rawBytes()) / static_cast<double>(stream.streamBytes),
-            stream.header.rawBytes());
+            out, ": %.2f %% of %" PRIu64 " raw bytes, %.3f bits per sample",
+            100.0 * static_cast<double>(stream.streamBytes) / static_cast<double>(rawBytes),
+            rawBytes, stream.bitsPerSample());
     if (stream.trailingBytes() != 0)
-        std::fprintf(out, "; %" PRIu64 " more bytes behind its end", stream.trailingBytes());
+        std::fprintf(out, "; %" PRIu64 " more behind its end", stream.trailingBytes());
     std::fputc('\n', out);
 }
 
@@ -34,7 +34,7 @@ void printState(std::FILE* out, const FileReport& report) {
     if (stream.end == StreamEnd::invalid)
         std::fprintf(out, ": what begins at byte %" PRIu64 ", bit %d, is no section of this image",
                      byteOfStreamBit(stream.endBit), bitInByte(stream.endBit));
-    if (report.isDecoded && stream.end != StreamEnd::invalid) std::fputs(", decodes", out);
+    if (report.isChecked && stream.end != StreamEnd::invalid) std::fputs(", decodes", out);
     std::fputc('\n', out);
 }
 
@@ -56,12 +56,12 @@ void printFirstPicture(std::FILE* out, const StreamReport& stream) {
 }
 
 void printTable(std::FILE* out, const CStreamFile& file) {
-    std::fputs("       byte bit  plane order kind bit-plane  header    length    stored\n", out);
+    std::fputs("       byte bit  plane order kind bit-plane  header     length     stored\n", out);
     forEachSection(file, [=](const PlacedSection& section) {
         const SectionHeader& header = section.header;
         std::fprintf(out,
-                     " %10" PRIu64 "   %d      %d     %d    %c %9" PRId64 " %7" PRIu64 " %9" PRIu64
-                     " %9" PRIu64 "%s\n",
+                     " %10" PRIu64 "   %d      %d     %d    %c %9" PRId64 " %7" PRIu64 " %10" PRIu64
+                     " %10" PRIu64 "%s\n",
                      byteOfStreamBit(section.firstBit), bitInByte(section.firstBit), header.plane,
                      header.order, header.isRefinement ? 'u' : 'n', section.bitPlane,
                      section.payloadBit - section.firstBit, header.lengthBits, section.storedBits,
