@@ -31,9 +31,20 @@ install(FILES "${PROJECT_BINARY_DIR}/tesk.pc" DESTINATION "${CMAKE_INSTALL_LIBDI
 
 # One manual page for the library; each function that is exported leads to it.
 install(FILES docs/man/libtesk.3 DESTINATION "${CMAKE_INSTALL_MANDIR}/man3")
+install(FILES docs/man/tesk.1 docs/man/tesk-info.1 DESTINATION "${CMAKE_INSTALL_MANDIR}/man1")
+install(FILES docs/man/tesk.5 DESTINATION "${CMAKE_INSTALL_MANDIR}/man5")
+install(FILES docs/format.md DESTINATION "${CMAKE_INSTALL_DOCDIR}")
 file(STRINGS cmake/tesk.map.in functions REGEX "^ +tesk_[a-z_]+;$")
 foreach(function IN LISTS functions)
   string(REGEX MATCH "tesk_[a-z_]+" name "${function}")
   file(WRITE "${PROJECT_BINARY_DIR}/man3/${name}.3" ".so man3/libtesk.3\n")
   install(FILES "${PROJECT_BINARY_DIR}/man3/${name}.3" DESTINATION "${CMAKE_INSTALL_MANDIR}/man3")
 endforeach()
+
+# Shells look for the completion of a command in the file of its name.
+foreach(command IN ITEMS tesk tesk-info)
+  install(FILES packaging/tesk.bash RENAME "${command}"
+    DESTINATION "${CMAKE_INSTALL_DATADIR}/bash-completion/completions")
+endforeach()
+install(FILES packaging/tesk-mime.xml RENAME tesk.xml
+  DESTINATION "${CMAKE_INSTALL_DATADIR}/mime/packages")
