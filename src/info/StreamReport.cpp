@@ -44,7 +44,7 @@ StreamReport describeStream(const CStreamFile& file) {
     report.topPlane = walk.topPlane();
     report.end = walk.end();
     report.endBit = walk.position();
-    report.restBits = file.dataBits() - behindSections;
+    report.restBits = file.dataBits() - std::min(file.dataBits(), behindSections);
     report.streamBytes = report.fileBytes;
     if (report.end == StreamEnd::complete)
         report.streamBytes =
