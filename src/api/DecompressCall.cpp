@@ -26,17 +26,52 @@ std::size_t outputExtent(const TKHeader& header, std::size_t strideBytes) {
     return strideBytes * (header.ySize - std::size_t{1}) + header.rawRowBytes();
 }
 
+/// Writes rows of an image to the caller's memory.
 template <class T>
-tesk_status writePixels(const DecompressRequest& request, const CImageData<T>& image,
-                        int limitBits) {
-    if (image.x == 0) return TESK_OK;  // out may then be null, which takes no offset
-    const SampleLimit<T> limit(limitBits);
-    unsigned char* row = request.out;
-    for (int r = 0; r < image.y; ++r, row += request.strideBytes) {
-        if (request.codec.isStopped()) return TESK_STOPPED;
-        convertRow(image, r, request.header.bytesPerPixel, limit, row);
+class CPixelRows final : public IRowSink<T> {
+public:
+    CPixelRows(const DecompressRequest& decompressRequest, int result)
+        : request(decompressRequest),
+          // Only a stream that ended early can leave the range of its samples by itself.
+          limit(result == kCut ? request.header.bitsPerPixel : 0) {}
+
+    bool take(const CImageData<T>& rows, int slot, int r) override {
+        if (request.codec.isStopped()) return false;
+        convertRow(rows, slot, request.header.bytesPerPixel, limit,
+                   request.out + static_cast<std::size_t>(r) * request.strideBytes);
+        return true;
     }
-    return TESK_OK;
+
+private:
+    const DecompressRequest& request;
+    SampleLimit<T> limit;
+};
+
+template <class T>
+tesk_status decompressByRows(const DecompressRequest& request, CWaveletDecoder<T>& decoder,
+                             CBitReader& reader) {
+    const int result = decoder.readSections(reader);
+    if (request.codec.isStopped()) return TESK_STOPPED;
+    if (!isUsable(result)) return TESK_INVALID_STREAM;
+    CPixelRows<T> pixels(request, result);
+    if (!decoder.restoreRows(pixels)) return TESK_STOPPED;
+    return result == kCut ? TESK_CUT : TESK_OK;
+}
+
+template <class T>
+tesk_status decompressPlanes(const DecompressRequest& request, CWaveletDecoder<T>& decoder,
+                             CBitReader& reader) {
+    CImageData<T>& image = decoder.getImage();
+    image.allocate();
+    const int result = decoder.readWavelet(reader, 0);
+    if (request.codec.isStopped()) return TESK_STOPPED;
+    if (!isUsable(result)) return TESK_INVALID_STREAM;
+    decoder.untransform();
+    CPixelRows<T> pixels(request, result);
+    // Without columns the output may be null, which takes no offset.
+    for (int r = 0; r < image.y && image.x != 0; ++r)
+        if (!pixels.take(image, r, r)) return TESK_STOPPED;
+    return result == kCut ? TESK_CUT : TESK_OK;
 }
 
 template <class T>
@@ -44,20 +79,14 @@ tesk_status decompressImage(const DecompressRequest& request, CCallMemory& memor
     const TKHeader& header = request.header;
     if (!memory.allows(CImageData<T>::storageBytes(header.xSize, header.ySize, header.planes())))
         return TESK_LIMIT_EXCEEDED;
-    CImageData<T> image(header.xSize, header.ySize, header.planes(), &memory);
+    CImageData<T> image(header.xSize, header.ySize, header.planes(), &memory, {});
     CFilter5_3<T> filter;
     CWaveletDecoder<T> decoder(&image, &filter, false, &memory);
     decoder.watch(request.codec.stopRequested);
 
     CBitReader reader(request.stream, request.streamBytes);
-    const int result = decoder.readWavelet(reader, 0);
-    if (request.codec.isStopped()) return TESK_STOPPED;
-    if (!isUsable(result)) return TESK_INVALID_STREAM;
-    decoder.untransform();
-    // Only a stream that ended early can leave the range of its samples by itself.
-    const bool isCut = result == kCut;
-    const tesk_status status = writePixels(request, image, isCut ? header.bitsPerPixel : 0);
-    return status == TESK_OK && isCut ? TESK_CUT : status;
+    return decoder.gainsByRows() ? decompressByRows(request, decoder, reader)
+                                 : decompressPlanes(request, decoder, reader);
 }
 
 }  // namespace

@@ -14,7 +14,7 @@ struct DecodeKernels {
     /// Stores the coefficients that line names into a row of width samples, which are 0 before.
     /// Requires: the sections of one colour plane and the line's order. Throws: std::bad_alloc, when
     /// a reader needs its file window; the sections are then of no more use.
-    void (*decodeLine)(OrderSections<T>& sections, T* row, const ScanLine& line, int width);
+    void (*decodeLine)(OrderWindows<T>& sections, T* row, const ScanLine& line, int width);
 };
 
 /// Returns: the kernels of a level. Requires: the processor has it.

@@ -59,7 +59,7 @@ QMX_TARGET inline std::uint64_t refine(RefinementBits& bits, const GroupState& g
 /// Passes over the bit planes in which no coefficient of a group is new. Returns: the first in which
 /// one is, -1 when there is none.
 template <class T>
-QMX_TARGET inline int skipEmptyPlanes(OrderSections<T>& s, const GroupState& group) {
+QMX_TARGET inline int skipEmptyPlanes(OrderWindows<T>& s, const GroupState& group) {
     for (int p = s.highest; p >= s.lowest; --p) {
         SectionWindow& w = s.windows[p];
         if ((bitsAt(w.news, w.taken) & group.valid) != 0) return p;
@@ -70,7 +70,7 @@ QMX_TARGET inline int skipEmptyPlanes(OrderSections<T>& s, const GroupState& gro
 
 /// Decodes a group of which all sections have come, from the top plane with a new coefficient down.
 template <class T>
-QMX_TARGET inline void decodeWhole(OrderSections<T>& s, int top, GroupState& group,
+QMX_TARGET inline void decodeWhole(OrderWindows<T>& s, int top, GroupState& group,
                                    Lanes<T>& lanes) {
     lanes.shiftIn(takeNews(s.windows[top], group));
     for (int p = top - 1; p >= 0; --p) {
@@ -84,7 +84,7 @@ QMX_TARGET inline void decodeWhole(OrderSections<T>& s, int top, GroupState& gro
 /// Rounding, as masks: the bit below the planes that are refined is set in all coefficients that were
 /// new above; what is new in the planes below has a bit set two planes further down.
 template <class T>
-QMX_TARGET void decodeCut(OrderSections<T>& s, int top, GroupState& group, Lanes<T>& lanes) {
+QMX_TARGET void decodeCut(OrderWindows<T>& s, int top, GroupState& group, Lanes<T>& lanes) {
     std::uint64_t planes[kTableBitPlanes<T>] = {};
     std::uint64_t newAbove = 0;
     for (int p = top; p >= std::min(s.lowest, s.unrefined + 1); --p) {
@@ -115,7 +115,7 @@ QMX_TARGET void storeSome(const Lanes<T>& lanes, std::uint64_t negatives, T* out
 
 /// Decodes the next group of a line, which has left coefficients left.
 template <class T>
-QMX_TARGET inline void decodeGroup(OrderSections<T>& s, T* out, int step, int left) {
+QMX_TARGET inline void decodeGroup(OrderWindows<T>& s, T* out, int step, int left) {
     const int count = std::min(left, kGroup);
     GroupState group{~std::uint64_t{0} >> (kGroup - count), count};
     const int top = skipEmptyPlanes(s, group);
@@ -136,7 +136,7 @@ QMX_TARGET inline void decodeGroup(OrderSections<T>& s, T* out, int step, int le
 }
 
 template <class T>
-QMX_TARGET void decodeLine(OrderSections<T>& s, T* row, const ScanLine& line, int width) {
+QMX_TARGET void decodeLine(OrderWindows<T>& s, T* row, const ScanLine& line, int width) {
     if (s.highest < s.lowest) return;
     T* out = row + line.firstColumn;
     for (int left = line.countFrom(line.firstColumn, width); left > 0; left -= kGroup) {

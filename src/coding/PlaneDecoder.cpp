@@ -15,10 +15,10 @@ std::size_t bitmapBytes(int order) {
 }
 
 template <class T>
-OrderSections<T> sectionsOf(DecoderStreams<T>& streams, const SectionCounters& counters, int plane,
-                            int order, int topPlane) {
+OrderWindows<T> sectionsOf(DecoderStreams<T>& streams, const SectionCounters& counters, int plane,
+                           int order, int topPlane) {
     constexpr std::int64_t kPlanes = kTableBitPlanes<T>;
-    OrderSections<T> sections{};
+    OrderWindows<T> sections{};
     sections.highest = std::min(topPlane, kTableBitPlanes<T> - 1);
     sections.lowest = static_cast<int>(
         std::clamp<std::int64_t>(counters.significance(plane, order) + 1, 0, kPlanes));
@@ -34,7 +34,7 @@ OrderSections<T> sectionsOf(DecoderStreams<T>& streams, const SectionCounters& c
 }
 
 template <class T>
-int windowCount(const OrderSections<T>& sections) {
+int windowCount(const OrderWindows<T>& sections) {
     return std::max(sections.highest - sections.lowest + 1, 0);
 }
 
@@ -61,7 +61,7 @@ PlaneDecoder<T>::PlaneDecoder(DecoderStreams<T>& streams, const SectionCounters&
     bitmaps.resize(bytes);
     unsigned char* next = bitmaps.data();
     for (int order = 0; order <= levels; ++order) {
-        OrderSections<T>& sections = orders[static_cast<std::size_t>(order)];
+        OrderWindows<T>& sections = orders[static_cast<std::size_t>(order)];
         for (int p = sections.highest; p >= sections.lowest; --p) {
             SectionWindow& window = sections.windows[p];
             window.nextNew = window.decoder->getRun();
@@ -73,16 +73,15 @@ PlaneDecoder<T>::PlaneDecoder(DecoderStreams<T>& streams, const SectionCounters&
 }
 
 template <class T>
-void PlaneDecoder<T>::decodeRow(const DecodeKernels<T>& kernels, int row, CImageData<T>& image) {
+void PlaneDecoder<T>::decodeRow(const DecodeKernels<T>& kernels, int row, T* samples, int width) {
     forEachOrder(row, levels, [&](const ScanLine& line) {
-        kernels.decodeLine(orders[static_cast<std::size_t>(line.order)], image.row(planeIndex, row),
-                           line, image.x);
+        kernels.decodeLine(orders[static_cast<std::size_t>(line.order)], samples, line, width);
     });
 }
 
 template <class T>
 void PlaneDecoder<T>::storeRuns() {
-    for (const OrderSections<T>& sections : orders)
+    for (const OrderWindows<T>& sections : orders)
         for (int p = sections.highest; p >= sections.lowest; --p)
             sections.windows[p].decoder->setRun(runOfWindow(sections.windows[p]));
 }

@@ -27,9 +27,9 @@ public:
 
     int plane() const { return planeIndex; }
 
-    /// Stores the coefficients of a row, which holds zeros, into image. Requires: rows come in
-    /// rising order. Throws: std::bad_alloc, when a reader needs its file window.
-    void decodeRow(const DecodeKernels<T>& kernels, int row, CImageData<T>& image);
+    /// Stores the coefficients of row `row` into width samples, which are 0 before. Requires: rows
+    /// come in rising order. Throws: std::bad_alloc, when a reader needs its file window.
+    void decodeRow(const DecodeKernels<T>& kernels, int row, T* samples, int width);
 
     /// Gives the decoders their current runs.
     void storeRuns();
@@ -37,7 +37,7 @@ public:
 private:
     int planeIndex;
     int levels;
-    std::pmr::vector<OrderSections<T>> orders;
+    std::pmr::vector<OrderWindows<T>> orders;
     /// Of all windows.
     std::pmr::vector<unsigned char> bitmaps;
 };

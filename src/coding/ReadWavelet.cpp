@@ -103,10 +103,16 @@ bool CWaveletDecoder<T>::decodeRows(int arg) {
     const DecodeKernels<T>& kernels = decodeKernels<T>(activeCpuLevel());
     const bool suspended = this->scanRows(arg, [&](int p, int r) {
         if (planeDecoder == nullptr || planeDecoder->plane() != p) openPlane(p);
-        planeDecoder->decodeRow(kernels, r, *this->image);
+        planeDecoder->decodeRow(kernels, r, this->image->row(p, r), this->image->x);
     });
     if (planeDecoder != nullptr) planeDecoder->storeRuns();
     return suspended;
+}
+
+template <class T>
+int CWaveletDecoder<T>::readSections(CBitReader& in) {
+    this->status = kComplete;
+    return readSections(in, 0);
 }
 
 template <class T>
@@ -128,6 +134,8 @@ void PlaneDecoderRelease<T>::operator()(PlaneDecoder<T>* decoder) const noexcept
 
 template struct PlaneDecoderRelease<short>;
 template struct PlaneDecoderRelease<int>;
+template int CWaveletDecoder<short>::readSections(CBitReader&);
+template int CWaveletDecoder<int>::readSections(CBitReader&);
 template int CWaveletDecoder<short>::readWavelet(CBitReader&, int);
 template int CWaveletDecoder<int>::readWavelet(CBitReader&, int);
 

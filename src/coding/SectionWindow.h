@@ -43,7 +43,7 @@ struct RefinementBits {
 
 /// All sections of a colour plane and order.
 template <class T>
-struct OrderSections {
+struct OrderWindows {
     /// Bit planes that have an n section, inclusive; none when highest < lowest.
     int highest;
     int lowest;

@@ -9,28 +9,43 @@
 namespace qmx {
 namespace {
 
+/// Wants rows as long as they are those of a job.
 template <class T>
-bool hasSamplesOf(const ExactJob& job, const CImageData<T>& decoded) {
-    const auto rowBytes = static_cast<std::size_t>(job.header.rawRowBytes());
-    const auto decodedRow = makeArray<unsigned char>(rowBytes, job.memory);
-    const SampleLimit<T> noLimit(0);
-    for (int r = 0; r < job.header.ySize && rowBytes != 0; ++r) {
-        convertRow(decoded, r, job.header.bytesPerPixel, noLimit, decodedRow.get());
-        if (std::memcmp(job.row(r), decodedRow.get(), rowBytes) != 0) return false;
+class CRowComparison final : public IRowSink<T> {
+public:
+    explicit CRowComparison(const ExactJob& exactJob)
+        : job(exactJob),
+          rowBytes(job.header.rawRowBytes()),
+          decodedRow(makeArray<unsigned char>(rowBytes, job.memory)) {}
+
+    bool take(const CImageData<T>& rows, int slot, int r) override {
+        if (rowBytes == 0) return true;
+        convertRow(rows, slot, job.header.bytesPerPixel, SampleLimit<T>(0), decodedRow.get());
+        return std::memcmp(job.row(r), decodedRow.get(), rowBytes) == 0;
     }
-    return true;
-}
+
+private:
+    const ExactJob& job;
+    std::size_t rowBytes;
+    MemoryArray<unsigned char> decodedRow;
+};
 
 template <class T>
 bool restoresWith(const ExactJob& job, const unsigned char* stream, std::size_t streamBytes) {
-    CImageData<T> decoded(job.header.xSize, job.header.ySize, job.header.planes(), job.memory);
+    CImageData<T> decoded(job.header.xSize, job.header.ySize, job.header.planes(), job.memory, {});
     CFilter5_3<T> filter;
     CWaveletDecoder<T> decoder(&decoded, &filter, false, job.memory);
     if (job.stop != nullptr) decoder.watch(*job.stop);
     CBitReader reader(stream, streamBytes);
+    CRowComparison<T> comparison(job);
+    if (decoder.gainsByRows())
+        return decoder.readSections(reader) == kComplete && decoder.restoreRows(comparison);
+    decoded.allocate();
     if (decoder.readWavelet(reader, 0) != kComplete) return false;
     decoder.untransform();
-    return !job.isStopped() && hasSamplesOf(job, decoded);
+    for (int r = 0; r < decoded.y; ++r)
+        if (job.isStopped() || !comparison.take(decoded, r, r)) return false;
+    return true;
 }
 
 }  // namespace

@@ -17,9 +17,6 @@ namespace {
 constexpr int kAmbiguousBits = static_cast<int>(MostBitsOfShort::inFiles);
 /// The highest bit plane of coefficients whose folded form fits 16 bits.
 constexpr int kHighestShortPlane = 13;
-/// Images with fewer samples in a plane gain nothing by going row by row, and are those that most often
-/// need their planes after all.
-constexpr std::int64_t kFewestForRows = 1 << 16;
 
 template <class T, class P>
 class RowsOfJob final : public IRowSource<T> {
@@ -35,7 +32,8 @@ private:
 
 template <class T, class P>
 CExactEncoder<T, P>::CExactEncoder(ExactJob& exactJob)
-    : job(exactJob), image(job.header.xSize, job.header.ySize, job.header.planes(), job.memory) {}
+    : job(exactJob),
+      image(job.header.xSize, job.header.ySize, job.header.planes(), job.memory, {}) {}
 
 template <class T, class P>
 ExactOutcome CExactEncoder<T, P>::encode() {
@@ -57,21 +55,19 @@ ExactOutcome CExactEncoder<T, P>::encode() {
 /// Returns: false when stopped.
 template <class T, class P>
 bool CExactEncoder<T, P>::codeFirst() {
-    const auto samples = std::int64_t{image.x} * image.y;
-    return samples >= kFewestForRows && levelCount(image.x, image.y) > 0 ? codeByRows()
-                                                                         : codeFromPlanes();
+    makeEncoder();
+    return encoder->gainsByRows() ? codeByRows() : codeFromPlanes();
 }
 
-/// The memory of the planes is not touched, so that the system need not provide it.
 template <class T, class P>
 bool CExactEncoder<T, P>::codeByRows() {
     RowsOfJob<T, P> rows(job);
-    makeEncoder();
     return encoder->codeRows(rows) == kComplete && !job.isStopped();
 }
 
 template <class T, class P>
 bool CExactEncoder<T, P>::codeFromPlanes() {
+    image.allocate();
     hasPlanes = true;
     loadPixels<P>(image, job.pixels, job.strideBytes);
     filterThinImage();

@@ -46,10 +46,22 @@ T* alignUp(T* storage) {
 }  // namespace
 
 template <class T>
-CImageData<T>::CImageData(int width, int height, int planeCount, std::pmr::memory_resource* memory)
-    : planes(planeCount), x(width), y(height), stride(paddedWidth<T>(width)) {
+CImageData<T>::CImageData(int width, int height, int planeCount,
+                          std::pmr::memory_resource* planeMemory)
+    : CImageData(width, height, planeCount, planeMemory, PlanesLater{}) {
+    allocate();
+}
+
+template <class T>
+CImageData<T>::CImageData(int width, int height, int planeCount,
+                          std::pmr::memory_resource* planeMemory, PlanesLater)
+    : memory(planeMemory), planes(planeCount), x(width), y(height), stride(paddedWidth<T>(width)) {
     static_assert(std::is_same_v<T, short> || std::is_same_v<T, int>);
     if (planes < 1 || planes > kMaxPlanes) throwBadPlaneCount();
+}
+
+template <class T>
+void CImageData<T>::allocate() {
     const std::size_t samples = planeSamples();
     const bool isDefaultMemory = memory->is_equal(*std::pmr::new_delete_resource());
     for (int p = 0; p < planes; ++p) {

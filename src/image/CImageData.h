@@ -18,12 +18,19 @@ public:
     /// Rows are padded to a multiple of this many samples.
     static constexpr int kRowAlignmentSamples = 8;
 
-    /// Planes of width x height samples, uninitialised. Requires: memory outlives the image.
+    /// Planes of width x height samples, uninitialised. Requires: planeMemory outlives the image.
     /// Throws: 5 when planeCount is not 1 to 3; std::bad_alloc.
     CImageData(int width, int height, int planeCount,
-               std::pmr::memory_resource* memory = std::pmr::new_delete_resource());
+               std::pmr::memory_resource* planeMemory = std::pmr::new_delete_resource());
+    /// The same, but the planes are null until allocate.
+    struct PlanesLater {};
+    CImageData(int width, int height, int planeCount, std::pmr::memory_resource* planeMemory,
+               PlanesLater);
     CImageData(const CImageData&) = delete;
     CImageData& operator=(const CImageData&) = delete;
+
+    /// Makes the planes, uninitialised. Requires: there are none. Throws: std::bad_alloc.
+    void allocate();
 
     /// Returns: the bytes that the planes of an image take. Requires: sides of 0 to 65535.
     static std::size_t storageBytes(int width, int height, int planeCount);
@@ -47,7 +54,7 @@ public:
 private:
     std::size_t planeSamples() const;
 
-    std::uint64_t reserved = 0;
+    std::pmr::memory_resource* memory;
     MemoryArray<T> rawPlane[kMaxPlanes];
 
 public:

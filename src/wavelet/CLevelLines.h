@@ -21,7 +21,13 @@ public:
     CLevelLines(const CImageData<T>& image, int levelCount, std::pmr::memory_resource* memory);
 
     /// Chooses the plane to work on. Requires: of the size and stride of the image.
-    void setPlane(T* firstSample) { levels[0].first = firstSample; }
+    void setPlane(T* firstSample) { setRing(firstSample, 0); }
+    /// Chooses rows of which only the last ones are there: row r at r modulo rowCount, a power of two;
+    /// 0 for all rows. Requires: of the width and stride of the image.
+    void setRing(T* firstSample, int rowCount) {
+        levels[0].first = firstSample;
+        planeRowMask = rowCount - 1;
+    }
 
     int count() const { return levelsUsed; }
     int rows(int level) const { return levels[level].rows; }
@@ -32,7 +38,8 @@ public:
     /// Returns: row r of a level. Requires: 0 <= r < rows(level).
     T* line(int level, int r) const {
         const Level& of = levels[level];
-        return of.first + static_cast<std::ptrdiff_t>(level == 0 ? r : of.slotOf(r)) * of.pitch;
+        return of.first +
+               static_cast<std::ptrdiff_t>(level == 0 ? r & planeRowMask : of.slotOf(r)) * of.pitch;
     }
 
 private:
@@ -60,6 +67,7 @@ private:
     MemoryArray<T> storage;
     Level levels[kMaxLevels];
     int levelsUsed;
+    int planeRowMask = -1;
 };
 
 extern template class CLevelLines<short>;

@@ -25,6 +25,13 @@ public:
     /// Requires: flag outlives this object.
     void watch(const std::atomic<bool>& flag) { watchedFlag = &flag; }
 
+    /// Returns: whether there are levels and the filter is the 5/3 one, so that a sweep over all levels
+    /// does what the filter would do level by level.
+    bool canSweep() const;
+    /// Returns: whether this is so, and the image large enough to gain by going row by row, without
+    /// planes. The planes of smaller ones stay in the cache, and are those that need a rescue most often.
+    bool gainsByRows() const;
+
 protected:
     /// Owns: image and filter if ownsBoth, from here on.
     CWavelet(CImageData<T>* imageData, CFilter<T>* lineFilter, bool ownsBoth);
@@ -39,10 +46,6 @@ protected:
     bool isCancelled() const {
         return watchedFlag != nullptr && watchedFlag->load(std::memory_order_relaxed);
     }
-
-    /// Returns: whether there are levels and the filter is the 5/3 one, so that a sweep over all levels
-    /// does what the filter would do level by level.
-    bool canSweep() const;
 
     LevelGeometry levelAt(int step) const { return {image->x, image->y, image->stride, step}; }
     /// Calls batch(first sample, number of columns) for groups of neighbouring columns that cover

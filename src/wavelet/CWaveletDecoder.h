@@ -2,6 +2,7 @@
 
 #include "wavelet/CWavelet.h"
 #include "wavelet/CoderStreams.h"
+#include "wavelet/IRowSink.h"
 #include "wavelet/IWaveletDecoder.h"
 #include "wavelet/SectionCounters.h"
 
@@ -33,6 +34,17 @@ public:
     void convertAndCopyToT(void* out, int bytesPerPixel, int limitBits) override;
     void stop() override { this->requestStop(); }
     void kill() override { this->requestKill(); }
+
+    // The same as readWavelet and untransform without planes, row by row: the image gives the size
+    // alone. Requires: nothing was read before.
+
+    /// Returns: the result of readWavelet(in, 0), a kill of what follows aside. Throws: std::bad_alloc.
+    int readSections(CBitReader& in);
+    /// Gives all rows to sink, from the first to the last. A stop has no effect. Requires:
+    /// canSweep(); readSections has returned a usable result, and its reader is as it was.
+    /// Returns: whether all were given; not when it was killed, or when sink wanted no more.
+    /// Throws: std::bad_alloc and what sink throws.
+    bool restoreRows(IRowSink<T>& sink);
 
 private:
     void untransformPlane(int p);

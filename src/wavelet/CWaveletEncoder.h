@@ -32,10 +32,9 @@ public:
     int codeCoefficients(int arg);
     /// The same as transform and codeCoefficients(0), in one pass over rows from elsewhere: the planes of
     /// the image stay as they are, and need not even be there in memory. A stop has no effect.
-    /// Requires: canCodeRows(); nothing was coded before. Returns: 0; 8 when it was killed; nothing may
+    /// Requires: canSweep(); nothing was coded before. Returns: 0; 8 when it was killed; nothing may
     /// be coded after it then. Throws: std::bad_alloc and what source throws.
     int codeRows(IRowSource<T>& source);
-    bool canCodeRows() const { return this->canSweep(); }
     /// Returns: the exact length of the stream that writeStream writes. Requires: a coding
     /// function has returned 0.
     std::uint64_t getStreamBits() const { return streamBits; }

@@ -78,9 +78,9 @@ TEST(CSectionWalk, ASectionWhosePayloadIsCutIsTheLastOne) {
 TEST(CSectionWalk, ADataEndBehindAPayloadOrInsideAHeaderIsNoSection) {
     // 8 + 10 + 6 bits are 3 whole bytes.
     const Bytes whole = StreamBuilder(8, 8, 6).n(2, "101010").cut();
-    for (const std::size_t more : {0U, 1U}) {
+    for (const int more : {0, 1}) {
         Bytes stream = whole;
-        stream.resize(whole.size() + more);
+        if (more != 0) stream.push_back(0);
         const Walk walk(stream);
         EXPECT_EQ(walk.end, StreamEnd::cut);
         ASSERT_EQ(walk.sections.size(), 1U);

@@ -57,7 +57,7 @@ void expectSameStreams(const test::RawImage& image) {
     CImageData<T> untouched(image.width, image.height, planes);
     untouched.clear();
     CWaveletEncoder<T> fromRows(&untouched, &filter, false);
-    ASSERT_TRUE(fromRows.canCodeRows());
+    ASSERT_TRUE(fromRows.canSweep());
     RawRows<T, P> rows(image);
     ASSERT_EQ(fromRows.codeRows(rows), kComplete);
 

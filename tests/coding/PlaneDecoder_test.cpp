@@ -67,7 +67,7 @@ TEST_P(PlaneDecoderTest, CoefficientsAndTheRunsBehindEachRowAreThoseOfTheDecoder
         PlaneDecoder<short> decoder(ahead.streams, ahead.counters, 0, kTop, 0,
                                     std::pmr::new_delete_resource());
         for (int r = 0; r < kHeight; ++r) {
-            decoder.decodeRow(decodeKernels<short>(GetParam()), r, image);
+            decoder.decodeRow(decodeKernels<short>(GetParam()), r, image.row(0, r), image.x);
             decoder.storeRuns();
             for (int c = 0; c < kWidth; ++c)
                 ASSERT_EQ(image.row(0, r)[c], decodeLiterally(literal)) << r;
