@@ -96,7 +96,7 @@ TEST_F(TeskLimits, CutCompressionOfWideSamplesKeepsEveryLimit) {
 
 TEST_F(TeskLimits, ABlockCountsTowardsTheLimit) {
     // A block so large that it is not hidden by what the coder has given back before.
-    image = test::makeImage(Content::noise, 3, 8, 200, 160);
+    image = test::makeImage(Content::noise, 3, 8, 600, 600);
     const Call toBlock = test::compressCall(codecWith(0, 0).get(), image);
     const tesk_image geometry = test::geometryOf(image);
     tesk_result result = TESK_RESULT_INIT;
