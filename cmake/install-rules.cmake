@@ -48,3 +48,9 @@ foreach(command IN ITEMS tesk tesk-info)
 endforeach()
 install(FILES packaging/tesk-mime.xml RENAME tesk.xml
   DESTINATION "${CMAKE_INSTALL_DATADIR}/mime/packages")
+# The pages for users. They keep their places beside each other, so that links between them hold.
+install(FILES README.md LICENSE CHANGELOG.md SECURITY.md DESTINATION "${CMAKE_INSTALL_DOCDIR}")
+install(FILES docs/format.md docs/embedding.md docs/limits.md docs/quirks.md
+  DESTINATION "${CMAKE_INSTALL_DOCDIR}/docs")
+install(DIRECTORY docs/images DESTINATION "${CMAKE_INSTALL_DOCDIR}/docs" FILES_MATCHING PATTERN "*.png")
+install(DIRECTORY examples DESTINATION "${CMAKE_INSTALL_DOCDIR}")

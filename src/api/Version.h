@@ -2,8 +2,8 @@
 #define TESK_VERSION_H
 
 /* The one place that holds the version; the build reads it from here. */
-#define TESK_VERSION_MAJOR 0
-#define TESK_VERSION_MINOR 2
+#define TESK_VERSION_MAJOR 1
+#define TESK_VERSION_MINOR 0
 #define TESK_VERSION_PATCH 0
 
 #endif
