@@ -15,7 +15,7 @@ constexpr char kVersion[] =
 bool areValid(const tesk_options& options) {
     const bool bothHooksOrNone = (options.allocate == nullptr) == (options.release == nullptr);
     const bool hasKnownFlags = (options.flags & ~std::uint32_t{TESK_PLAIN | TESK_UNVERIFIED}) == 0;
-    return hasKnownSize(options) && bothHooksOrNone && hasKnownFlags;
+    return isUnderstood(options) && bothHooksOrNone && hasKnownFlags;
 }
 
 }  // namespace

@@ -1,6 +1,8 @@
 #pragma once
 
+#include <algorithm>
 #include <atomic>
+#include <cstddef>
 
 #include "api/CCallMemory.h"
 #include "api/tesk.h"
@@ -20,10 +22,24 @@ struct tesk_codec {
 
 namespace qmx {
 
-/// Returns: whether a struct of the caller has all fields that this version knows.
+/// No version has a struct this long: a larger size is one that was never set.
+inline constexpr std::size_t kMostStructBytes = 4096;
+
+/// Returns: whether a struct of the caller has all fields that this version knows. Later versions may
+/// have more; what a call fills in leaves those as they are.
 template <class Struct>
 bool hasKnownSize(const Struct& given) {
-    return given.struct_bytes >= sizeof(Struct);
+    return given.struct_bytes >= sizeof(Struct) && given.struct_bytes <= kMostStructBytes;
+}
+
+/// Returns: whether a struct that a call reads has a known size and asks for nothing that this version
+/// does not know: fields of later versions must be 0, the default.
+template <class Struct>
+bool isUnderstood(const Struct& given) {
+    if (!hasKnownSize(given)) return false;
+    const auto* bytes = reinterpret_cast<const unsigned char*>(&given);
+    return std::all_of(bytes + sizeof(Struct), bytes + given.struct_bytes,
+                       [](unsigned char byte) { return byte == 0; });
 }
 
 /// Sets all fields to 0. Requires: result may be null. Returns: false when its size is unknown; it is

@@ -78,7 +78,7 @@ tesk_status compressTo(tesk_codec* codec, const tesk_image* image, const void* p
                        std::size_t strideBytes, std::size_t budgetBytes, IStreamPlace& place,
                        tesk_result* result) {
     if (!clearResult(result)) return TESK_INVALID_ARGUMENT;
-    if (codec == nullptr || image == nullptr || !hasKnownSize(*image)) return TESK_INVALID_ARGUMENT;
+    if (codec == nullptr || image == nullptr || !isUnderstood(*image)) return TESK_INVALID_ARGUMENT;
     if (budgetBytes != 0 && budgetBytes < sizeof(TKHeader)) return TESK_INVALID_ARGUMENT;
     if (codec->isStopped()) return TESK_STOPPED;
 

@@ -8,9 +8,13 @@
  * lets no exception out. A codec works for one thread at a time; codecs of different threads do not
  * touch each other. Only tesk_stop may be called from any thread at any time.
  *
- * Sizes and strides are in bytes. Structs begin with their size, which the caller sets to sizeof
- * the struct (the TESK_..._INIT values do), so that later versions can add fields at their end.
- * 16-bit samples are in the byte order of the machine, at any address.
+ * Sizes and strides are in bytes. 16-bit samples are in the byte order of the machine, at any address.
+ *
+ * Structs begin with their size, which the caller sets to sizeof the struct (the TESK_..._INIT values
+ * do), so that later versions can add fields at their end. A size below that of version 1.0 or above
+ * 4096 is TESK_INVALID_ARGUMENT. A struct of a later version is longer than this library knows: what
+ * it holds beyond must be 0 in structs that a call reads, or the answer is TESK_INVALID_ARGUMENT too,
+ * and stays as it is in structs that a call fills in.
  *
  * The stream: docs/format.md in the sources of tesk. The memory profile of that page holds here.
  */
@@ -37,7 +41,7 @@ typedef enum tesk_status {
     TESK_LIMIT_EXCEEDED = 5,     /* beyond what the caller's options allow */
     TESK_OUT_OF_MEMORY = 6,      /* the allocator has no more */
     TESK_BUFFER_TOO_SMALL = 7,   /* the caller's buffer does not hold the result */
-    TESK_INVALID_ARGUMENT = 8,   /* a null pointer, an unknown struct size, a stride below a row */
+    TESK_INVALID_ARGUMENT = 8,   /* a null pointer, an unknown struct, a stride below a row */
     TESK_NOT_RESTORABLE = 9      /* no stream restores this image; see TESK_PLAIN */
 } tesk_status;
 
