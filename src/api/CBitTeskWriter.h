@@ -19,7 +19,8 @@ public:
     ~CBitTeskWriter() override;
 
     /// With a budget of 0 and before the first bit: makes the block sizeBytes long, header included.
-    /// A size without room for the header is that of the stream alone. Else no effect.
+    /// A size without room for the header is that of the stream alone. Else no effect. The encoder
+    /// announces a size that does not count the header (Quirk 16).
     void setSize(std::uint64_t sizeBytes) override;
     /// Returns: room for sizeBytes bytes behind a copy of the header, or null.
     void* allocateBlock(std::uint64_t sizeBytes) override;

@@ -46,6 +46,7 @@ int CTeskDecompressor::decompress(void* out, unsigned long sizeBytes) {
     readCoefficients();
     if (!isUsable(status)) return status;
     if (sizeBytes < rawBytes()) return kBufferTooSmall;
+    // Quirk 17: a kill from here on leaves the image unfinished and the status as it is.
     decoder->untransform();
     // Only a stream that ended early can leave the range of its samples by itself.
     decoder->convertAndCopyToT(out, bytesPerPixel, status == kCut ? bitsPerPixel : 0);

@@ -30,7 +30,7 @@ constexpr T unfold(std::uint64_t folded) {
 }
 
 /// Returns: the highest magnitude bit that is set in the union of all folded values, 0 when there
-/// is none, 61 when the union's own sign bit is set.
+/// is none, 61 when the union's own sign bit is set (Quirk 13).
 template <class T>
 constexpr int topPlaneOf(T unionOfFolded) {
     const auto widened = static_cast<std::uint64_t>(static_cast<std::int64_t>(unionOfFolded));

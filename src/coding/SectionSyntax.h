@@ -36,7 +36,7 @@ void writeTopPlane(CBitWriter& out, int topPlane);
 /// Returns: the top plane, -1 when the stream has no bit planes. Throws: what in throws.
 int readTopPlane(CBitReader& in);
 
-/// Appends a header. Of a length that is too long for its field, the low bits are written.
+/// Appends a header. Of a length that is too long for its field, the low bits are written (Quirk 11).
 /// Throws: what out throws.
 void writeSectionHeader(CBitWriter& out, const SectionHeader& header, int countBits);
 /// Reads a header. Returns: false at the end mark, with nothing but the mark consumed.

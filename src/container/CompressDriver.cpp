@@ -48,7 +48,7 @@ bool writeCoefficients(IWaveletEncoder& encoder, CBitWriter& writer, int extra) 
     bool wasSuspended = false;
     try {
         wasSuspended = encoder.writeWavelet(writer, extra) == kSuspended;
-        if (wasSuspended) encoder.writeWavelet(writer, extra);
+        if (wasSuspended) encoder.writeWavelet(writer, extra);  // Quirk 10: with the same number
     } catch (int) {
         // The caller knows the writer's total.
     }

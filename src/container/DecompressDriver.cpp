@@ -16,7 +16,8 @@
 namespace qmx {
 namespace {
 
-/// Decodes the coefficients; a suspended call is repeated once, without the extra number.
+/// Decodes the coefficients; a suspended call is repeated once, without the extra number
+/// (Quirk 10).
 int readCoefficients(IWaveletDecoder& decoder, CBitReader& reader, unsigned coefficientBits,
                      int extra) {
     std::printf(kReadingStream, coefficientBits);

@@ -130,7 +130,7 @@ bool CExactEncoder<T, P>::isRestoredAsItIs() {
 
 template <class T, class P>
 ExactOutcome CExactEncoder<T, P>::rescueSections() {
-    // Decoders with 16 bits do not see multiples of 2^16, those with 32 see representatives.
+    // Quirk 19: decoders with 16 bits do not see multiples of 2^16, those with 32 see representatives.
     if (isAmbiguous()) return ExactOutcome::needsMoreBits;
     bool isRescued = false;
     if constexpr (kHasShort) {

@@ -5,7 +5,7 @@
 namespace qmx {
 
 /// 2-byte samples of up to this many bits have 16-bit coefficients, those of more 32-bit ones. The
-/// two profiles differ, and streams depend on it. Format: docs/format.md, 3 Header.
+/// two profiles differ, and streams depend on it (Quirk 18). Format: docs/format.md, 3 Header.
 enum class MostBitsOfShort { inFiles = 12, inMemory = 11 };
 
 /// Calls run.template operator()<T, P>() with the coefficient type T and the sample type P that a

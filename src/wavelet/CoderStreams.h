@@ -15,7 +15,7 @@ inline constexpr int kTablePlanes = 4;
 /// Colour planes of a decoder: no section of another one is accepted.
 inline constexpr int kDecoderPlanes = 3;
 /// Bit planes that the tables have room for: as many as the coefficient type has bits. A stream may
-/// name higher ones; they carry nothing. Format: docs/format.md, 8 Folded values and top plane.
+/// name higher ones; they carry nothing (Quirk 13). Format: docs/format.md, 8 Folded values and top plane.
 template <class T>
 inline constexpr int kTableBitPlanes = 8 * static_cast<int>(sizeof(T));
 

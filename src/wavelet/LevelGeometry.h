@@ -24,7 +24,7 @@ struct LevelGeometry {
     int samplesPerColumn() const { return (height - 1) / step + 1; }
 
     /// Returns: how many columns of the level are filtered vertically, counted from the left: all,
-    /// but on tall, wide levels a last column that no whole step follows is left out.
+    /// but on tall, wide levels a last column that no whole step follows is left out (Quirk 9).
     int filteredColumns() const;
 };
 

@@ -92,7 +92,7 @@ TEST_F(TeskWriter, WithABudgetASizeChangesNothing) {
     EXPECT_EQ(log.asked, Sizes{20});
 }
 
-TEST_F(TeskWriter, WithoutABudgetTheLastSizeBeforeTheFirstBitCounts) {
+TEST_F(TeskWriter, WithoutABudgetTheLastSizeBeforeTheFirstBitCounts) {  // Quirk 16
     CBitTeskWriter writer(&owner, 0, kBound, true);
     writer.setSize(100);
     writer.setSize(19);

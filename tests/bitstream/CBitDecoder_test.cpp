@@ -184,7 +184,7 @@ TEST(CBitDecoder, EndBehindAnEscapeIsTheEnd) {
     decoding.expect(1, kEnd + 1, 84, true);
 }
 
-TEST(CBitDecoder, EscapeBehindAnEscapeIsARunOfFortyOneThatIsNotCounted) {
+TEST(CBitDecoder, EscapeBehindAnEscapeIsARunOfFortyOneThatIsNotCounted) {  // Quirk 3
     Decoding decoding("E E 01");
     // Nothing was added to the symbols, so the count is 41 below the one that stands for nothing.
     decoding.expect(41, std::uint64_t{0} - 42, 82, true);

@@ -104,7 +104,7 @@ TEST(CBitLazyWriter, SizeSetAfterTheFirstBitChangesNothing) {
     EXPECT_EQ(writer.asked, std::vector<std::uint64_t>{3});
 }
 
-TEST(CBitLazyWriter, EmptyBlockKeepsTheFirstBitAndDropsTheOthersInSilence) {
+TEST(CBitLazyWriter, EmptyBlockKeepsTheFirstBitAndDropsTheOthersInSilence) {  // Quirk 1
     CBitLazyWriter writer(0, true);
     for (std::uint64_t count = 1; count <= 63; ++count) {
         EXPECT_EQ(test::thrownBy([&] { writer.writeBit(count & 1); }), 0);

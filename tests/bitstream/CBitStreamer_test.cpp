@@ -42,7 +42,7 @@ TEST(CBitStreamer, ReadersTellTheirKind) {
     expectKind(qmx::CBitFileReader(file.get()), "file", 'r', "raw");
 }
 
-TEST(CBitStreamer, CodersTellTheTypeOfTheirStreamAndClaimToWrite) {
+TEST(CBitStreamer, CodersTellTheTypeOfTheirStreamAndClaimToWrite) {  // Quirk 2
     const test::ScratchFile file;
     qmx::CBitWriter buffer(nullptr, 0);
     qmx::CBitFileReader reader(file.get());

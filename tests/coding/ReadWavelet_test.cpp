@@ -126,7 +126,7 @@ TEST(ReadWavelet, WithoutOrdersEverySampleIsZeroAndEverySectionInvalid) {
     EXPECT_EQ(work.read(StreamBuilder(1, 9, 7).n(0, "1").end()), kInvalidSection);
 }
 
-TEST(ReadWavelet, BitPlanesOutsideTheTablesCarryNothing) {
+TEST(ReadWavelet, BitPlanesOutsideTheTablesCarryNothing) {  // Quirk 13
     for (const int top : {16, 31, 61, 254}) {
         StreamBuilder stream(2, 2, top);
         for (int p = top; p > 0; --p)
@@ -167,7 +167,7 @@ TEST(ReadWavelet, ACutSignificanceSectionHasNoFurtherNewCoefficient) {
     EXPECT_EQ(work.samples(), Shorts(4, 0));
 }
 
-TEST(ReadWavelet, ASectionReaderIsNotStoppedByTheLengthOfItsSection) {
+TEST(ReadWavelet, ASectionReaderIsNotStoppedByTheLengthOfItsSection) {  // Quirk 14
     // A length of 2 bits holds a run of 0 and a sign; the next run is read from what follows.
     const Bytes stream = StreamBuilder(2, 2, 0).n(0, "1 1").cut();
     Decoding<short> alone(2, 2);

@@ -62,7 +62,7 @@ TEST(SectionSyntax, FieldsStandLowestBitFirst) {
     EXPECT_EQ(bytes[1], 5 >> 2);
 }
 
-TEST(SectionSyntax, OfATooLongLengthTheLowBitsAreWritten) {
+TEST(SectionSyntax, OfATooLongLengthTheLowBitsAreWritten) {  // Quirk 11
     Bytes bytes(8);
     CBitWriter writer(bytes.data(), bytes.size());
     writeSectionHeader(writer, {0, 1, false, 0x1234}, 9);

@@ -89,7 +89,7 @@ TEST_F(Suspension, ADecoderGoesOnBehindTheRowWhereItStopped) {
     EXPECT_EQ(samplesOf(back), coefficients);
 }
 
-TEST_F(Suspension, AResumedDecoderReportsCompleteEvenForACutStream) {
+TEST_F(Suspension, AResumedDecoderReportsCompleteEvenForACutStream) {  // Quirk 12
     CBitReader reader(complete.data() + 16, 200);
     CImageData<short> back(kSide, kSide, 1);
     CWaveletDecoder<short> decoder(&back, &filter, false);
@@ -120,7 +120,7 @@ TEST_F(Suspension, ADecoderThatIsKilledWhileSuspendedNeverCompletes) {
         EXPECT_EQ(decoder.readWavelet(reader, 0), kSuspended) << call;
 }
 
-TEST(SuspensionOfColours, LaterPlanesStartAtTheResumeRow) {
+TEST(SuspensionOfColours, LaterPlanesStartAtTheResumeRow) {  // Quirk 5
     // Rows 0 to 5 of planes 1 and 2 are never visited: the streams differ from complete ones, and
     // a decoder that pauses in the same way leaves those rows empty.
     const test::RawImage photo = test::makeImage(test::Content::photo, 3, 8, 16, 16);

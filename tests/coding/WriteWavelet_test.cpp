@@ -87,7 +87,7 @@ TEST(WriteWavelet, TheAnnouncedSizeCountsPlanesThatTheTablesLack) {
     EXPECT_EQ(work.bytes[0], 61);
 }
 
-TEST(WriteWavelet, WrappedFoldedValuesDecodeAsZeros) {
+TEST(WriteWavelet, WrappedFoldedValuesDecodeAsZeros) {  // Quirk 13
     const Encoding<short> work(2, 2, {-32768, 1, 20000, -5});
     CBitReader reader(work.bytes.data(), work.bytes.size());
     CImageData<short> back(2, 2, 1);
@@ -126,7 +126,7 @@ TEST(WriteWavelet, EverySectionIsSentInAnOrderThatDecodersAccept) {
     EXPECT_EQ(sections, 3 * 6 * (2 * top + 1));
 }
 
-TEST(WriteWavelet, ASectionTooLongForItsLengthFieldIsCounted) {
+TEST(WriteWavelet, ASectionTooLongForItsLengthFieldIsCounted) {  // Quirk 11
     const test::RawImage flat = test::makeImage(test::Content::flat, 1, 8, 100, 100);
     CImageData<short> image(100, 100, 1);
     CFilter5_3<short> filter;

@@ -47,7 +47,7 @@ TEST(StreamBudget, IsNeverNegative) {
     EXPECT_EQ(streamBudgetBytes(header, 0.17), 1U);
 }
 
-TEST(StreamBudget, OfARawSizeThatWrapsBelowZeroIsHuge) {
+TEST(StreamBudget, OfARawSizeThatWrapsBelowZeroIsHuge) {  // Quirk 6
     const TKHeader header = makeHeader(1, 8, 65535, 65535);
     EXPECT_GT(streamBudgetBytes(header, 0.0), kTwoTo63);
     EXPECT_EQ(streamBudgetBytes(makeHeader(2, 8, 46341, 46341), 1.0), 9266U - 16);

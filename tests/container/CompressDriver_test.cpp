@@ -102,7 +102,7 @@ TEST(CompressDriver, AShortRawFileIsFilledWithZerosInMemoryMode) {
     }
 }
 
-TEST(CompressDriver, ASuspendedEncoderIsCalledOnceMoreWithTheSameNumber) {
+TEST(CompressDriver, ASuspendedEncoderIsCalledOnceMoreWithTheSameNumber) {  // Quirk 10
     const auto image = makeImage(Content::photo, 3, 8, 40, 40);
     EXPECT_TRUE(sameBytes(withoutHeader(test::encode(image, ~std::uint64_t{0}, -5)),
                           runCompress<short, unsigned char>(image, 0.0, false, -5).output));

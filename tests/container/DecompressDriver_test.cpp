@@ -100,7 +100,7 @@ TEST(DecompressDriver, BothModesAgreeOnEveryPrefix) {
     }
 }
 
-TEST(DecompressDriver, TheSecondPassOfASuspendedDecoderNeverSuspends) {
+TEST(DecompressDriver, TheSecondPassOfASuspendedDecoderNeverSuspends) {  // Quirk 10
     const auto image = makeImage(Content::photo, 1, 8, 48, 48);
     const auto run = runDecompress<short, unsigned char>(test::encode(image), false, -5);
     EXPECT_EQ(run.result, 0);

@@ -65,7 +65,7 @@ TEST(SampleDispatch, ChoosesTheTypesByBytesAndBits) {
     EXPECT_EQ(typesOf(2, 255), 3216);
 }
 
-TEST(SampleDispatch, MemoryGoesOverToIntOneBitEarlier) {
+TEST(SampleDispatch, MemoryGoesOverToIntOneBitEarlier) {  // Quirk 18
     EXPECT_EQ(typesOf(2, 11, MostBitsOfShort::inMemory), 1616);
     EXPECT_EQ(typesOf(2, 12, MostBitsOfShort::inMemory), 3216);
     EXPECT_EQ(typesOf(1, 12, MostBitsOfShort::inMemory), 1608);

@@ -45,7 +45,7 @@ TYPED_TEST(Inverse, RestoresAllSmallImages) {
         }
 }
 
-TYPED_TEST(Inverse, FiltersThinImagesThoughTheyWereNotTransformed) {
+TYPED_TEST(Inverse, FiltersThinImagesThoughTheyWereNotTransformed) {  // Quirk 4
     for (int shorter = 1; shorter <= 3; ++shorter)
         for (int longer = 4; longer <= 70; ++longer) {
             ASSERT_FALSE(this->restores(shorter, longer));

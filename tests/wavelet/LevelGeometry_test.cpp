@@ -35,7 +35,7 @@ TEST(CoarsestInverseStep, IsThatOfTheLastLevel) {
     EXPECT_EQ(qmx::coarsestInverseStep(-1), 1);
 }
 
-TEST(FilteredColumns, WideTallLevelsLeaveOutALastColumnWithoutAWholeStep) {
+TEST(FilteredColumns, WideTallLevelsLeaveOutALastColumnWithoutAWholeStep) {  // Quirk 9
     EXPECT_EQ((LevelGeometry{2001, 1500, 2008, 2}.samplesPerRow()), 1001);
     EXPECT_EQ((LevelGeometry{2001, 1500, 2008, 2}.filteredColumns()), 1000);
     EXPECT_EQ((LevelGeometry{2000, 1500, 2000, 2}.filteredColumns()), 1000);
