@@ -52,5 +52,5 @@ install(FILES packaging/tesk-mime.xml RENAME tesk.xml
 install(FILES README.md LICENSE CHANGELOG.md SECURITY.md DESTINATION "${CMAKE_INSTALL_DOCDIR}")
 install(FILES docs/format.md docs/embedding.md docs/limits.md docs/quirks.md
   DESTINATION "${CMAKE_INSTALL_DOCDIR}/docs")
-install(DIRECTORY docs/images DESTINATION "${CMAKE_INSTALL_DOCDIR}/docs" FILES_MATCHING PATTERN "*.png")
+install(DIRECTORY docs/images DESTINATION "${CMAKE_INSTALL_DOCDIR}/docs")
 install(DIRECTORY examples DESTINATION "${CMAKE_INSTALL_DOCDIR}")
