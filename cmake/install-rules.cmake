@@ -14,6 +14,13 @@ write_basic_package_version_file(teskConfigVersion.cmake COMPATIBILITY SameMajor
 install(FILES "${PROJECT_BINARY_DIR}/teskConfig.cmake" "${PROJECT_BINARY_DIR}/teskConfigVersion.cmake"
   DESTINATION "${package_folder}")
 
+# The pages for users. They keep their places beside each other, so that links between them hold.
+install(FILES README.md LICENSE CHANGELOG.md SECURITY.md DESTINATION "${CMAKE_INSTALL_DOCDIR}")
+install(FILES docs/format.md docs/embedding.md docs/limits.md docs/quirks.md
+  DESTINATION "${CMAKE_INSTALL_DOCDIR}/docs")
+install(DIRECTORY docs/images DESTINATION "${CMAKE_INSTALL_DOCDIR}/docs")
+install(DIRECTORY examples DESTINATION "${CMAKE_INSTALL_DOCDIR}")
+
 # pkg-config finds the prefix from where tesk.pc stands, so the installed tree may be moved. Folders
 # that were given as absolute paths stay where they are.
 if(IS_ABSOLUTE "${CMAKE_INSTALL_LIBDIR}")
@@ -48,9 +55,3 @@ foreach(command IN ITEMS tesk tesk-info)
 endforeach()
 install(FILES packaging/tesk-mime.xml RENAME tesk.xml
   DESTINATION "${CMAKE_INSTALL_DATADIR}/mime/packages")
-# The pages for users. They keep their places beside each other, so that links between them hold.
-install(FILES README.md LICENSE CHANGELOG.md SECURITY.md DESTINATION "${CMAKE_INSTALL_DOCDIR}")
-install(FILES docs/format.md docs/embedding.md docs/limits.md docs/quirks.md
-  DESTINATION "${CMAKE_INSTALL_DOCDIR}/docs")
-install(DIRECTORY docs/images DESTINATION "${CMAKE_INSTALL_DOCDIR}/docs")
-install(DIRECTORY examples DESTINATION "${CMAKE_INSTALL_DOCDIR}")
