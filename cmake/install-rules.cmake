@@ -40,7 +40,6 @@ install(FILES "${PROJECT_BINARY_DIR}/tesk.pc" DESTINATION "${CMAKE_INSTALL_LIBDI
 install(FILES docs/man/libtesk.3 DESTINATION "${CMAKE_INSTALL_MANDIR}/man3")
 install(FILES docs/man/tesk.1 docs/man/tesk-info.1 DESTINATION "${CMAKE_INSTALL_MANDIR}/man1")
 install(FILES docs/man/tesk.5 DESTINATION "${CMAKE_INSTALL_MANDIR}/man5")
-install(FILES docs/format.md DESTINATION "${CMAKE_INSTALL_DOCDIR}")
 file(STRINGS cmake/tesk.map.in functions REGEX "^ +tesk_[a-z_]+;$")
 foreach(function IN LISTS functions)
   string(REGEX MATCH "tesk_[a-z_]+" name "${function}")
