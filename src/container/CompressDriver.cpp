@@ -2,13 +2,16 @@
 
 #include <algorithm>
 #include <memory>
+#include <optional>
 
 #include "bitstream/CBitFileWriter.h"
 #include "bitstream/Status.h"
+#include "bitstream/Throwing.h"
 #include "container/Budget.h"
 #include "container/ColourTransform.h"
 #include "container/DriverMessages.h"
 #include "container/FileIo.h"
+#include "container/RawPixels.h"
 #include "image/Interleave.h"
 #include "wavelet/CFilter5_3.h"
 #include "wavelet/CWaveletEncoder.h"
@@ -89,6 +92,64 @@ LossReport writeBudgeted(CWaveletEncoder<T>& encoder, const TKHeader& header, st
     return rate == 0.0 ? findLoss(encoder, header, fate) : LossReport{};
 }
 
+/// Rows of a raw file as they come.
+template <class T, class P>
+class CRawFileRows final : public IRowSource<T> {
+public:
+    CRawFileRows(const TKHeader& header, std::FILE* rawFile)
+        : rowBytes(header.rawRowBytes()),
+          row(std::make_unique_for_overwrite<unsigned char[]>(rowBytes)),
+          file(rawFile) {}
+
+    void load(CImageData<T>& rows, int slot, int) override {
+        if (std::fread(row.get(), 1, rowBytes, file) < rowBytes) throwEndOfStream();
+        loadRow<P>(rows, slot, row.get());
+    }
+
+private:
+    std::size_t rowBytes;
+    std::unique_ptr<unsigned char[]> row;
+    std::FILE* file;
+};
+
+/// Reads an image once more, to compare it with what its stream restores. Returns: what that loses.
+template <class T, class P>
+LossReport compareAgain(CImageData<T>& image, CFilter<T>& filter, const TKHeader& header,
+                        std::FILE* in, std::int64_t place) {
+    returnTo(in, place);
+    image.template rawReadT<P>(in);
+    transformColours(image);
+    CWaveletEncoder<T> encoder(&image, &filter, false);
+    encoder.transform();
+    encoder.codeCoefficients(0);
+    return findLoss(encoder, header, {});
+}
+
+void announceTransforms(const TKHeader& header) {
+    if (header.bytesPerPixel == 3) std::puts(kForwardColour);
+    std::puts(kTransforming);
+}
+
+/// From file to file without planes. The same as the long way, with the same lines in their order.
+/// Returns: what the stream loses, unless it has to be compared.
+template <class T, class P>
+std::optional<LossReport> compressByRows(CWaveletEncoder<T>& encoder, const TKHeader& header,
+                                         std::FILE* in, std::FILE* out) {
+    std::printf(kReadingRaw, kSampleBits<T>);
+    CRawFileRows<T, P> rows(header, in);
+    encoder.codeRows(rows);
+    announceTransforms(header);
+    std::puts(kWriting);
+    try {
+        CBitFileWriter writer(out);
+        encoder.writeStream(writer);
+    } catch (int) {
+        // As in writeCoefficients.
+    }
+    if (hasDoubts(encoder, header)) return std::nullopt;
+    return findLoss(encoder, header, {});
+}
+
 }  // namespace
 
 template <class T, class P>
@@ -96,20 +157,24 @@ int compress(TKHeader header, std::FILE* in, std::FILE* out, double rate, bool u
              LossReport* loss) {
     FilePtr rawFile(in);
     FilePtr streamFile(out);
+    // Without memory for its planes an image is refused, also where they are never touched.
     CImageData<T> image(header.xSize, header.ySize, header.planes());
     CFilter5_3<T> filter;
     CWaveletEncoder<T> encoder(&image, &filter, false);
-
-    readRaw<T, P>(image, std::move(rawFile), upper);
-    if (header.bytesPerPixel == 3) {
-        std::puts(kForwardColour);
+    LossReport report;
+    const std::int64_t place = placeToReturn(in);
+    if (!upper && extra == 0 && place >= 0 && encoder.gainsByRows()) {
+        const auto found = compressByRows<T, P>(encoder, header, in, out);
+        report = found ? *found : compareAgain<T, P>(image, filter, header, in, place);
+    } else {
+        readRaw<T, P>(image, std::move(rawFile), upper);
         transformColours(image);
+        announceTransforms(header);
+        encoder.transform();
+        std::puts(kWriting);
+        report = upper ? writeBudgeted(encoder, header, out, rate, extra)
+                       : writeComplete(encoder, header, out, extra);
     }
-    std::puts(kTransforming);
-    encoder.transform();
-    std::puts(kWriting);
-    const LossReport report = upper ? writeBudgeted(encoder, header, streamFile.get(), rate, extra)
-                                    : writeComplete(encoder, header, streamFile.get(), extra);
     closeOutput(std::move(streamFile));
     if (loss != nullptr) *loss = report;
     return 0;

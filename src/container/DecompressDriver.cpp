@@ -25,6 +25,68 @@ int readCoefficients(IWaveletDecoder& decoder, CBitReader& reader, unsigned coef
     return result == kSuspended ? decoder.readWavelet(reader, 0) : result;
 }
 
+/// Writes rows of an image to a file as they come, and samples within limits.
+template <class T>
+class CRawFileRows final : public IRowSink<T> {
+public:
+    CRawFileRows(const TKHeader& header, const SampleLimit<T>& sampleLimit, std::FILE* rawFile)
+        : limit(sampleLimit),
+          bytesPerPixel(header.bytesPerPixel),
+          rowBytes(header.rawRowBytes()),
+          row(std::make_unique_for_overwrite<unsigned char[]>(rowBytes)),
+          file(rawFile) {}
+
+    bool take(const CImageData<T>& rows, int slot, int) override {
+        convertRow(rows, slot, bytesPerPixel, limit, row.get());
+        if (std::fwrite(row.get(), 1, rowBytes, file) != rowBytes) throwEndOfStream();
+        return true;
+    }
+
+private:
+    SampleLimit<T> limit;
+    int bytesPerPixel;
+    std::size_t rowBytes;
+    std::unique_ptr<unsigned char[]> row;
+    std::FILE* file;
+};
+
+// Only a stream that ended early can leave the range of its samples by itself.
+template <class T>
+SampleLimit<T> limitOf(int result, const TKHeader& header) {
+    return SampleLimit<T>(result == kCut ? header.bitsPerPixel : 0);
+}
+
+void checkInput(std::FILE* in) {
+    if (std::ferror(in) != 0) throw FileError{FileRole::input, EIO};
+}
+
+int refuse(int result) {
+    std::printf(kDecompressionError, result);
+    return 1;
+}
+
+void announceTransforms(const TKHeader& header) {
+    std::puts(kTransforming);
+    if (header.bytesPerPixel == 3) std::puts(kInverseColour);
+}
+
+/// From file to file without planes. The same as the long way, with the same lines in their order.
+template <class T>
+int decompressByRows(CWaveletDecoder<T>& decoder, const TKHeader& header, std::FILE* in,
+                     std::FILE* out) {
+    CBitFileReader reader(in);
+    std::printf(kReadingStream, kSampleBits<T>);
+    const int result = decoder.readSections(reader);
+    checkInput(in);
+    if (!isUsable(result)) return refuse(result);
+    announceTransforms(header);
+    std::puts(kWriting);
+    CRawFileRows<T> rows(header, limitOf<T>(result, header), out);
+    decoder.restoreRows(rows);
+    checkInput(in);
+    return 0;
+}
+
 template <class T>
 int readStream(CWaveletDecoder<T>& decoder, FilePtr in, bool upper, int extra) {
     if (upper) {
@@ -35,7 +97,7 @@ int readStream(CWaveletDecoder<T>& decoder, FilePtr in, bool upper, int extra) {
     }
     CBitFileReader reader(in.get());
     const int result = readCoefficients(decoder, reader, kSampleBits<T>, extra);
-    if (std::ferror(in.get()) != 0) throw FileError{FileRole::input, EIO};
+    checkInput(in.get());
     return result;
 }
 
@@ -72,23 +134,22 @@ int decompress(TKHeader header, std::FILE* in, std::FILE* out, bool upper, int e
     FilePtr streamFile(in);
     FilePtr rawFile(out);
     streamFile = makeSeekable(std::move(streamFile), &header, sizeof header);
+    // Without memory for its planes an image is refused, also where they are never touched.
     CImageData<T> image(header.xSize, header.ySize, header.planes());
     CFilter5_3<T> filter;
     CWaveletDecoder<T> decoder(&image, &filter, false);
+    if (!upper && extra == 0 && decoder.gainsByRows()) {
+        const int status = decompressByRows(decoder, header, streamFile.get(), rawFile.get());
+        if (status == 0) closeOutput(std::move(rawFile));
+        return status;
+    }
 
     const int result = readStream(decoder, std::move(streamFile), upper, extra);
-    if (!isUsable(result)) {
-        std::printf(kDecompressionError, result);
-        return 1;
-    }
-    std::puts(kTransforming);
+    if (!isUsable(result)) return refuse(result);
+    announceTransforms(header);
     decoder.untransform();
-    if (header.bytesPerPixel == 3) {
-        std::puts(kInverseColour);
-        untransformColours(image);
-    }
-    // Only a stream that ended early can leave the range of its samples by itself.
-    const SampleLimit<T> limit(result == kCut ? header.bitsPerPixel : 0);
+    untransformColours(image);
+    const SampleLimit<T> limit = limitOf<T>(result, header);
     if (upper) {
         writeStaged<T, P>(image, limit, rawFile.get());
     } else {

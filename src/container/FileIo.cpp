@@ -61,6 +61,17 @@ FileBytes readRest(std::FILE* file) {
     }
 }
 
+std::int64_t placeToReturn(std::FILE* file) {
+    struct stat state {};
+    const bool isRegular = fstat(fileno(file), &state) == 0 && S_ISREG(state.st_mode);
+    return isRegular && canSeek(file) ? std::int64_t{ftello(file)} : -1;
+}
+
+void returnTo(std::FILE* file, std::int64_t place) {
+    if (fseeko(file, static_cast<off_t>(place), SEEK_SET) != 0)
+        throw FileError{FileRole::input, errno};
+}
+
 FilePtr makeSeekable(FilePtr file, const void* prefix, std::size_t prefixBytes) {
     if (canSeek(file.get())) return file;
     FilePtr spool(std::tmpfile());

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <cstdio>
 #include <memory>
 
@@ -28,6 +29,11 @@ void writeAll(std::FILE* file, FileRole role, const void* bytes, std::size_t siz
 /// Reads up to sizeBytes bytes of the input. Returns: how many came before its end. Throws:
 /// FileError for any other reason to stop.
 std::size_t readUpTo(std::FILE* file, void* bytes, std::size_t sizeBytes);
+
+/// Returns: where a file stands that can be read again from there, -1 for others.
+std::int64_t placeToReturn(std::FILE* file);
+/// Requires: place came from placeToReturn. Throws: FileError about the input.
+void returnTo(std::FILE* file, std::int64_t place);
 
 /// Bytes of a file in memory.
 struct FileBytes {

@@ -147,6 +147,11 @@ std::string describeLoss(const LossReport& report) {
 }
 
 template <class T>
+bool hasDoubts(const CWaveletEncoder<T>& encoder, const TKHeader& header) {
+    return !isCertain(suspectLoss(encoder, header, false, false));
+}
+
+template <class T>
 LossReport findLoss(CWaveletEncoder<T>& encoder, const TKHeader& header, const StreamFate& fate) {
     LossReport report;
     report.completeBytes = sizeof header + (encoder.getStreamBits() + 7) / 8;
@@ -164,6 +169,8 @@ LossReport findLoss(CWaveletEncoder<T>& encoder, const TKHeader& header, const S
     return report;
 }
 
+template bool hasDoubts<short>(const CWaveletEncoder<short>&, const TKHeader&);
+template bool hasDoubts<int>(const CWaveletEncoder<int>&, const TKHeader&);
 template LossReport findLoss<short>(CWaveletEncoder<short>&, const TKHeader&, const StreamFate&);
 template LossReport findLoss<int>(CWaveletEncoder<int>&, const TKHeader&, const StreamFate&);
 

@@ -49,16 +49,24 @@ struct StreamFate {
     bool wasSuspended = false;
 };
 
+/// Returns: whether findLoss will compare, for which it needs the encoder's planes. Requires: a coding
+/// function of encoder has returned 0.
+template <class T>
+bool hasDoubts(const CWaveletEncoder<T>& encoder, const TKHeader& header);
+
 /// Finds out whether the stream that encoder has written restores its image. In most cases the
 /// encoder knows; where it has to doubt, the stream is decoded and compared.
 ///
 ///  - fate.stream: null for a complete stream that is no longer in memory; it is then made again.
 ///
-/// Requires: encoder's codeCoefficients has returned 0. Its planes hold nothing of use afterwards.
+/// Requires: encoder's codeCoefficients has returned 0, or its codeRows, and it has no doubts about a
+/// complete stream. Its planes hold nothing of use afterwards.
 /// Throws: std::bad_alloc, for images that have to be compared.
 template <class T>
 LossReport findLoss(CWaveletEncoder<T>& encoder, const TKHeader& header, const StreamFate& fate);
 
+extern template bool hasDoubts<short>(const CWaveletEncoder<short>&, const TKHeader&);
+extern template bool hasDoubts<int>(const CWaveletEncoder<int>&, const TKHeader&);
 extern template LossReport findLoss<short>(CWaveletEncoder<short>&, const TKHeader&,
                                            const StreamFate&);
 extern template LossReport findLoss<int>(CWaveletEncoder<int>&, const TKHeader&, const StreamFate&);

@@ -66,8 +66,8 @@ void expectSameRows(test::Content content, int width, int height) {
         const auto image = test::makeImage(content, bytes, bits, width, height);
         Bytes stream = test::encode(image);
         const auto expectSame = [&] {
-            return bits > 11 ? expectSameRows<int>(image, stream)
-                             : expectSameRows<short>(image, stream);
+            return image.bitsPerPixel > 11 ? expectSameRows<int>(image, stream)
+                                           : expectSameRows<short>(image, stream);
         };
         expectSame();
         stream[sizeof(TKHeader) + stream.size() / 3 % (stream.size() - sizeof(TKHeader))] ^= 0x10;
