@@ -9,13 +9,15 @@ namespace {
 
 template <class T>
 void foldRow(const T* row, std::size_t count, T* folded, FoldedUnion<T>& all) {
+    T bits = 0;  // a local one: all might stand in folded, for all that the compiler knows
     unsigned lost = 0;
     for (std::size_t i = 0; i < count; ++i) {
         const T value = fold(row[i]);
         lost += static_cast<unsigned>(value < 2) & static_cast<unsigned>(row[i] != 0);
         folded[i] = value;
-        all.bits = static_cast<T>(all.bits | value);
+        bits = static_cast<T>(bits | value);
     }
+    all.bits = static_cast<T>(all.bits | bits);
     all.lost += lost;
 }
 

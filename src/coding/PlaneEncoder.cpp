@@ -56,8 +56,9 @@ void PlaneEncoder<T>::encodeOdds(int order, const T* line, std::size_t count, T*
     OrderEncoder<T>& encoder = *orders[order];
     for (std::size_t c = 0; c < count / 2; c += kBlockColumns) {
         const std::size_t pairs = std::min(kBlockColumns, count / 2 - c);
-        kernels->split(line + 2 * c, pairs, evens + c, encoder.room());
-        kernels->fold(encoder.room(), pairs, encoder.room(), found);
+        T odds[kBlockColumns];
+        kernels->split(line + 2 * c, pairs, evens + c, odds);
+        kernels->fold(odds, pairs, encoder.room(), found);
         encoder.encodeRoom(pairs);
     }
     if (count % 2 != 0) evens[count / 2] = line[count - 1];
