@@ -94,9 +94,9 @@ LossReport writeBudgeted(CWaveletEncoder<T>& encoder, const TKHeader& header, st
 
 /// Rows of a raw file as they come.
 template <class T, class P>
-class CRawFileRows final : public IRowSource<T> {
+class CRawFileSource final : public IRowSource<T> {
 public:
-    CRawFileRows(const TKHeader& header, std::FILE* rawFile)
+    CRawFileSource(const TKHeader& header, std::FILE* rawFile)
         : rowBytes(header.rawRowBytes()),
           row(std::make_unique_for_overwrite<unsigned char[]>(rowBytes)),
           file(rawFile) {}
@@ -136,7 +136,7 @@ template <class T, class P>
 std::optional<LossReport> compressByRows(CWaveletEncoder<T>& encoder, const TKHeader& header,
                                          std::FILE* in, std::FILE* out) {
     std::printf(kReadingRaw, kSampleBits<T>);
-    CRawFileRows<T, P> rows(header, in);
+    CRawFileSource<T, P> rows(header, in);
     encoder.codeRows(rows);
     announceTransforms(header);
     std::puts(kWriting);

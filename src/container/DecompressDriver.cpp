@@ -27,9 +27,9 @@ int readCoefficients(IWaveletDecoder& decoder, CBitReader& reader, unsigned coef
 
 /// Writes rows of an image to a file as they come, and samples within limits.
 template <class T>
-class CRawFileRows final : public IRowSink<T> {
+class CRawFileSink final : public IRowSink<T> {
 public:
-    CRawFileRows(const TKHeader& header, const SampleLimit<T>& sampleLimit, std::FILE* rawFile)
+    CRawFileSink(const TKHeader& header, const SampleLimit<T>& sampleLimit, std::FILE* rawFile)
         : limit(sampleLimit),
           bytesPerPixel(header.bytesPerPixel),
           rowBytes(header.rawRowBytes()),
@@ -81,7 +81,7 @@ int decompressByRows(CWaveletDecoder<T>& decoder, const TKHeader& header, std::F
     if (!isUsable(result)) return refuse(result);
     announceTransforms(header);
     std::puts(kWriting);
-    CRawFileRows<T> rows(header, limitOf<T>(result, header), out);
+    CRawFileSink<T> rows(header, limitOf<T>(result, header), out);
     decoder.restoreRows(rows);
     checkInput(in);
     return 0;

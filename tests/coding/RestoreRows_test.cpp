@@ -103,33 +103,32 @@ TEST_P(RestoreRows, GivesTheRowsOfThePlanesForWideAndTallImages) {
         expectSameRows(test::Content::photo, width, height);
 }
 
-TEST_P(RestoreRows, EndsWhenNoMoreIsWanted) {
-    const auto image = test::makeImage(test::Content::photo, 1, 8, 128, 128);
-    const Bytes stream = test::encode(image);
+/// A decoder that has read the sections of a photograph of 128 x 128.
+struct ReadyDecoder {
+    ReadyDecoder() { EXPECT_EQ(decoder.readSections(reader), kComplete); }
+
+    Bytes stream = test::encode(test::makeImage(test::Content::photo, 1, 8, 128, 128));
     CFilter5_3<short> filter;
-    CImageData<short> none(128, 128, 1, std::pmr::new_delete_resource(), {});
-    CWaveletDecoder<short> decoder(&none, &filter, false);
-    CBitReader reader(stream.data() + sizeof(TKHeader), stream.size() - sizeof(TKHeader));
-    ASSERT_EQ(decoder.readSections(reader), kComplete);
-    CImageData<short> any(128, 128, 1);
-    any.clear();
-    ExpectedRows<short> rows(any);
+    CImageData<short> none{128, 128, 1, std::pmr::new_delete_resource(), {}};
+    CWaveletDecoder<short> decoder{&none, &filter, false};
+    CBitReader reader{stream.data() + sizeof(TKHeader), stream.size() - sizeof(TKHeader)};
+    CImageData<short> any{128, 128, 1};
+};
+
+TEST_P(RestoreRows, EndsWhenNoMoreIsWanted) {
+    ReadyDecoder ready;
+    ready.any.clear();
+    ExpectedRows<short> rows(ready.any);
     rows.enough = 17;
-    EXPECT_FALSE(decoder.restoreRows(rows));
+    EXPECT_FALSE(ready.decoder.restoreRows(rows));
     EXPECT_EQ(rows.taken, 17);
 }
 
 TEST_P(RestoreRows, GivesNoRowsWhenKilled) {
-    const auto image = test::makeImage(test::Content::photo, 1, 8, 128, 128);
-    const Bytes stream = test::encode(image);
-    CFilter5_3<short> filter;
-    CImageData<short> none(128, 128, 1, std::pmr::new_delete_resource(), {});
-    CWaveletDecoder<short> decoder(&none, &filter, false);
-    CBitReader reader(stream.data() + sizeof(TKHeader), stream.size() - sizeof(TKHeader));
-    ASSERT_EQ(decoder.readSections(reader), kComplete);
-    decoder.kill();
-    ExpectedRows<short> rows(none);
-    EXPECT_FALSE(decoder.restoreRows(rows));
+    ReadyDecoder ready;
+    ready.decoder.kill();
+    ExpectedRows<short> rows(ready.any);
+    EXPECT_FALSE(ready.decoder.restoreRows(rows));
     EXPECT_EQ(rows.taken, 0);
 }
 
