@@ -1,92 +1,101 @@
 #include "coding/FoldKernels.h"
 
-#include <limits>
-
 #include "coding/FoldedValue.h"
 #include "support/CpuLevels.h"
-#include "support/TestImages.h"
+#include "support/GuardedBuffer.h"
+#include "support/KernelData.h"
 
 namespace {
 
 using namespace qmx;
+using test::Data;
+using test::Side;
 
-using FoldKernelsAt = test::AtCpuLevel;
-
-/// Elements on either side of a row, which have to stay as they are.
-constexpr std::size_t kMargin = 3;
-constexpr std::size_t kLongest = 150;
-
+/// Among random values those around which folding overflows.
 template <class T>
-std::vector<T> anyRow(std::size_t count, std::uint64_t seed) {
+std::vector<T> rowOf(Data data, std::size_t count, std::uint64_t seed) {
     using Limits = std::numeric_limits<T>;
+    std::vector<T> row = test::kernelData<T>(data, count, seed);
+    if (data != Data::random) return row;
     test::Random random(seed);
-    std::vector<T> row(count + 2 * kMargin);
-    for (T& value : row) {
-        const T extremes[] = {Limits::min(), Limits::max(), T{0},
-                              static_cast<T>(Limits::max() / 2 + 1),
-                              static_cast<T>(Limits::max() / 2)};
-        value = random.below(4) == 0 ? extremes[random.below(std::size(extremes))]
-                                     : static_cast<T>(random.next());
-        if (seed % 2 == 0) value = static_cast<T>(value % 100);
-    }
+    const T edges[] = {T{0}, static_cast<T>(Limits::max() / 2 + 1),
+                       static_cast<T>(Limits::max() / 2)};
+    for (T& value : row)
+        if (random.below(4) == 0) value = edges[random.below(std::size(edges))];
     return row;
 }
 
-template <class T>
-void expectFolds(std::size_t count) {
-    const std::vector<T> row = anyRow<T>(count, count);
-    std::vector<T> expected = row;
-    FoldedUnion<T> all{T{1}, 5};
-    FoldedUnion<T> expectedAll = all;
-    for (std::size_t i = kMargin; i < kMargin + count; ++i) {
-        expected[i] = qmx::fold(row[i]);
-        expectedAll.bits = static_cast<T>(expectedAll.bits | expected[i]);
-        if (expected[i] < 2 && row[i] != 0) ++expectedAll.lost;
+class FoldKernelsAt : public test::AtCpuLevel {
+protected:
+    /// Calls check(row, side) for rows of 0, step, 2 step, .. values of both types.
+    template <class Check>
+    void forAll(std::size_t step, Check check) {
+        for (const Data data : test::kAllData)
+            for (std::size_t count = 0; count <= step * test::kLongestRow; count += step)
+                for (const Side side : test::kBothSides) {
+                    SCOPED_TRACE(testing::Message()
+                                 << nameOf(data) << ", count " << count << ", " << nameOf(side));
+                    check(rowOf<short>(data, count, count), side);
+                    check(rowOf<int>(data, count, count), side);
+                    if (HasFatalFailure()) return;
+                }
     }
-    std::vector<T> actual = row;
-    const auto fold = foldKernels<T>(activeCpuLevel()).fold;
-    fold(actual.data() + kMargin, count, actual.data() + kMargin, all);
-    ASSERT_EQ(actual, expected) << count;
-    std::vector<T> elsewhere = row;
-    FoldedUnion<T> again;
-    fold(row.data() + kMargin, count, elsewhere.data() + kMargin, again);
-    ASSERT_EQ(elsewhere, expected) << count;
-    ASSERT_EQ(all.bits, expectedAll.bits) << count;
-    ASSERT_EQ(all.lost, expectedAll.lost) << count;
-}
-
-TEST_P(FoldKernelsAt, FoldRowsOfEveryLength) {
-    for (std::size_t count = 0; count <= kLongest; ++count) {
-        expectFolds<short>(count);
-        expectFolds<int>(count);
-    }
-}
+};
 
 template <class T>
-void expectSplits(std::size_t pairs) {
-    const std::vector<T> row = anyRow<T>(2 * pairs, pairs);
-    std::vector<T> even(pairs + 1, T{77});
-    std::vector<T> odd(pairs + 1, T{77});
-    std::vector<T> inPlace(row.begin() + kMargin, row.end());
-    std::vector<T> oddOfInPlace = odd;
+void expectFolds(const std::vector<T>& row, Side side) {
+    std::vector<T> expected;
+    FoldedUnion<T> expectedAll{T{1}, 5};
+    for (const T value : row) {
+        const T folded = qmx::fold(value);
+        expected.push_back(folded);
+        expectedAll.bits = static_cast<T>(expectedAll.bits | folded);
+        if (folded < 2 && value != 0) ++expectedAll.lost;
+    }
+    const test::GuardedBuffer<T> from(row, side);
+    const test::GuardedBuffer<T> to(row, side);
+    // In place first, then from elsewhere.
+    for (const T* source : {to.data(), from.data()}) {
+        FoldedUnion<T> all{T{1}, 5};
+        foldKernels<T>(activeCpuLevel()).fold(source, row.size(), to.data(), all);
+        ASSERT_EQ(to.samples(), expected);
+        ASSERT_EQ(all.bits, expectedAll.bits);
+        ASSERT_EQ(all.lost, expectedAll.lost);
+        std::fill_n(to.data(), row.size(), T{77});
+    }
+}
+
+TEST_P(FoldKernelsAt, FoldRowsOfEveryLengthAlsoInPlace) {
+    forAll(1, [](const auto& row, Side side) { expectFolds(row, side); });
+}
+
+template <class T>
+void expectSplits(const std::vector<T>& row, Side side) {
+    const std::size_t pairs = row.size() / 2;
+    std::vector<T> evens;
+    std::vector<T> odds;
+    for (std::size_t i = 0; i < row.size(); i += 2) {
+        evens.push_back(row[i]);
+        odds.push_back(row[i + 1]);
+    }
+    const std::vector<T> others(pairs, T{77});
     const auto split = foldKernels<T>(activeCpuLevel()).split;
-    split(row.data() + kMargin, pairs, even.data(), odd.data());
-    split(inPlace.data(), pairs, inPlace.data(), oddOfInPlace.data());
-    for (std::size_t i = 0; i < pairs; ++i) {
-        ASSERT_EQ(even[i], row[kMargin + 2 * i]) << pairs;
-        ASSERT_EQ(odd[i], row[kMargin + 2 * i + 1]) << pairs;
-        ASSERT_EQ(inPlace[i], even[i]) << pairs;
-    }
-    ASSERT_EQ(even[pairs], 77);
-    ASSERT_EQ(odd[pairs], 77);
-    ASSERT_EQ(oddOfInPlace, odd);
+    const test::GuardedBuffer<T> from(row, side);
+    const test::GuardedBuffer<T> even(others, side);
+    const test::GuardedBuffer<T> odd(others, side);
+    split(from.data(), pairs, even.data(), odd.data());
+    ASSERT_EQ(even.samples(), evens);
+    ASSERT_EQ(odd.samples(), odds);
+    ASSERT_EQ(from.samples(), row);
+
+    const test::GuardedBuffer<T> oddOfInPlace(others, side);
+    split(from.data(), pairs, from.data(), oddOfInPlace.data());
+    ASSERT_EQ(oddOfInPlace.samples(), odds);
+    ASSERT_TRUE(std::equal(evens.begin(), evens.end(), from.data()));
 }
 
 TEST_P(FoldKernelsAt, SplitRowsOfEveryLengthAlsoInPlace) {
-    for (std::size_t pairs = 0; pairs <= kLongest; ++pairs) {
-        expectSplits<short>(pairs);
-        expectSplits<int>(pairs);
-    }
+    forAll(2, [](const auto& row, Side side) { expectSplits(row, side); });
 }
 
 INSTANTIATE_TEST_SUITE_P(Levels, FoldKernelsAt, test::allCpuLevels(), test::cpuLevelName());

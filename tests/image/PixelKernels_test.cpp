@@ -1,53 +1,32 @@
 #include "image/PixelKernels.h"
 
-#include <limits>
 #include <memory>
 
 #include "image/ColourPixel.h"
 #include "support/CpuLevels.h"
 #include "support/GuardedBuffer.h"
-#include "support/TestImages.h"
+#include "support/KernelData.h"
 
 namespace {
 
 using qmx::CpuLevel;
 using qmx::PixelKernels;
 using qmx::SampleRange;
+using test::Data;
+using test::kLongestRow;
+using test::Side;
 using Byte = unsigned char;
-
-/// More than three vectors of the widest level, and their rest.
-constexpr std::size_t kMostPixels = 3 * 32 + 37;
-
-enum class Data { random, extreme, small };
-constexpr Data kAllData[] = {Data::random, Data::extreme, Data::small};
-
-template <class T>
-std::vector<T> makeSamples(Data data, std::size_t count, std::uint64_t seed) {
-    test::Random random(seed);
-    std::vector<T> samples(count);
-    for (T& sample : samples) {
-        const T most = std::numeric_limits<T>::max();
-        const T least = std::numeric_limits<T>::min();
-        const auto any = random.next();
-        sample = data == Data::random    ? static_cast<T>(any)
-                 : data == Data::extreme ? (any % 2 != 0 ? most : least)
-                                         : static_cast<T>(static_cast<int>(any % 600) - 150);
-    }
-    return samples;
-}
 
 /// What a kernel works on, at all levels the same.
 struct Case {
     Data data;
     std::size_t count;
-    /// 0: rows end, 1: rows begin at a page that may not be touched.
-    int side;
+    Side side;
 
     template <class T>
     std::unique_ptr<test::GuardedBuffer<T>> buffer(std::size_t samples, std::uint64_t seed) const {
-        using Guarded = test::GuardedBuffer<T>;
-        return std::make_unique<Guarded>(makeSamples<T>(data, samples, 1000 * seed + count),
-                                         side == 0 ? Guarded::Side::atEnd : Guarded::Side::atStart);
+        return std::make_unique<test::GuardedBuffer<T>>(
+            test::kernelData<T>(data, samples, 1000 * seed + count), side);
     }
 };
 
@@ -74,14 +53,13 @@ protected:
     /// Expects work(kernels, case) to return the same for the kernels of the level and the plain ones.
     template <class Work>
     static void expectPlain(Work work) {
-        for (const Data data : kAllData)
-            for (std::size_t count = 0; count <= kMostPixels; ++count)
-                for (const int side : {0, 1}) {
+        for (const Data data : test::kAllData)
+            for (std::size_t count = 0; count <= kLongestRow; ++count)
+                for (const Side side : test::kBothSides) {
                     const Case c{data, count, side};
                     ASSERT_EQ(work(qmx::pixelKernels(GetParam()), c),
                               work(qmx::pixelKernels(CpuLevel::scalar), c))
-                        << "data " << static_cast<int>(data) << ", count " << count << ", side "
-                        << side;
+                        << nameOf(data) << ", count " << count << ", " << nameOf(side);
                 }
     }
 };
@@ -162,6 +140,32 @@ TEST_P(PixelKernelsTest, IntsAreLimitedAndNarrowed) {
         });
 }
 
+TEST_P(PixelKernelsTest, SamplesOfTwoBytesMayStandAtOddAddresses) {
+    // One byte more than they need, at the other side of the page.
+    const auto samplesOf = [](const Case& c) { return c.buffer<Byte>(2 * c.count + 1, 1); };
+    const auto oddOf = [](const Case& c, const auto& samples) {
+        return samples->data() + (c.side == Side::atEnd ? 0 : 1);
+    };
+    expectPlain([&](const PixelKernels& kernels, const Case& c) {
+        const auto samples = samplesOf(c);
+        const auto row = c.buffer<int>(c.count, 2);
+        kernels.widenShorts(row->data(), oddOf(c, samples), c.count);
+        return row->samples();
+    });
+    expectPlain([&](const PixelKernels& kernels, const Case& c) {
+        const auto samples = samplesOf(c);
+        const auto row = c.buffer<int>(c.count, 2);
+        kernels.narrowToShorts(oddOf(c, samples), row->data(), c.count, {0, 4095});
+        return samples->samples();
+    });
+    expectPlain([&](const PixelKernels& kernels, const Case& c) {
+        const auto samples = samplesOf(c);
+        const auto row = c.buffer<short>(c.count, 2);
+        kernels.limitShorts(oddOf(c, samples), row->data(), c.count, {0, 4095});
+        return samples->samples();
+    });
+}
+
 TEST_P(PixelKernelsTest, ThreePlanesAreJoined) {
     for (const auto& range : kRanges<short>) {
         expectPlain([&](const PixelKernels& kernels, const Case& c) {
@@ -180,18 +184,18 @@ TEST_P(PixelKernelsTest, ThreePlanesAreJoined) {
 }
 
 TEST_P(PixelKernelsTest, ColoursComeBack) {
-    const auto samples = makeSamples<Byte>(Data::random, 3 * kMostPixels, 9);
-    std::vector<short> planes(3 * kMostPixels);
-    short* const rows[] = {planes.data(), planes.data() + kMostPixels,
-                           planes.data() + 2 * kMostPixels};
+    const auto samples = test::kernelData<Byte>(Data::random, 3 * kLongestRow, 9);
+    std::vector<short> planes(3 * kLongestRow);
+    short* const rows[] = {planes.data(), planes.data() + kLongestRow,
+                           planes.data() + 2 * kLongestRow};
     const PixelKernels& kernels = qmx::pixelKernels(GetParam());
-    kernels.separateColours(rows, samples.data(), kMostPixels);
+    kernels.separateColours(rows, samples.data(), kLongestRow);
     const qmx::ColourPixel last = qmx::forwardColour(
-        samples[3 * kMostPixels - 3], samples[3 * kMostPixels - 2], samples[3 * kMostPixels - 1]);
-    EXPECT_EQ(rows[0][kMostPixels - 1], last.first);
-    EXPECT_EQ(rows[2][kMostPixels - 1], last.third);
+        samples[3 * kLongestRow - 3], samples[3 * kLongestRow - 2], samples[3 * kLongestRow - 1]);
+    EXPECT_EQ(rows[0][kLongestRow - 1], last.first);
+    EXPECT_EQ(rows[2][kLongestRow - 1], last.third);
     std::vector<Byte> back(samples.size());
-    kernels.joinColours(back.data(), rows, kMostPixels, {-32768, 32767});
+    kernels.joinColours(back.data(), rows, kLongestRow, {-32768, 32767});
     EXPECT_EQ(back, samples);
 }
 

@@ -1,49 +1,26 @@
 #include "wavelet/LiftingKernels.h"
 
-#include <limits>
 #include <memory>
 
 #include "support/CpuLevels.h"
 #include "support/GuardedBuffer.h"
-#include "support/TestImages.h"
+#include "support/KernelData.h"
 #include "wavelet/LiftingRounding.h"
 
 namespace {
 
 using qmx::CpuLevel;
 using qmx::LiftingKernels;
+using test::Data;
+using test::Side;
 
-/// More than three vectors of the widest level, and their rest.
-constexpr std::size_t kMostSamples = 3 * 32 + 37;
-
-enum class Data { random, extreme, small, constant };
-constexpr Data kAllData[] = {Data::random, Data::extreme, Data::small, Data::constant};
-
-template <class T>
-std::vector<T> makeSamples(Data data, std::size_t count, std::uint64_t seed) {
-    test::Random random(seed);
-    std::vector<T> samples(count);
-    for (T& sample : samples) {
-        const auto any = static_cast<T>(random.next());
-        const T most = std::numeric_limits<T>::max();
-        const T least = std::numeric_limits<T>::min();
-        sample = data == Data::extreme    ? (random.below(2) != 0 ? most : least)
-                 : data == Data::small    ? static_cast<T>(static_cast<int>(random.below(7)) - 3)
-                 : data == Data::constant ? static_cast<T>(seed)
-                                          : any;
-    }
-    return samples;
-}
-
-/// Buffers that a kernel works on, each against a forbidden page at the given side.
+/// Buffers that a kernel works on.
 template <class T>
 class Buffers {
 public:
-    Buffers(std::initializer_list<std::vector<T>> contents, int side) {
+    Buffers(std::initializer_list<std::vector<T>> contents, Side side) {
         for (const auto& samples : contents)
-            buffers.push_back(std::make_unique<test::GuardedBuffer<T>>(
-                samples, side == 0 ? test::GuardedBuffer<T>::Side::atEnd
-                                   : test::GuardedBuffer<T>::Side::atStart));
+            buffers.push_back(std::make_unique<test::GuardedBuffer<T>>(samples, side));
     }
     T* operator[](std::size_t i) const { return buffers[i]->data(); }
     std::vector<std::vector<T>> contents() const {
@@ -57,14 +34,19 @@ private:
     std::vector<std::unique_ptr<test::GuardedBuffer<T>>> buffers;
 };
 
+/// Returns: the samples of a line up to the last of count evens.
+constexpr std::size_t spread(std::size_t count) {
+    return count == 0 ? 0 : 2 * count - 1;
+}
+
 class LiftingKernelsTest : public test::AtCpuLevel {
 protected:
     /// Calls check(kernels, plain kernels, type, data, count, side) for everything that there is.
     template <class Check>
     void forAll(std::size_t leastCount, Check check) {
-        for (const Data data : kAllData)
-            for (std::size_t count = leastCount; count <= kMostSamples; ++count)
-                for (const int side : {0, 1}) {
+        for (const Data data : test::kAllData)
+            for (std::size_t count = leastCount; count <= test::kLongestRow; ++count)
+                for (const Side side : test::kBothSides) {
                     forType<short>(data, count, side, check);
                     forType<int>(data, count, side, check);
                     if (HasFailure()) return;
@@ -72,11 +54,11 @@ protected:
     }
 
     template <class T, class Check>
-    void forType(Data data, std::size_t count, int side, Check check) {
-        SCOPED_TRACE(testing::Message() << sizeof(T) << " bytes, data " << static_cast<int>(data)
-                                        << ", count " << count << ", side " << side);
+    void forType(Data data, std::size_t count, Side side, Check check) {
+        SCOPED_TRACE(testing::Message() << sizeof(T) << " bytes, " << nameOf(data) << ", count "
+                                        << count << ", " << nameOf(side));
         const auto samples = [=](std::size_t number, std::size_t size) {
-            return makeSamples<T>(data, size, 1000 * number + count);
+            return test::kernelData<T>(data, size, 1000 * number + count);
         };
         const auto run = [&](CpuLevel level) {
             return check.template operator()<T>(qmx::liftingKernels<T>(level), samples, count,
@@ -88,7 +70,7 @@ protected:
 
 TEST_P(LiftingKernelsTest, LinesAreFilteredLikeThePlainOnes) {
     forAll(4, []<class T>(const LiftingKernels<T>& kernels, auto samples, std::size_t count,
-                          int side) {
+                          Side side) {
         const Buffers<T> line({samples(1, count)}, side);
         kernels.filterLine(line[0], count);
         return line.contents();
@@ -97,7 +79,7 @@ TEST_P(LiftingKernelsTest, LinesAreFilteredLikeThePlainOnes) {
 
 TEST_P(LiftingKernelsTest, LinesAreUnfilteredLikeThePlainOnes) {
     forAll(4, []<class T>(const LiftingKernels<T>& kernels, auto samples, std::size_t count,
-                          int side) {
+                          Side side) {
         const Buffers<T> line({samples(1, count)}, side);
         kernels.unfilterLine(line[0], count);
         return line.contents();
@@ -106,7 +88,7 @@ TEST_P(LiftingKernelsTest, LinesAreUnfilteredLikeThePlainOnes) {
 
 TEST_P(LiftingKernelsTest, RowsAreFilteredLikeThePlainOnes) {
     forAll(0, []<class T>(const LiftingKernels<T>& kernels, auto samples, std::size_t count,
-                          int side) {
+                          Side side) {
         const Buffers<T> rows(
             {samples(1, count), samples(2, count), samples(3, count), samples(4, count)}, side);
         kernels.filterRows(rows[0], rows[1], rows[2], rows[3], count);
@@ -116,7 +98,7 @@ TEST_P(LiftingKernelsTest, RowsAreFilteredLikeThePlainOnes) {
 
 TEST_P(LiftingKernelsTest, RowsAreUnfilteredLikeThePlainOnes) {
     forAll(0, []<class T>(const LiftingKernels<T>& kernels, auto samples, std::size_t count,
-                          int side) {
+                          Side side) {
         const Buffers<T> rows(
             {samples(1, count), samples(2, count), samples(3, count), samples(4, count)}, side);
         kernels.unfilterRows(rows[0], rows[1], rows[2], rows[3], count);
@@ -125,18 +107,18 @@ TEST_P(LiftingKernelsTest, RowsAreUnfilteredLikeThePlainOnes) {
 }
 
 TEST_P(LiftingKernelsTest, EvensAreTakenLikeThePlainOnes) {
-    forAll(1, []<class T>(const LiftingKernels<T>& kernels, auto samples, std::size_t count,
-                          int side) {
-        const Buffers<T> lines({samples(1, count), samples(2, 2 * count - 1)}, side);
+    forAll(0, []<class T>(const LiftingKernels<T>& kernels, auto samples, std::size_t count,
+                          Side side) {
+        const Buffers<T> lines({samples(1, count), samples(2, spread(count))}, side);
         kernels.takeEvens(lines[0], lines[1], count);
         return lines.contents();
     });
 }
 
 TEST_P(LiftingKernelsTest, EvensArePutLikeThePlainOnes) {
-    forAll(1, []<class T>(const LiftingKernels<T>& kernels, auto samples, std::size_t count,
-                          int side) {
-        const Buffers<T> lines({samples(1, 2 * count - 1), samples(2, count)}, side);
+    forAll(0, []<class T>(const LiftingKernels<T>& kernels, auto samples, std::size_t count,
+                          Side side) {
+        const Buffers<T> lines({samples(1, spread(count)), samples(2, count)}, side);
         kernels.putEvens(lines[0], lines[1], count);
         return lines.contents();
     });
@@ -144,7 +126,7 @@ TEST_P(LiftingKernelsTest, EvensArePutLikeThePlainOnes) {
 
 TEST_P(LiftingKernelsTest, RowsAtOddAddressesAreFilteredLikeThePlainOnes) {
     for (std::size_t offset = 1; offset < 4; ++offset) {
-        const auto samples = makeSamples<short>(Data::random, 4 * kMostSamples, offset);
+        const auto samples = test::kernelData<short>(Data::random, 4 * test::kLongestRow, offset);
         const auto run = [&](CpuLevel level) {
             auto rows = samples;
             short* first = rows.data() + offset;
