@@ -1,57 +1,24 @@
 #include "coding/EncodeKernels.h"
 
-#include <limits>
-
 #include "coding/OrderEncoder.h"
 #include "reference/ReferenceEncoder.h"
 #include "reference/ReferenceSections.h"
 #include "support/Bytes.h"
 #include "support/CpuLevels.h"
+#include "support/FoldedData.h"
+#include "support/GuardedHeap.h"
+#include "support/KernelData.h"
 #include "support/LibraryCodec.h"
-#include "support/TestImages.h"
 
 namespace {
 
 using namespace qmx;
 using test::Bytes;
-
-/// How often values and magnitudes occur in test data.
-enum class Density { empty, sparse, photo, dense, extreme };
-
-constexpr Density kDensities[] = {Density::empty, Density::sparse, Density::photo, Density::dense,
-                                  Density::extreme};
-
-template <class T>
-T foldedOf(Density density, test::Random& random) {
-    using Limits = std::numeric_limits<T>;
-    const int bits = std::numeric_limits<T>::digits;
-    switch (density) {
-        case Density::empty:
-            return static_cast<T>(random.below(2));
-        case Density::sparse:
-            return random.below(700) == 0 ? static_cast<T>(random.below(64)) : T{0};
-        case Density::photo:
-            return static_cast<T>(random.below(1U << random.below(9)));
-        case Density::dense:
-            return static_cast<T>(
-                random.next() &
-                lowBits(1 + static_cast<int>(random.below(static_cast<std::uint64_t>(bits)))));
-        case Density::extreme:
-            break;
-    }
-    const T extremes[] = {Limits::min(), Limits::max(), T{-1}, T{0},
-                          T{1},          T{2},          T{3},  static_cast<T>(Limits::min() + 1)};
-    return extremes[random.below(std::size(extremes))];
-}
-
-template <class T>
-std::vector<T> foldedData(Density density, std::size_t count, std::uint64_t seed) {
-    test::Random random(seed);
-    std::vector<T> folded(count);
-    for (T& value : folded)
-        value = foldedOf<T>(density, random);
-    return folded;
-}
+using test::Density;
+using test::foldedData;
+using test::GuardedBuffer;
+using test::GuardedHeap;
+using test::Side;
 
 Bytes bytesOf(CBitChunkWriter& writer) {
     Bytes bytes((writer.getTotal() + 7) / 8);
@@ -98,16 +65,17 @@ template <class T>
 void encodeInPieces(EncoderStreams<T>& streams, const std::vector<T>& folded, std::uint64_t seed,
                     std::size_t longest = 20000) {
     test::Random random(seed);
+    GuardedHeap heap(Side::atEnd);
     for (std::size_t done = 0; done < folded.size();) {
-        OrderEncoder<T> encoder(streams, 0, 0);
+        const auto encoder = makeObject<OrderEncoder<T>>(&heap, streams, 0, 0);
         const std::size_t end = std::min(folded.size(), done + 1 + random.below(longest));
         while (done < end) {
             const std::size_t count =
                 std::min<std::size_t>(end - done, random.below(OrderEncoder<T>::kRoom + 1));
-            encodePart(encoder, folded.data() + done, count);
+            encodePart(*encoder, folded.data() + done, count);
             done += count;
         }
-        encoder.finish();
+        encoder->finish();
     }
 }
 
@@ -115,10 +83,11 @@ using EncodeKernelsAt = test::AtCpuLevel;
 
 template <class T>
 void expectReferenceSections(std::size_t count) {
-    for (const Density density : kDensities) {
-        SCOPED_TRACE(static_cast<int>(density));
+    for (const Density density : test::kDensities) {
+        SCOPED_TRACE(nameOf(density));
         const auto folded = foldedData<T>(density, count, count);
-        auto streams = std::make_unique<EncoderStreams<T>>(std::pmr::new_delete_resource());
+        GuardedHeap heap(Side::atEnd);
+        auto streams = std::make_unique<EncoderStreams<T>>(&heap);
         encodeInPieces(*streams, folded, count);
         expectSections(*streams, folded);
     }
@@ -135,6 +104,39 @@ TEST_P(EncodeKernelsAt, SectionsAreThoseOfTheReferenceAtEveryLength) {
 TEST_P(EncodeKernelsAt, SectionsOfManyChunksAreThoseOfTheReference) {
     expectReferenceSections<short>(600000);
     expectReferenceSections<int>(300000);
+}
+
+/// Encodes rows of 0 to kLongestRow coefficients, each filled up to whole groups and no further.
+template <class T>
+void expectSectionsOfRows(Density density, Side side) {
+    constexpr auto kPlanes = std::size_t{kTableBitPlanes<T>};
+    GuardedHeap heap(side);
+    const auto streams = std::make_unique<EncoderStreams<T>>(&heap);
+    const GuardedBuffer<SectionPair> pairs(std::vector<SectionPair>(kPlanes), side);
+    const GuardedBuffer<EventQueue> queues(std::vector<EventQueue>(kPlanes), side);
+    const auto& kernels = encodeKernels<T>(activeCpuLevel());
+    OrderSections order;
+    order.begin(pairs.data(), queues.data(), streams->encoders.bitPlanes(0, 0),
+                streams->refinements.bitPlanes(0, 0), kTableBitPlanes<T>);
+    std::vector<T> all;
+    for (std::size_t count = 0; count <= test::kLongestRow; ++count) {
+        auto row = foldedData<T>(density, count, count);
+        all.insert(all.end(), row.begin(), row.end());
+        row.resize((count + kGroupSize - 1) / kGroupSize * kGroupSize);
+        kernels.encode(order, GuardedBuffer<T>(row, side).data(), count);
+    }
+    kernels.finish(order);
+    order.end(streams->newCounts.bitPlanes(0, 0));
+    expectSections(*streams, all);
+}
+
+TEST_P(EncodeKernelsAt, RowsOfAllLengthsBetweenGuardPagesAreEncoded) {
+    for (const Density density : test::kDensities)
+        for (const Side side : test::kBothSides) {
+            SCOPED_TRACE(testing::Message() << nameOf(density) << ", " << nameOf(side));
+            expectSectionsOfRows<short>(density, side);
+            expectSectionsOfRows<int>(density, side);
+        }
 }
 
 TEST_P(EncodeKernelsAt, OneCoefficientAfterTheOtherGivesTheSameSections) {
