@@ -1,4 +1,4 @@
-// The coefficient encoder alone, at each CPU level: time for each sample of generated photographs.
+// The coefficient encoder and its kernels, at each CPU level: time for each sample of generated photographs.
 
 #include <benchmark/benchmark.h>
 #include <memory>
@@ -6,6 +6,8 @@
 
 #include "SampleScene.h"
 #include "bitstream/CBitWriter.h"
+#include "coding/FoldKernels.h"
+#include "coding/OrderEncoder.h"
 #include "image/CpuLevel.h"
 #include "wavelet/CFilter5_3.h"
 #include "wavelet/CWaveletEncoder.h"
@@ -17,6 +19,14 @@ using namespace qmx;
 constexpr int kWidth = 2048;
 constexpr int kHeight = 1024;
 constexpr std::size_t kSamples = std::size_t{kWidth} * kHeight;
+/// Samples of a line that stays in the first cache.
+constexpr std::size_t kLineSamples = 512;
+
+void report(benchmark::State& state, std::size_t samples) {
+    state.counters["s/sample"] = benchmark::Counter(
+        static_cast<double>(samples),
+        benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
+}
 
 /// A transformed photograph whose samples were shifted right, so that less remains to be coded.
 template <class T>
@@ -51,34 +61,101 @@ void encodeCoefficients(benchmark::State& state, CpuLevel level,
         encoder.reset();
         state.ResumeTiming();
     }
-    const auto inverted =
-        benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert;
-    state.counters["s/sample"] = benchmark::Counter(static_cast<double>(kSamples), inverted);
+    report(state, kSamples);
     state.counters["bits/sample"] = static_cast<double>(bits) / static_cast<double>(kSamples);
 }
 
 template <class T>
-void registerAll(const char* type, int bits, int shift) {
-    const auto coefficients =
-        std::make_shared<const std::vector<T>>(coefficientsOf<T>(bits, shift));
+void foldLine(benchmark::State& state, CpuLevel level, const std::vector<T>& coefficients) {
+    const FoldKernels<T>& kernels = foldKernels<T>(level);
+    std::vector<T> folded(kLineSamples);
+    FoldedUnion<T> all;
+    for (auto _ : state) {
+        kernels.fold(coefficients.data(), kLineSamples, folded.data(), all);
+        benchmark::ClobberMemory();
+    }
+    report(state, kLineSamples);
+}
+
+template <class T>
+void splitLine(benchmark::State& state, CpuLevel level, const std::vector<T>& coefficients) {
+    const FoldKernels<T>& kernels = foldKernels<T>(level);
+    std::vector<T> even(kLineSamples / 2);
+    std::vector<T> odd(kLineSamples / 2);
+    for (auto _ : state) {
+        kernels.split(coefficients.data(), kLineSamples / 2, even.data(), odd.data());
+        benchmark::ClobberMemory();
+    }
+    report(state, kLineSamples);
+}
+
+/// encode and finish of the kernels: all coefficients as if they were of one order.
+template <class T>
+void encodeGroups(benchmark::State& state, CpuLevel level, const std::vector<T>& coefficients) {
+    static_assert(kSamples % kGroupSize == 0);
+    const CCpuLevelGuard guard(level);
+    std::vector<T> folded(kSamples);
+    FoldedUnion<T> all;
+    foldKernels<T>(level).fold(coefficients.data(), kSamples, folded.data(), all);
+    for (auto _ : state) {
+        state.PauseTiming();
+        auto streams = std::make_unique<EncoderStreams<T>>(std::pmr::new_delete_resource());
+        auto encoder = std::make_unique<OrderEncoder<T>>(*streams, 0, 0);
+        state.ResumeTiming();
+        encoder->encodeRow(folded.data(), kSamples);
+        encoder->finish();
+        state.PauseTiming();
+        encoder.reset();
+        streams.reset();
+        state.ResumeTiming();
+    }
+    report(state, kSamples);
+}
+
+template <class T>
+using Coefficients = std::shared_ptr<const std::vector<T>>;
+
+template <class T>
+using Measure = void (*)(benchmark::State&, CpuLevel, const std::vector<T>&);
+
+template <class T>
+void addAtAllLevels(const std::string& name, Measure<T> measure,
+                    const Coefficients<T>& coefficients, benchmark::TimeUnit unit) {
     for (int level = 0; level <= static_cast<int>(bestCpuLevel()); ++level) {
         const auto cpuLevel = static_cast<CpuLevel>(level);
-        const std::string name = std::string("encode/") + type + "/" +
-                                 std::to_string(bits - shift) + "bits/" + nameOf(cpuLevel);
-        benchmark::RegisterBenchmark(name.c_str(), [=](benchmark::State& state) {
-            encodeCoefficients<T>(state, cpuLevel, *coefficients);
-        })->Unit(benchmark::kMillisecond);
+        const std::string fullName = name + "/" + nameOf(cpuLevel);
+        benchmark::RegisterBenchmark(fullName.c_str(), [=](benchmark::State& state) {
+            measure(state, cpuLevel, *coefficients);
+        })->Unit(unit);
     }
+}
+
+template <class T>
+void addPlanes(const std::string& type, int bits, int shift) {
+    const auto coefficients = std::make_shared<std::vector<T>>(coefficientsOf<T>(bits, shift));
+    const std::string place = "/" + type + "/" + std::to_string(bits - shift) + "bits";
+    addAtAllLevels<T>("encode" + place, encodeCoefficients, coefficients, benchmark::kMillisecond);
+    addAtAllLevels<T>("encodeGroups" + place, encodeGroups, coefficients, benchmark::kMillisecond);
+}
+
+/// How long these take does not depend on the coefficients.
+template <class T>
+void addLines(const std::string& type) {
+    const auto coefficients = std::make_shared<std::vector<T>>(coefficientsOf<T>(8, 0));
+    addAtAllLevels<T>("foldLine/" + type, foldLine, coefficients, benchmark::kNanosecond);
+    addAtAllLevels<T>("splitLine/" + type, splitLine, coefficients, benchmark::kNanosecond);
 }
 
 }  // namespace
 
 int main(int count, char** arguments) {
-    registerAll<short>("short", 8, 0);
-    registerAll<short>("short", 8, 3);
-    registerAll<short>("short", 12, 0);
-    registerAll<int>("int", 8, 0);
-    registerAll<int>("int", 16, 0);
+    addPlanes<short>("short", 8, 0);
+    addPlanes<short>("short", 8, 3);
+    addPlanes<short>("short", 12, 0);
+    addPlanes<int>("int", 8, 0);
+    addPlanes<int>("int", 16, 0);
+    addLines<short>("short");
+    addLines<int>("int");
     benchmark::Initialize(&count, arguments);
     benchmark::RunSpecifiedBenchmarks();
     return 0;
