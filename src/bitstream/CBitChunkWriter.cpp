@@ -47,15 +47,15 @@ BitBatch CBitChunkWriter::beginBatch() {
             static_cast<std::uint64_t>(std::countr_zero(bitMask))};
 }
 
-void CBitChunkWriter::makeRoom(BitBatch& batch) {
-    const unsigned char* const surplus = batch.end;
-    const std::ptrdiff_t surplusBytes = batch.at - batch.end;
+void CBitChunkWriter::moveSurplus(unsigned char*& at, unsigned char*& end) {
+    const unsigned char* const surplus = end;
+    const std::ptrdiff_t surplusBytes = at - end;
     standAt(bufferWords);
     appendChunk();
     enterChunk();
     std::memcpy(buffer, surplus, static_cast<std::size_t>(surplusBytes));
-    batch.at = buffer + surplusBytes;
-    batch.end = buffer + bufferWords * kWordBytes;
+    at = buffer + surplusBytes;
+    end = buffer + bufferWords * kWordBytes;
 }
 
 void CBitChunkWriter::endBatch(BitBatch batch) {
@@ -64,6 +64,17 @@ void CBitChunkWriter::endBatch(BitBatch batch) {
     standAt((batch.at - buffer) / kWordBytes);
     accumulator = batch.accumulator;
     bitMask = std::uint64_t{1} << batch.pending;
+}
+
+void CBitChunkWriter::endBatch(ByteBatch batch) {
+    const bool endsAtTheEnd = batch.at == batch.end && batch.pending == 0;
+    if (batch.isFull() && !endsAtTheEnd) makeRoom(batch);
+    const std::ptrdiff_t bytes = batch.at - buffer;
+    const auto bitsInWord = static_cast<int>(bytes % kWordBytes * 8);
+    standAt(bytes / kWordBytes);
+    accumulator = (loadWord(batch.at - bytes % kWordBytes) & lowBits(bitsInWord)) |
+                  batch.accumulator << bitsInWord;
+    bitMask = std::uint64_t{1} << batch.pending << bitsInWord;
 }
 
 std::uint64_t CBitChunkWriter::writeBitsTo(CBitWriter* destination, std::uint64_t nbits) {

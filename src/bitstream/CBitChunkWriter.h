@@ -1,6 +1,7 @@
 #pragma once
 
 #include "bitstream/BitBatch.h"
+#include "bitstream/ByteBatch.h"
 #include "bitstream/CBitWriter.h"
 #include "bitstream/CMemChunk.h"
 
@@ -30,9 +31,11 @@ public:
     /// Gives a full batch room in a new chunk, and moves what stands in the slack there.
     /// Requires: batch.isFull(), and a bit to follow or to move. Throws: std::bad_alloc; then
     /// nothing may be written any more.
-    void makeRoom(BitBatch& batch);
+    void makeRoom(BitBatch& batch) { moveSurplus(batch.at, batch.end); }
+    void makeRoom(ByteBatch& batch) { moveSurplus(batch.at, batch.end); }
     /// Takes over all bits of a batch. Throws: as makeRoom.
     void endBatch(BitBatch batch);
+    void endBatch(ByteBatch batch);
 
     /// Copies the first nbits bits, or all of them when nbits is 0 or more than there are.
     /// Returns: the number of bits copied. Throws: what destination throws; the bits that fitted
@@ -43,6 +46,7 @@ private:
     void appendChunk();
     void enterChunk();
     void standAt(std::int64_t word);
+    void moveSurplus(unsigned char*& at, unsigned char*& end);
 
     CMemChunk<std::uint64_t>* current = nullptr;
     std::uint64_t inlineWord = 0;

@@ -14,9 +14,9 @@ QMX_TARGET inline std::uint64_t countOnes(std::uint64_t bits) {
 /// Plain way: one event after the other, each a run code and a sign. Most runs are short, so the
 /// events behind the first one come from a table of all patterns of kWindowBits candidates: it holds
 /// what the plain way would append, with gaps for the signs, which one pdep fills.
-QMX_TARGET inline void appendEvents(BitBatch& section, std::uint64_t run, std::uint64_t candidates,
+QMX_TARGET inline void appendEvents(ByteBatch& section, std::uint64_t run, std::uint64_t candidates,
                                     std::uint64_t signs) {
-    BitBatch batch = section;
+    ByteBatch batch = section;
     for (;;) {
         const auto zeros = static_cast<std::uint64_t>(_tzcnt_u64(candidates));
         run += zeros;

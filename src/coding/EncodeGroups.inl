@@ -1,23 +1,24 @@
 // The coefficient encoder by groups. Parameters: QMX_TARGET (function attribute), and
-//  - Slices<T>, made from a pointer to 64 folded values, of which those that wrapped count as 0:
-//    `any` is their union, and plane(i), for every i up to the highest bit of `any`, is a word whose
-//    bits are the bits i of the values;
+//  - unionOf(folded), the union of 64 folded values, of which those that wrapped count as 0;
+//  - Slices<T>, made from the same values and their union: plane(i), for every i up to the highest bit
+//    of the union, is a word whose bits are the bits i of the values;
 //  - countOnes(bits);
 //  - extract(bits, mask), the bits that mask selects, moved together at the low end;
 //  - takeNew(order, p, fresh, above, negative), which codes or keeps back the new coefficients
 //    `fresh` of bit plane p, at least one, and counts them.
 
-/// Codes one group. Plain way: OrderSections::encode for each coefficient. Sections of different
-/// bit planes are independent, and within a section the coefficients keep their order, so the bits
-/// of 64 coefficients can go in together: their refinement is what extract leaves of the plane's bits,
-/// and the new ones among the candidates are the events. From 14.2 ns per sample of an 8-bit
+/// Codes one group, whose values have the union `any`. Plain way: OrderSections::encode for each coefficient.
+/// Sections of different bit planes are independent, and within a section the coefficients keep their order,
+/// so the bits of 64 coefficients can go in together: their refinement is what extract leaves of the plane's
+/// bits, and the new ones among the candidates are the events. From 14.2 ns per sample of an 8-bit
 /// photograph, 2.95 bits per sample, to 8.4 without vectors and 1.9 with AVX2 (2026-11-21).
 template <class T>
-QMX_TARGET void encodeGroup(OrderSections& order, const T* folded, std::size_t count) {
-    const Slices<T> slices(folded);
+QMX_TARGET void encodeGroup(OrderSections& order, const T* folded, std::size_t count,
+                            std::uint32_t any) {
+    const Slices<T> slices(folded, any);
     const std::uint64_t negative = slices.plane(0);
     std::uint64_t above = 0;
-    for (int p = bitLength(slices.any) - 2; p >= 0; --p) {
+    for (int p = bitLength(any) - 2; p >= 0; --p) {
         SectionPair& pair = order.pairs[p];
         const std::uint64_t plane = slices.plane(p + 1);
         const auto known = countOnes(above);
@@ -33,11 +34,22 @@ QMX_TARGET void encodeGroup(OrderSections& order, const T* folded, std::size_t c
     order.position += count;
 }
 
+/// Plain way: each group by itself. But its union says which sections all of its work goes to, and comes out
+/// of a long chain of operations, for which everything else would have to wait. So it is made some groups
+/// ahead: from 1.30 to 1.23 ns per sample of compression with AVX-512, from 2.2 to 2.1 with AVX2 (2026-11-21).
 template <class T>
 QMX_TARGET void encodeGroups(OrderSections& order, const T* folded, std::size_t count) {
-    for (; count >= kGroupSize; count -= kGroupSize, folded += kGroupSize)
-        encodeGroup(order, folded, kGroupSize);
-    if (count != 0) encodeGroup(order, folded, count);
+    constexpr std::size_t kGroupsAhead = 8;
+    std::uint32_t unions[kGroupsAhead];
+    for (std::size_t first = 0; first < count; first += kGroupsAhead * kGroupSize) {
+        const std::size_t end = std::min(count, first + kGroupsAhead * kGroupSize);
+        std::uint32_t* any = unions;
+        for (std::size_t i = first; i < end; i += kGroupSize)
+            *any++ = unionOf(folded + i);
+        any = unions;
+        for (std::size_t i = first; i < end; i += kGroupSize)
+            encodeGroup(order, folded + i, std::min(kGroupSize, end - i), *any++);
+    }
 }
 
 /// The finish of kernels that keep nothing back.

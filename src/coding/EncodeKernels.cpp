@@ -36,17 +36,25 @@ void sliceByte(const T* values, std::size_t byte, std::size_t eighth, std::uint6
 }
 
 template <class T>
-std::uint32_t slice(const T* folded, std::uint64_t* bits) {
+std::uint32_t unionOf(const T* folded) {
     T all = 0;
     for (std::size_t i = 0; i < kGroupSize; ++i)
         all = static_cast<T>(all | std::max(folded[i], T{0}));
-    const auto any = static_cast<std::uint32_t>(all);
-    const auto planes = static_cast<std::size_t>(bitLength(any));
-    for (std::size_t byte = 0; 8 * byte < planes; ++byte)
-        for (std::size_t eighth = 0; eighth < 8; ++eighth)
-            sliceByte(folded + 8 * eighth, byte, eighth, bits + 8 * byte);
-    return any;
+    return static_cast<std::uint32_t>(all);
 }
+
+template <class T>
+struct Slices {
+    Slices(const T* folded, std::uint32_t any) {
+        const auto planes = static_cast<std::size_t>(bitLength(any));
+        for (std::size_t byte = 0; 8 * byte < planes; ++byte)
+            for (std::size_t eighth = 0; eighth < 8; ++eighth)
+                sliceByte(folded + 8 * eighth, byte, eighth, bits + 8 * byte);
+    }
+    std::uint64_t plane(int i) const { return bits[i]; }
+
+    std::uint64_t bits[8 * sizeof(T)];
+};
 
 /// Plain way: one bit after the other. Here all selected bits move down at once, by 1, 2, 4, .. 32
 /// places, each of them in the steps whose sum is the number of bits below it that are not selected.
@@ -83,7 +91,7 @@ void takeNew(OrderSections& order, int p, std::uint64_t fresh, std::uint64_t abo
              std::uint64_t negative) {
     order.makeRoomForRuns(p);
     SectionPair& pair = order.pairs[p];
-    BitBatch batch = pair.significance;
+    ByteBatch batch = pair.significance;
     std::uint64_t run = pair.run(order.position);
     std::uint64_t passed = 0;
     pair.newCount += countOnes(fresh);
@@ -103,15 +111,6 @@ void takeNew(OrderSections& order, int p, std::uint64_t fresh, std::uint64_t abo
     pair.significance = batch;
     pair.coded = order.position - pair.excluded + passed;
 }
-
-template <class T>
-struct Slices {
-    explicit Slices(const T* folded) : any(slice(folded, bits)) {}
-    std::uint64_t plane(int i) const { return bits[i]; }
-
-    std::uint32_t any;
-    std::uint64_t bits[8 * sizeof(T)];
-};
 
 #define QMX_TARGET
 #include "coding/EncodeGroups.inl"

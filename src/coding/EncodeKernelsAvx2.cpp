@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <bit>
 #include <immintrin.h>
 
@@ -68,22 +69,29 @@ QMX_TARGET inline std::uint32_t unionOfInts(__m256i all) {
     return static_cast<std::uint32_t>(_mm_cvtsi128_si32(half));
 }
 
-QMX_TARGET inline __m256i loadInts(const void* values, int index) {
-    return _mm256_loadu_si256(static_cast<const __m256i*>(values) + index);
+QMX_TARGET inline __m256i positiveShorts(const short* values, int index) {
+    const auto* const lanes = reinterpret_cast<const __m256i*>(values) + index;
+    return _mm256_max_epi16(_mm256_loadu_si256(lanes), _mm256_setzero_si256());
 }
 
-QMX_TARGET inline std::uint32_t slice(const short* folded, std::uint64_t* bits) {
-    const __m256i zero = _mm256_setzero_si256();
-    Words words;
-    __m256i all = zero;
-    for (int i = 0; i < 4; ++i) {
-        words.at[i] = _mm256_max_epi16(loadInts(folded, i), zero);
-        all = _mm256_or_si256(all, words.at[i]);
-    }
+QMX_TARGET inline __m256i positiveInts(const int* values, int index) {
+    const auto* const lanes = reinterpret_cast<const __m256i*>(values) + index;
+    return _mm256_max_epi32(_mm256_loadu_si256(lanes), _mm256_setzero_si256());
+}
+
+QMX_TARGET inline std::uint32_t unionOf(const short* folded) {
+    __m256i all = _mm256_setzero_si256();
+    for (int i = 0; i < 4; ++i)
+        all = _mm256_or_si256(all, positiveShorts(folded, i));
     const std::uint32_t both = unionOfInts(all);
-    const std::uint32_t any = (both | both >> 16) & 0xFFFF;
-    sliceWords(words, bitLength(any), bits);
-    return any;
+    return (both | both >> 16) & 0xFFFF;
+}
+
+QMX_TARGET inline void slice(const short* folded, int count, std::uint64_t* bits) {
+    Words words;
+    for (int i = 0; i < 4; ++i)
+        words.at[i] = positiveShorts(folded, i);
+    sliceWords(words, count, bits);
 }
 
 /// Returns: the low words of 16 values; the permutation is that of packBytes.
@@ -91,32 +99,32 @@ QMX_TARGET inline __m256i packWords(__m256i a, __m256i b) {
     return _mm256_permute4x64_epi64(_mm256_packus_epi32(a, b), 0xD8);
 }
 
-QMX_TARGET inline std::uint32_t slice(const int* folded, std::uint64_t* bits) {
-    const __m256i zero = _mm256_setzero_si256();
+QMX_TARGET inline std::uint32_t unionOf(const int* folded) {
+    __m256i all = _mm256_setzero_si256();
+    for (int i = 0; i < 8; ++i)
+        all = _mm256_or_si256(all, positiveInts(folded, i));
+    return unionOfInts(all);
+}
+
+QMX_TARGET inline void slice(const int* folded, int count, std::uint64_t* bits) {
     const __m256i mask = _mm256_set1_epi32(0xFFFF);
     Words low;
     Words high;
-    __m256i all = zero;
     for (int i = 0; i < 4; ++i) {
-        const __m256i a = _mm256_max_epi32(loadInts(folded, 2 * i), zero);
-        const __m256i b = _mm256_max_epi32(loadInts(folded, 2 * i + 1), zero);
-        all = _mm256_or_si256(all, _mm256_or_si256(a, b));
+        const __m256i a = positiveInts(folded, 2 * i);
+        const __m256i b = positiveInts(folded, 2 * i + 1);
         low.at[i] = packWords(_mm256_and_si256(a, mask), _mm256_and_si256(b, mask));
         high.at[i] = packWords(_mm256_srli_epi32(a, 16), _mm256_srli_epi32(b, 16));
     }
-    const std::uint32_t any = unionOfInts(all);
-    const int count = bitLength(any);
     sliceWords(low, count < 16 ? count : 16, bits);
     if (count > 16) sliceWords(high, count - 16, bits + 16);
-    return any;
 }
 
 template <class T>
 struct Slices {
-    QMX_TARGET explicit Slices(const T* folded) : any(slice(folded, bits)) {}
+    QMX_TARGET Slices(const T* folded, std::uint32_t any) { slice(folded, bitLength(any), bits); }
     QMX_TARGET std::uint64_t plane(int i) const { return bits[i]; }
 
-    std::uint32_t any;
     std::uint64_t bits[8 * sizeof(T)];
 };
 

@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <array>
 #include <bit>
 #include <immintrin.h>
@@ -51,33 +52,43 @@ struct Vec<int> {
     }
 };
 
+template <class T>
+constexpr int kLanes = 64 / static_cast<int>(sizeof(T));
+template <class T>
+constexpr int kVectors = static_cast<int>(sizeof(T));
+
+template <class T>
+QMX_TARGET inline __m512i positive(const T* folded, int vector) {
+    return Vec<T>::positive(_mm512_loadu_si512(folded + vector * kLanes<T>));
+}
+
+template <class T>
+QMX_TARGET inline std::uint32_t unionOf(const T* folded) {
+    __m512i all = _mm512_setzero_si512();
+    for (int i = 0; i < kVectors<T>; ++i)
+        all = _mm512_or_si512(all, positive(folded, i));
+    const __m256i four = _mm256_or_si256(half<0>(all), half<1>(all));
+    const __m128i two =
+        _mm_or_si128(_mm256_castsi256_si128(four), _mm256_extracti128_si256(four, 1));
+    const __m128i one = _mm_or_si128(two, _mm_unpackhi_epi64(two, two));
+    return Vec<T>::joined(static_cast<std::uint64_t>(_mm_cvtsi128_si64(one)));
+}
+
 /// Keeps the values in registers: a bit plane is one test of all lanes.
 template <class T>
 struct Slices {
-    static constexpr int kLanes = 64 / static_cast<int>(sizeof(T));
-    static constexpr int kVectors = static_cast<int>(sizeof(T));
-
-    QMX_TARGET explicit Slices(const T* folded) {
-        __m512i all = _mm512_setzero_si512();
-        for (int i = 0; i < kVectors; ++i) {
-            values[i] = Vec<T>::positive(_mm512_loadu_si512(folded + i * kLanes));
-            all = _mm512_or_si512(all, values[i]);
-        }
-        const __m256i four = _mm256_or_si256(half<0>(all), half<1>(all));
-        const __m128i two =
-            _mm_or_si128(_mm256_castsi256_si128(four), _mm256_extracti128_si256(four, 1));
-        const __m128i one = _mm_or_si128(two, _mm_unpackhi_epi64(two, two));
-        any = Vec<T>::joined(static_cast<std::uint64_t>(_mm_cvtsi128_si64(one)));
+    QMX_TARGET Slices(const T* folded, std::uint32_t) {
+        for (int i = 0; i < kVectors<T>; ++i)
+            values[i] = positive(folded, i);
     }
     QMX_TARGET std::uint64_t plane(int index) const {
         std::uint64_t word = 0;
-        for (int i = 0; i < kVectors; ++i)
-            word |= Vec<T>::bits(values[i], index) << (i * kLanes);
+        for (int i = 0; i < kVectors<T>; ++i)
+            word |= Vec<T>::bits(values[i], index) << (i * kLanes<T>);
         return word;
     }
 
-    std::uint32_t any;
-    __m512i values[std::size_t{kVectors}];
+    __m512i values[std::size_t{kVectors<T>}];
 };
 
 QMX_TARGET void appendQueues(OrderSections& order) {
@@ -102,11 +113,11 @@ QMX_TARGET inline void storeEvents(std::uint16_t* out, __m256i positions, std::u
 /// Plain way: as AVX2 does, run codes for each group and plane. But a plane has few new coefficients in a
 /// group, often one or none, and how many is hard to predict for the processor. Here their places go to
 /// the plane's queue without any branch on them, and the queue is coded when it is full. A place is counted
-/// from the queue's base, so that 15 bits are enough. From 1.82 to 1.21 ns per sample of an 8-bit
+/// from the queue's base, so that few bits are enough. From 1.82 to 1.21 ns per sample of an 8-bit
 /// photograph, 2.95 bits per sample, from 3.79 to 2.75 of a 16-bit one (2026-11-21).
 QMX_TARGET inline void takeNew(OrderSections& order, int p, std::uint64_t fresh,
                                std::uint64_t above, std::uint64_t negative) {
-    constexpr std::uint64_t kFarthest = 0x8000 - kGroupSize;
+    constexpr std::uint64_t kFarthest = (1U << EventQueue::kSpanBits) - kGroupSize;
     EventQueue& queue = order.queues[p];
     const std::uint64_t index = order.position - order.pairs[p].excluded;
     if (queue.count > EventQueue::kEvents - kGroupSize || index - queue.base > kFarthest)

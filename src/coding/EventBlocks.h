@@ -1,178 +1,111 @@
 #pragma once
 
-#include <algorithm>
-#include <array>
-#include <immintrin.h>
+#include "bitstream/ByteBatch.h"
+#include "coding/EventCodes.h"
 
-#include "coding/OrderSections.h"
-#include "coding/RunTables.h"
-#include "image/CpuLevel.h"
-
-/// The events of a queue as run codes and signs, 32 at once with AVX-512.
+/// Queues of events on their way into n sections, with AVX-512.
 ///
-/// Plain way: appendEvent for each. Runs are differences of neighbouring events; codes of short runs come
-/// from a table of two vectors, those of long ones from the position of their highest bit; signs follow
-/// their codes. Then neighbours are joined, in lanes of 16, 32 and 64 bits, and 4 appends are left for 32
-/// events. Joining codes is what appending them one after the other does.
-///
-/// Format: docs/format.md, 10.2 n section and 11 Run code.
+/// Format: docs/format.md, 10.2 n section.
 namespace qmx::avx512 {
 
-/// Returns: the lower or the upper half. The form without a mask warns with g++ 12.
-template <int Index>
-QMX_TARGET_AVX512 inline __m256i half(__m512i v) {
-    return _mm512_maskz_extracti64x4_epi64(0xFF, v, Index);
-}
+/// Words in a vector.
+inline constexpr std::size_t kWordLanes = 8;
+/// Appends between two looks at the room that is left.
+inline constexpr std::size_t kWordsAtOnce = kWordLanes / 2;
 
-/// Events that are coded together.
-inline constexpr std::size_t kBlockEvents = 32;
-/// Runs whose codes are looked up: six bits index two vectors of 16-bit lanes.
-inline constexpr int kTableRuns = 64;
-/// A table entry is the code of a run below its length.
-inline constexpr int kTableCodeBits = 12;
+/// The codes of a queue, some joined, in words that one append takes.
+struct CodeWords {
+    /// Two long runs may need a word.
+    static constexpr std::size_t kMost = EventQueue::kEvents / 2;
 
-alignas(64) inline constexpr auto kTableCodes = [] {
-    std::array<std::uint16_t, kTableRuns> entries{};
-    for (std::uint32_t run = 0; run < kTableRuns; ++run) {
-        const RunWord word = runWord(run);
-        entries[run] = static_cast<std::uint16_t>(word.code | word.bits << kTableCodeBits);
-    }
-    return entries;
-}();
-static_assert(runWord(kTableRuns - 1).bits == kTableCodeBits);
-
-/// Codes of any kind: `bits` bits of `code`, in each lane.
-struct CodeLanes {
-    __m512i code;
-    __m512i bits;
+    alignas(64) std::uint64_t codes[kMost];
+    alignas(64) std::uint64_t bits[kMost];
+    /// A multiple of kWordsAtOnce.
+    std::size_t count = 0;
 };
 
-/// Returns: the codes of the lanes 2i and 2i + 1 joined, in lanes of twice the size.
-QMX_TARGET_AVX512 inline CodeLanes joined16(const CodeLanes& lanes) {
-    const __m512i low = _mm512_set1_epi32(0xFFFF);
-    const __m512i firstBits = _mm512_and_si512(lanes.bits, low);
-    const __m512i second = _mm512_maskz_srli_epi32(0xFFFF, lanes.code, 16);
-    return {_mm512_or_si512(_mm512_and_si512(lanes.code, low),
-                            _mm512_maskz_sllv_epi32(0xFFFF, second, firstBits)),
-            _mm512_add_epi32(firstBits, _mm512_maskz_srli_epi32(0xFFFF, lanes.bits, 16))};
-}
-
-QMX_TARGET_AVX512 inline CodeLanes joined32(const CodeLanes& lanes) {
-    const __m512i low = _mm512_set1_epi64(0xFFFFFFFF);
-    const __m512i firstBits = _mm512_and_si512(lanes.bits, low);
-    const __m512i second = _mm512_maskz_srli_epi64(0xFF, lanes.code, 32);
-    return {_mm512_or_si512(_mm512_and_si512(lanes.code, low),
-                            _mm512_maskz_sllv_epi64(0xFF, second, firstBits)),
-            _mm512_add_epi64(firstBits, _mm512_maskz_srli_epi64(0xFF, lanes.bits, 32))};
-}
-
-/// Appends the codes of eight lanes; two at a time where all pairs fit a word.
-QMX_TARGET_AVX512 inline void appendLanes(BitBatch& batch, const CodeLanes& lanes) {
-    const __m512i secondBits = _mm512_bsrli_epi128(lanes.bits, 8);
-    const __m512i bits = _mm512_add_epi64(lanes.bits, secondBits);
-    alignas(64) std::uint64_t codes[8];
-    alignas(64) std::uint64_t lengths[8];
-    if (_mm512_cmpgt_epu64_mask(bits, _mm512_set1_epi64(kWordBits)) == 0) [[likely]] {
-        const __m512i second = _mm512_bsrli_epi128(lanes.code, 8);
-        _mm512_store_si512(
-            codes, _mm512_or_si512(lanes.code, _mm512_maskz_sllv_epi64(0xFF, second, lanes.bits)));
-        _mm512_store_si512(lengths, bits);
-        for (int i = 0; i < 8; i += 2)
-            batch.append(codes[i], lengths[i]);
-    } else {
-        _mm512_store_si512(codes, lanes.code);
-        _mm512_store_si512(lengths, lanes.bits);
-        for (int i = 0; i < 8; ++i)
-            batch.append(codes[i], lengths[i]);
+/// Stores the codes of eight lanes behind the first `count` words; two to a word where all pairs fit.
+/// Returns: the new count.
+QMX_TARGET_AVX512 inline std::size_t storeWords(CodeWords& words, std::size_t count,
+                                                const CodeLanes& lanes) {
+    const __m512i bits = _mm512_add_epi64(lanes.bits, _mm512_bsrli_epi128(lanes.bits, 8));
+    if (_mm512_cmpgt_epu64_mask(bits, _mm512_set1_epi64(ByteBatch::kMaxBits)) != 0) [[unlikely]] {
+        _mm512_storeu_si512(words.codes + count, lanes.code);
+        _mm512_storeu_si512(words.bits + count, lanes.bits);
+        return count + kWordLanes;
     }
+    const __m512i second = _mm512_bsrli_epi128(lanes.code, 8);
+    const __m512i codes =
+        _mm512_or_si512(lanes.code, _mm512_maskz_sllv_epi64(0xFF, second, lanes.bits));
+    const __m512i evens = _mm512_setr_epi64(0, 2, 4, 6, 0, 2, 4, 6);
+    _mm256_storeu_si256(reinterpret_cast<__m256i*>(words.codes + count),
+                        half<0>(_mm512_maskz_permutexvar_epi64(0xFF, evens, codes)));
+    _mm256_storeu_si256(reinterpret_cast<__m256i*>(words.bits + count),
+                        half<0>(_mm512_maskz_permutexvar_epi64(0xFF, evens, bits)));
+    return count + kWordLanes / 2;
 }
 
-/// Events of a block: runs in front of them, 0 or 1 for their signs, and which lanes count.
-struct Block {
-    __m512i runs;
-    __m512i signs;
-    __mmask32 lanes;
-};
-
-QMX_TARGET_AVX512 inline Block loadBlock(const std::uint16_t* events, std::size_t count) {
-    const auto lanes = static_cast<__mmask32>(lowBits(static_cast<int>(count)));
-    const __m512i here = _mm512_maskz_loadu_epi16(lanes, events);
-    const __m512i before = _mm512_maskz_loadu_epi16(lanes, events - 1);
-    const __m512i distance =
-        _mm512_sub_epi16(_mm512_srli_epi16(here, 1), _mm512_srli_epi16(before, 1));
-    const __m512i one = _mm512_set1_epi16(1);
-    return {_mm512_sub_epi16(distance, one), _mm512_and_si512(here, one), lanes};
-}
-
-QMX_TARGET_AVX512 inline CodeLanes shortCodes(const Block& block) {
-    const __m512i entries = _mm512_maskz_permutex2var_epi16(
-        block.lanes, _mm512_load_si512(kTableCodes.data()), block.runs,
-        _mm512_load_si512(kTableCodes.data() + kTableRuns / 2));
-    const __m512i bits = _mm512_srli_epi16(entries, kTableCodeBits);
-    const __m512i codes = _mm512_and_si512(entries, _mm512_set1_epi16((1 << kTableCodeBits) - 1));
-    return {_mm512_or_si512(codes, _mm512_sllv_epi16(block.signs, bits)),
-            _mm512_mask_add_epi16(bits, block.lanes, bits, _mm512_set1_epi16(1))};
-}
-
-/// The form of appendEvent, 16 events at once.
-QMX_TARGET_AVX512 inline CodeLanes longCodes(__m256i runs16, __m256i signs16, __mmask16 lanes) {
-    const __m512i one = _mm512_set1_epi32(1);
-    const __m512i runs = _mm512_maskz_cvtepu16_epi32(lanes, runs16);
-    const __m512i signs = _mm512_maskz_cvtepu16_epi32(lanes, signs16);
-    const __m512i n = _mm512_sub_epi32(
-        _mm512_set1_epi32(31), _mm512_maskz_lzcnt_epi32(0xFFFF, _mm512_or_si512(runs, one)));
-    const __m512i zeros = _mm512_mask_add_epi32(n, _mm512_test_epi32_mask(runs, runs), n, one);
-    const __m512i mark = _mm512_maskz_sllv_epi32(lanes, one, zeros);
-    const __m512i top = _mm512_maskz_sllv_epi32(lanes, one, n);
-    const __m512i low = _mm512_and_si512(runs, _mm512_sub_epi32(top, one));
-    const __m512i tail = _mm512_or_si512(low, _mm512_maskz_sllv_epi32(lanes, signs, n));
-    const __m512i markBits = _mm512_add_epi32(zeros, one);
-    const __m512i codes = _mm512_or_si512(mark, _mm512_maskz_sllv_epi32(lanes, tail, markBits));
-    return {codes, _mm512_maskz_add_epi32(lanes, _mm512_add_epi32(markBits, n), one)};
-}
-
-QMX_TARGET_AVX512 inline void makeRoom(OrderSections& order, int p, BitBatch& batch) {
-    if (!batch.isFull()) [[likely]]
-        return;
-    order.pairs[p].significance = batch;
-    order.makeRoomForRuns(p);
-    batch = order.pairs[p].significance;
-}
-
-/// Returns: the batch behind the block.
-[[gnu::noinline]] QMX_TARGET_AVX512 inline BitBatch appendLongBlock(OrderSections& order, int p,
-                                                                    BitBatch batch, Block block) {
-    appendLanes(batch, joined32(longCodes(half<0>(block.runs), half<0>(block.signs),
-                                          static_cast<__mmask16>(block.lanes))));
-    makeRoom(order, p, batch);
-    appendLanes(batch, joined32(longCodes(half<1>(block.runs), half<1>(block.signs),
-                                          static_cast<__mmask16>(block.lanes >> 16))));
-    return batch;
-}
-
-QMX_TARGET_AVX512 inline BitBatch appendBlock(OrderSections& order, int p, BitBatch batch,
-                                              const std::uint16_t* events, std::size_t count) {
-    makeRoom(order, p, batch);
-    const Block block = loadBlock(events, count);
+/// Codes blocks from event `first` on, up to the next one with a long run. Returns: the event behind them.
+QMX_TARGET_AVX512 inline std::size_t addShortBlocks(CodeWords& words, const EventQueue& queue,
+                                                    std::size_t first) {
+    const std::size_t end = queue.count;  // in a register: words might lie there, for the compiler
     const __m512i last = _mm512_set1_epi16(kTableRuns - 1);
-    if (_mm512_mask_cmpgt_epu16_mask(block.lanes, block.runs, last) != 0)
-        return appendLongBlock(order, p, batch, block);
-    appendLanes(batch, joined32(joined16(shortCodes(block))));
-    return batch;
+    std::size_t count = words.count;
+    for (; first < end; first += kBlockEvents) {
+        const Block block = loadBlock(queue, first, end);
+        if (_mm512_mask_cmpgt_epu16_mask(block.lanes, block.runs, last) != 0) break;
+        count = storeWords(words, count, joined32(joined16(shortCodes(block))));
+    }
+    words.count = count;
+    return first;
+}
+
+[[gnu::noinline]] QMX_TARGET_AVX512 inline void addLongBlock(CodeWords& words,
+                                                             const EventQueue& queue,
+                                                             std::size_t first) {
+    const Block block = loadBlock(queue, first, queue.count);
+    const std::size_t middle =
+        storeWords(words, words.count,
+                   joined32(longCodes(half<0>(block.runs), half<0>(block.signs),
+                                      static_cast<__mmask16>(block.lanes))));
+    words.count = storeWords(words, middle,
+                             joined32(longCodes(half<1>(block.runs), half<1>(block.signs),
+                                                static_cast<__mmask16>(block.lanes >> 16))));
+}
+
+inline void appendWords(OrderSections& order, int p, ByteBatch batch, const CodeWords& words) {
+    for (std::size_t i = 0; i < words.count; i += kWordsAtOnce) {
+        if (batch.isFull()) [[unlikely]] {
+            order.pairs[p].significance = batch;
+            order.makeRoomForRuns(p);
+            batch = order.pairs[p].significance;
+        }
+        for (std::size_t k = i; k < i + kWordsAtOnce; ++k)
+            batch.append(words.codes[k], words.bits[k]);
+    }
+    order.pairs[p].significance = batch;
 }
 
 /// Codes all events of bit plane p, and counts them. Throws: std::bad_alloc.
-[[gnu::noinline]] QMX_TARGET_AVX512 inline void appendQueue(OrderSections& order, int p) {
+///
+/// Plain way: each block is appended as soon as it is coded. But the appends wait for each other and for
+/// the vectors, and while they fill the processor's queues the next block cannot begin. First all codes,
+/// then all appends: from 1.6 to 1.05 cycles per event, from 1.42 to 1.30 ns per sample of compression
+/// (2026-11-21).
+QMX_TARGET_AVX512 inline void appendQueue(OrderSections& order, int p) {
     EventQueue& queue = order.queues[p];
     if (queue.count == 0) return;
     SectionPair& pair = order.pairs[p];
     order.makeRoomForRuns(p);
-    BitBatch batch = pair.significance;
+    ByteBatch batch = pair.significance;
     appendEvent(batch, queue.base + queue.events[0] / 2 - pair.coded, queue.events[0] & 1U);
-    for (std::size_t i = 1; i < queue.count; i += kBlockEvents)
-        batch =
-            appendBlock(order, p, batch, queue.events + i, std::min(kBlockEvents, queue.count - i));
-    pair.significance = batch;
+    CodeWords words;
+    std::size_t i = addShortBlocks(words, queue, 1);
+    while (i < queue.count) {
+        addLongBlock(words, queue, i);
+        i = addShortBlocks(words, queue, i + kBlockEvents);
+    }
+    appendWords(order, p, batch, words);
     pair.coded = queue.base + queue.events[queue.count - 1] / 2 + 1;
     pair.newCount += queue.count;
     queue.count = 0;

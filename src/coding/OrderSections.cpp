@@ -10,7 +10,7 @@ void OrderSections::begin(SectionPair* pairStorage, EventQueue* queueStorage,
     refinements = rawCoders;
     planes = planeCount;
     for (int p = 0; p < planes; ++p) {
-        pairs[p] = {encoders[p].writer().beginBatch(), refinements[p].beginBatch(), 0,
+        pairs[p] = {ByteBatch(encoders[p].writer().beginBatch()), refinements[p].beginBatch(), 0,
                     std::uint64_t{0} - encoders[p].getRun(), 0};
         queues[p].count = 0;
         queues[p].base = 0;

@@ -3,6 +3,7 @@
 #include <cstdint>
 
 #include "bitstream/BitBatch.h"
+#include "bitstream/ByteBatch.h"
 #include "bitstream/CBitEncoder.h"
 #include "bitstream/RunCode.h"
 
@@ -11,7 +12,7 @@ namespace qmx {
 /// The two sections of one bit plane while they are being coded.
 struct SectionPair {
     /// Run codes and signs.
-    BitBatch significance;
+    ByteBatch significance;
     /// Raw bits.
     BitBatch refinement;
     /// Coefficients of the order so far that the n section does not cover.
@@ -29,6 +30,11 @@ struct SectionPair {
 /// next. Only some kernels keep events back.
 struct EventQueue {
     static constexpr std::size_t kEvents = 512;
+    /// Covered coefficients that the events of a queue count at most: few enough for one append to take
+    /// any two neighbours. A run and its sign are 2 n + 3 bits, 2^n the highest bit of the run, and not both
+    /// runs are half a span.
+    static constexpr int kSpanBits = 14;
+    static_assert(2 * ((kSpanBits - 1) + (kSpanBits - 2)) + 2 * 3 <= ByteBatch::kMaxBits);
 
     /// The covered coefficients of the order from `base` to the event, doubled, and 1 for a sign.
     std::uint16_t events[kEvents];
@@ -77,7 +83,7 @@ private:
 };
 
 /// Appends the code of any run and a sign. Requires: run < 2^32; room for two appends.
-inline void appendEvent(BitBatch& batch, std::uint64_t run, std::uint64_t sign) {
+inline void appendEvent(ByteBatch& batch, std::uint64_t run, std::uint64_t sign) {
     static_assert(kRunParameter == 1);
     const auto n = static_cast<std::uint64_t>(bitLength(run | 1) - 1);
     const std::uint64_t coded = run != 0 ? 1 : 0;

@@ -118,11 +118,13 @@ TEST(CBitChunkWriter, AChunkWriterTakesTheBitsOfAnother) {
     EXPECT_TRUE(test::sameBytes(test::packed(expected), copied(destination, 0, expected.size())));
 }
 
-/// Appends fields by batches of fewer words than there are in the slack.
+/// Appends fields, as many as the slack has words between two looks at the room.
+template <class Batch>
 void appendByBatches(CBitChunkWriter& writer, const std::vector<test::Field>& fields) {
-    qmx::BitBatch batch = writer.beginBatch();
+    Batch batch(writer.beginBatch());
+    int appends = 0;
     for (const test::Field& field : fields) {
-        if (batch.isFull()) writer.makeRoom(batch);
+        if (appends++ % qmx::kSlackWords == 0 && batch.isFull()) writer.makeRoom(batch);
         const std::uint64_t mask =
             field.width == 64 ? ~std::uint64_t{0} : qmx::lowBits(field.width);
         batch.append(field.value & mask, static_cast<std::uint64_t>(field.width));
@@ -130,13 +132,18 @@ void appendByBatches(CBitChunkWriter& writer, const std::vector<test::Field>& fi
     writer.endBatch(batch);
 }
 
-TEST(CBitChunkWriter, BatchesLeaveTheStateThatSingleFieldsLeave) {
+/// Compares batches, begun behind a few bits, with single fields.
+template <class Batch>
+void expectTheStateOfSingleFields(int widestField) {
     for (std::uint64_t past = 0; past < 140; ++past) {
-        const auto fields = test::randomFields(kChunkBits - 70 + past, past, 1, 64);
+        const auto first = test::randomFields(past, past, 1, 64);
+        const auto fields = test::randomFields(kChunkBits - 70, past, 1, widestField);
         CBitChunkWriter expected;
+        test::writeFields(expected, first);
         test::writeFields(expected, fields);
         CBitChunkWriter actual;
-        appendByBatches(actual, fields);
+        test::writeFields(actual, first);
+        appendByBatches<Batch>(actual, fields);
         ASSERT_EQ(actual.getTotal(), expected.getTotal());
         ASSERT_TRUE(test::sameBytes(copied(expected, 0, expected.getTotal()),
                                     copied(actual, 0, expected.getTotal())));
@@ -145,6 +152,11 @@ TEST(CBitChunkWriter, BatchesLeaveTheStateThatSingleFieldsLeave) {
         ASSERT_TRUE(test::sameBytes(copied(expected, 0, expected.getTotal()),
                                     copied(actual, 0, expected.getTotal())));
     }
+}
+
+TEST(CBitChunkWriter, BatchesLeaveTheStateThatSingleFieldsLeave) {
+    expectTheStateOfSingleFields<qmx::BitBatch>(64);
+    expectTheStateOfSingleFields<qmx::ByteBatch>(qmx::ByteBatch::kMaxBits);
 }
 
 TEST(CBitChunkWriter, ABatchMayGoIntoTheSlackAndMovesToTheNextChunk) {
@@ -157,6 +169,22 @@ TEST(CBitChunkWriter, ABatchMayGoIntoTheSlackAndMovesToTheNextChunk) {
             batch.append(test::valueAt(bits, i, 64), 64);
         writer.endBatch(batch);
         EXPECT_TRUE(test::sameBytes(test::packed(bits), copied(writer, 0, bits.size()))) << words;
+    }
+}
+
+TEST(CBitChunkWriter, ABatchOfBytesMayGoIntoTheSlackAndMovesToTheNextChunk) {
+    constexpr auto kStep = std::uint64_t{qmx::ByteBatch::kMaxBits};
+    for (std::uint64_t appends = 0; appends <= qmx::kSlackWords; ++appends) {
+        const Bits bits = test::randomBits(kChunkBits - 1 + kStep * appends, appends);
+        CBitChunkWriter writer;
+        qmx::ByteBatch batch(writer.beginBatch());
+        writer.makeRoom(batch);
+        for (std::uint64_t i = 0; i < kChunkBits - 1; ++i)
+            batch.append(test::valueAt(bits, i, 1), 1);
+        for (std::uint64_t i = kChunkBits - 1; i < bits.size(); i += kStep)
+            batch.append(test::valueAt(bits, i, static_cast<int>(kStep)), kStep);
+        writer.endBatch(batch);
+        EXPECT_TRUE(test::sameBytes(test::packed(bits), copied(writer, 0, bits.size()))) << appends;
     }
 }
 

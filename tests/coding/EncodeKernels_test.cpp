@@ -161,7 +161,7 @@ TEST_P(EncodeKernelsAt, RunsOfAllLengthsAreCoded) {
 }
 
 template <class T>
-void expectRuns(std::initializer_list<std::size_t> runs, std::size_t times) {
+void expectRuns(const std::vector<std::size_t>& runs, std::size_t times) {
     std::vector<T> folded;
     for (const std::size_t run : runs)
         for (std::size_t i = 0; i < times; ++i) {
@@ -181,8 +181,18 @@ TEST_P(EncodeKernelsAt, EqualRunsInALongRowAreCoded) {
         expectRuns<short>({run}, 300);
 }
 
-// Events that wait together count coefficients in 15 bits.
-TEST_P(EncodeKernelsAt, RunsBeyond15And16BitsAreCoded) {
+// Events that wait together count coefficients in 14 bits, in lanes of 16.
+TEST_P(EncodeKernelsAt, RunsBeyond13And16BitsAreCoded) {
+    expectRuns<short>({5, 16256, 7, 16319, 1, 16320, 0, 16321, 3}, 2);
+    for (std::size_t run = 16256; run < 16456; run += 9)
+        expectRuns<short>({run, 3}, 1);
+    // Neighbours with the longest codes, at every place in a byte and a vector.
+    for (std::size_t before = 0; before < 16; ++before)
+        for (const std::size_t run : {8100U, 8191U, 8192U, 10000U}) {
+            std::vector<std::size_t> runs(before, 1);
+            runs.insert(runs.end(), 3, run);
+            expectRuns<short>(runs, 1);
+        }
     expectRuns<short>({5, 32640, 7, 32703, 1, 32704, 0, 32705, 3}, 2);
     for (std::size_t run = 32640; run < 32840; run += 9)
         expectRuns<short>({run, 3}, 1);
