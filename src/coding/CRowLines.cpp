@@ -19,7 +19,7 @@ CRowLines<T>::CRowLines(const CImageData<T>& image, int levelCount, CImageData<T
         level.columns = static_cast<std::size_t>(geometry.samplesPerRow());
         level.filteredColumns = static_cast<std::size_t>(geometry.filteredColumns());
         level.pitch = static_cast<std::ptrdiff_t>(pitchSamples<T>(level.columns));
-        samples += kRows * static_cast<std::size_t>(level.pitch);
+        if (l > 0) samples += kRows * static_cast<std::size_t>(level.pitch);
     }
     storage = makeArray<T>(samples, memory);
     lowPass = alignToCacheLine(storage.get());
