@@ -23,7 +23,8 @@ public:
     /// every bit plane between the counters and the top plane that the tables hold has its decoder
     /// attached. Throws: std::bad_alloc.
     PlaneDecoder(DecoderStreams<T>& streams, const SectionCounters& counters, int plane,
-                 int topPlane, int levelCount, std::pmr::memory_resource* memory);
+                 int topPlane, int levelCount, std::uint64_t samplesPerPlane,
+                 std::pmr::memory_resource* memory);
 
     int plane() const { return planeIndex; }
 

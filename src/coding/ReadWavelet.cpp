@@ -94,7 +94,7 @@ template <class T>
 void CWaveletDecoder<T>::openPlane(int plane) {
     planeDecoder.reset();
     auto opened = makeObject<PlaneDecoder<T>>(memory, *streams, counters, plane, this->bits,
-                                              this->levels, memory);
+                                              this->levels, this->image->samplesPerPlane(), memory);
     planeDecoder = {opened.release(), {memory}};
 }
 

@@ -27,7 +27,7 @@ struct PlaneInWork {
     PlaneInWork(DecoderStreams<T>& streams, const SectionCounters& counters, int plane,
                 int topPlane, int levels, const CImageData<T>& image, CImageData<T>& ring,
                 std::pmr::memory_resource* memory)
-        : decoder(streams, counters, plane, topPlane, levels, memory),
+        : decoder(streams, counters, plane, topPlane, levels, image.samplesPerPlane(), memory),
           lines(image, levels, memory),
           sweep(lines) {
         lines.setRing(ring.plane[plane], ring.y);

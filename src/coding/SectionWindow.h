@@ -47,7 +47,7 @@ struct OrderWindows {
     /// Bit planes that have an n section, inclusive; none when highest < lowest.
     int highest;
     int lowest;
-    /// Bit planes above it have a u section; -1 when all have.
+    /// Bit planes above it have a u section; -1 when all have. At most the number of planes.
     int unrefined;
     /// Candidates that a window holds.
     std::uint32_t capacity;

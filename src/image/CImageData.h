@@ -48,6 +48,11 @@ public:
     /// Sets every sample of every plane, row padding included, to 0.
     void clear();
 
+    /// Padding aside.
+    std::uint64_t samplesPerPlane() const {
+        return static_cast<std::uint64_t>(x) * static_cast<std::uint64_t>(y);
+    }
+
     T* row(int p, int r) { return plane[p] + static_cast<std::ptrdiff_t>(r) * stride; }
     const T* row(int p, int r) const { return plane[p] + static_cast<std::ptrdiff_t>(r) * stride; }
 

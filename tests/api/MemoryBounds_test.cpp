@@ -37,10 +37,10 @@ struct Row {
 };
 
 constexpr Row kRows[] = {
-    {"8-bit gray", 1, 8, {3500, 5}, {4000, 9}, {150, 2}},
-    {"RGB", 3, 8, {9000, 5}, {9500, 9}, {150, 2}},
-    {"16-bit gray of up to 11 bits", 2, 11, {5000, 6}, {5500, 10}, {150, 2}},
-    {"16-bit gray of 12 to 16 bits", 2, 12, {6000, 9}, {6500, 16}, {300, 4}},
+    {"8-bit gray", 1, 8, {3500, 5}, {4000, 9}, {200, 2}},
+    {"RGB", 3, 8, {9000, 5}, {9500, 9}, {200, 2}},
+    {"16-bit gray of up to 11 bits", 2, 11, {5000, 6}, {5500, 10}, {250, 2}},
+    {"16-bit gray of 12 to 16 bits", 2, 12, {6000, 9}, {6500, 16}, {400, 4}},
 };
 
 /// What the lines of the inverse transform add to decompression for each column.

@@ -65,7 +65,7 @@ TEST_P(PlaneDecoderTest, CoefficientsAndTheRunsBehindEachRowAreThoseOfTheDecoder
         CImageData<short> image(kWidth, kHeight, 1);
         image.clear();
         PlaneDecoder<short> decoder(ahead.streams, ahead.counters, 0, kTop, 0,
-                                    std::pmr::new_delete_resource());
+                                    image.samplesPerPlane(), std::pmr::new_delete_resource());
         for (int r = 0; r < kHeight; ++r) {
             decoder.decodeRow(decodeKernels<short>(GetParam()), r, image.row(0, r), image.x);
             decoder.storeRuns();
