@@ -37,8 +37,10 @@ constexpr FoldKernels<T> kFoldScalar{foldRow<T>, splitRow<T>};
 template <class T>
 const FoldKernels<T>& foldKernels(CpuLevel level) {
     if constexpr (std::is_same_v<T, short>) {
+        if (level >= CpuLevel::avx512) return kFoldShortAvx512;
         if (level >= CpuLevel::avx2) return kFoldShortAvx2;
     } else {
+        if (level >= CpuLevel::avx512) return kFoldIntAvx512;
         if (level >= CpuLevel::avx2) return kFoldIntAvx2;
     }
     return kFoldScalar<T>;

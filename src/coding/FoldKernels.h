@@ -31,5 +31,7 @@ const FoldKernels<T>& foldKernels(CpuLevel level);
 
 extern const FoldKernels<short> kFoldShortAvx2;
 extern const FoldKernels<int> kFoldIntAvx2;
+extern const FoldKernels<short> kFoldShortAvx512;
+extern const FoldKernels<int> kFoldIntAvx512;
 
 }  // namespace qmx

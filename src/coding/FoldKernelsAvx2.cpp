@@ -3,10 +3,6 @@
 
 #include "coding/FoldKernels.h"
 
-// The AVX-512 level takes these too: wider vectors gained nothing while rows came from memory. Folding rows
-// from the cache with them gained 2 to 3 % of a compression on a busy machine (2026-11-21), still to be
-// measured on a quiet one.
-
 #define QMX_TARGET QMX_TARGET_AVX2
 
 namespace qmx {
