@@ -66,17 +66,6 @@ void CBitChunkWriter::endBatch(BitBatch batch) {
     bitMask = std::uint64_t{1} << batch.pending;
 }
 
-void CBitChunkWriter::endBatch(ByteBatch batch) {
-    const bool endsAtTheEnd = batch.at == batch.end && batch.pending == 0;
-    if (batch.isFull() && !endsAtTheEnd) makeRoom(batch);
-    const std::ptrdiff_t bytes = batch.at - buffer;
-    const auto bitsInWord = static_cast<int>(bytes % kWordBytes * 8);
-    standAt(bytes / kWordBytes);
-    accumulator = (loadWord(batch.at - bytes % kWordBytes) & lowBits(bitsInWord)) |
-                  batch.accumulator << bitsInWord;
-    bitMask = std::uint64_t{1} << batch.pending << bitsInWord;
-}
-
 std::uint64_t CBitChunkWriter::writeBitsTo(CBitWriter* destination, std::uint64_t nbits) {
     const std::uint64_t total = getTotal();
     const std::uint64_t wanted = nbits == 0 ? total : std::min(nbits, total);

@@ -35,7 +35,7 @@ public:
     void makeRoom(ByteBatch& batch) { moveSurplus(batch.at, batch.end); }
     /// Takes over all bits of a batch. Throws: as makeRoom.
     void endBatch(BitBatch batch);
-    void endBatch(ByteBatch batch);
+    void endBatch(ByteBatch batch) { endBatch(batch.inWords(buffer)); }
 
     /// Copies the first nbits bits, or all of them when nbits is 0 or more than there are.
     /// Returns: the number of bits copied. Throws: what destination throws; the bits that fitted
@@ -46,6 +46,7 @@ private:
     void appendChunk();
     void enterChunk();
     void standAt(std::int64_t word);
+    /// Moves the bytes from end to at into a new chunk, where both stand afterwards.
     void moveSurplus(unsigned char*& at, unsigned char*& end);
 
     CMemChunk<std::uint64_t>* current = nullptr;

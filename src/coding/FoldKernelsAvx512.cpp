@@ -1,6 +1,7 @@
 #include <bit>
 #include <immintrin.h>
 
+#include "bitstream/WordBytes.h"
 #include "coding/FoldKernels.h"
 
 #define QMX_TARGET QMX_TARGET_AVX512
@@ -80,7 +81,7 @@ QMX_TARGET void foldRow(const T* row, std::size_t count, T* out, FoldedUnion<T>&
     std::size_t i = 0;
     for (; i + kLanes <= count; i += kLanes)
         foldLanes<T>(static_cast<Mask>(~0U), row + i, out + i, found);
-    foldLanes<T>(static_cast<Mask>((1ULL << (count - i)) - 1), row + i, out + i, found);
+    foldLanes<T>(static_cast<Mask>(lowBits(static_cast<int>(count - i))), row + i, out + i, found);
     alignas(__m512i) T lanes[kLanes];
     _mm512_store_si512(lanes, found.bits);
     for (const T lane : lanes)

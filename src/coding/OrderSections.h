@@ -30,9 +30,9 @@ struct SectionPair {
 /// next. Only some kernels keep events back.
 struct EventQueue {
     static constexpr std::size_t kEvents = 512;
-    /// Covered coefficients that the events of a queue count at most: few enough for one append to take
-    /// any two neighbours. A run and its sign are 2 n + 3 bits, 2^n the highest bit of the run, and not both
-    /// runs are half a span.
+    /// Bits of a count of covered coefficients from `base`: so few that one append takes any two
+    /// neighbours. A run and its sign are 2 n + 3 bits, 2^n the highest bit of the run, and not both runs are
+    /// half of what can be counted.
     static constexpr int kSpanBits = 14;
     static_assert(2 * ((kSpanBits - 1) + (kSpanBits - 2)) + 2 * 3 <= ByteBatch::kMaxBits);
 

@@ -11,7 +11,7 @@ namespace {
 /// All windows of a plane together stay below the constants of docs/limits.md.
 constexpr std::uint32_t kLeastCapacities[kMaxOrders] = {4096, 1024, 512, 256, 256, 256};
 constexpr std::uint32_t kMostCapacities[kMaxOrders] = {16384, 8192, 4096, 1024, 512, 256};
-/// Samples of the plane for one candidate of order 0.
+/// Samples of the plane for one candidate of order 0; those of the others halve with their most capacity.
 constexpr std::uint64_t kSamplesPerCandidate = 32;
 
 /// Returns: candidates in the windows of an order, whole groups.

@@ -19,7 +19,7 @@ namespace qmx {
 template <class T>
 class PlaneDecoder {
 public:
-    /// Takes the current runs from the decoders. Requires: streams and memory outlive this object;
+    /// Takes the current runs from the decoders; the windows fit a plane of so many samples. Requires: streams and memory outlive this object;
     /// every bit plane between the counters and the top plane that the tables hold has its decoder
     /// attached. Throws: std::bad_alloc.
     PlaneDecoder(DecoderStreams<T>& streams, const SectionCounters& counters, int plane,

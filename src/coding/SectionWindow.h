@@ -21,7 +21,7 @@ inline constexpr std::uint64_t kLoadBits = 128;
 ///
 ///  - taken <= filled <= nextNew; filled is nextNew or kGroup more than the capacity
 ///  - bits taken to filled - 1 of `news` and `negatives` say which candidates are new and which of
-///    those are negative; the bits from filled to the end of its byte are 0
+///    those are negative, the others have 0 there; in front of a refill all bits behind filled are 0
 ///  - the candidates from filled to nextNew - 1 are not new, nextNew is: its sign has not been read
 struct SectionWindow {
     /// Bytes of a bitmap beyond its capacity: batches of pairs and loads of words reach over it.

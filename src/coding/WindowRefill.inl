@@ -33,7 +33,8 @@ QMX_TARGET inline void makeRoom(SectionWindow& w, std::uint64_t capacity) {
     const std::size_t kept = w.filled / 8 + 1 - bytes;
     std::memmove(w.news, w.news + bytes, kept);
     std::memmove(w.negatives, w.negatives + bytes, kept);
-    const std::size_t behind = capacity / 8 + 2 * sizeof(std::uint64_t) - kept;
+    // The last store, of 8 bytes, begins in front of the capacity.
+    const std::size_t behind = capacity / 8 + 2 * kWordBytes - kept;
     std::memset(w.news + kept, 0, behind);
     std::memset(w.negatives + kept, 0, behind);
     w.taken -= 8 * bytes;
@@ -71,7 +72,7 @@ QMX_TARGET inline std::uint64_t nextBits(const BitSpan& span) {
     return loadWord(span.bytes + span.next / 8) >> (span.next % 8);
 }
 
-/// Appends the pairs in the next bits of N streams, of which 57 are looked at, up to one that
+/// Appends the pairs in the next bits of N streams, of which 57 are loaded, up to one that
 /// no table entry holds: `stalled` says where the last look-up met such a one.
 ///
 /// Plain way: read a sign, count zeros, read the suffix, and store one bit for the candidate. Here

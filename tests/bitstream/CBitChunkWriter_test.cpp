@@ -203,16 +203,22 @@ class OneChunkResource final : public std::pmr::memory_resource {
     int calls = 0;
 };
 
-TEST(CBitChunkWriter, ABatchWithoutMemoryForItsSurplusKeepsTheFullChunk) {
+template <class Batch>
+void expectFullChunkWithoutMemoryForMore(std::uint64_t nbits) {
     OneChunkResource memory;
     CBitChunkWriter writer;
     writer.useMemory(&memory);
-    qmx::BitBatch batch = writer.beginBatch();
+    Batch batch(writer.beginBatch());
     writer.makeRoom(batch);
-    for (int i = 0; i < qmx::kChunkWords + 2; ++i)
-        batch.append(1, 64);
+    for (std::uint64_t bits = 0; bits < kChunkBits + 2 * nbits; bits += nbits)
+        batch.append(1, nbits);
     EXPECT_THROW(writer.endBatch(batch), std::bad_alloc);
     EXPECT_EQ(writer.getTotal(), kChunkBits);
+}
+
+TEST(CBitChunkWriter, ABatchWithoutMemoryForItsSurplusKeepsTheFullChunk) {
+    expectFullChunkWithoutMemoryForMore<qmx::BitBatch>(64);
+    expectFullChunkWithoutMemoryForMore<qmx::ByteBatch>(qmx::ByteBatch::kMaxBits);
 }
 
 void* makeAndDestroyManyChunks(void* count) {

@@ -21,8 +21,9 @@ using test::Side;
 
 /// Coefficients that rows of all lengths need.
 constexpr std::size_t kMostCoefficients = kLongestRow * (kLongestRow + 1) / 2;
-/// The least that a window may hold, so that it is filled most often.
-constexpr std::uint32_t kCapacity = 256;
+/// The least that a window may hold, so that it is filled most often, and more.
+constexpr std::uint32_t kLeastCapacity = 256;
+constexpr std::uint32_t kLargerCapacity = 4160;
 
 constexpr ScanLine kLines[] = {{0, 0, 1}, {0, 0, 2}, {0, 1, 2}, {0, 4, 8}, {0, 0, 32}};
 
@@ -58,11 +59,12 @@ struct CodedOrder {
 template <class T>
 class GuardedSections {
 public:
-    GuardedSections(const CodedOrder<T>& coded, Cut cut, Side bufferSide) : side(bufferSide) {
+    GuardedSections(const CodedOrder<T>& coded, Cut cut, Side bufferSide, std::uint32_t capacity)
+        : side(bufferSide) {
         open.highest = static_cast<int>(coded.significances.size()) - 1;
         open.lowest = cut.lowest;
         open.unrefined = cut.unrefined;
-        open.capacity = kCapacity;
+        open.capacity = capacity;
         for (int p = 0; p <= open.highest; ++p) {
             const auto place = static_cast<std::size_t>(p);
             read(significances[p], coded.significances[place]);
@@ -78,7 +80,9 @@ public:
 
 private:
     unsigned char* buffer(const Bytes& bytes) { return buffers.emplace_back(bytes, side).data(); }
-    unsigned char* bitmap() { return buffer(Bytes(kCapacity / 8 + SectionWindow::kSlackBytes)); }
+    unsigned char* bitmap() {
+        return buffer(Bytes(open.capacity / 8 + SectionWindow::kSlackBytes));
+    }
     void read(CBitInfiniteReader& reader, const Bytes& payload) {
         CBitReader source(buffer(payload), payload.size());
         reader.create(&source, 8 * payload.size());
@@ -97,8 +101,8 @@ using Rows = std::vector<std::vector<T>>;
 /// Decodes rows of all lengths up to kLongestRow, one after the other.
 template <class T>
 Rows<T> decodeRows(CpuLevel level, const CodedOrder<T>& coded, Cut cut, const ScanLine& line,
-                   Side side) {
-    const auto sections = std::make_unique<GuardedSections<T>>(coded, cut, side);
+                   Side side, std::uint32_t capacity = kLeastCapacity) {
+    const auto sections = std::make_unique<GuardedSections<T>>(coded, cut, side, capacity);
     Rows<T> rows;
     for (std::size_t width = 0; width <= kLongestRow; ++width) {
         const GuardedBuffer<T> row(std::vector<T>(width), side);
@@ -134,8 +138,10 @@ void expectLines(CpuLevel level, Density density) {
         for (const Side side : test::kBothSides) {
             SCOPED_TRACE(testing::Message() << sizeof(T) << " bytes, " << nameOf(density) << ", "
                                             << nameOf(side) << ", step " << line.stepColumns);
-            ASSERT_EQ(decodeRows(level, coded, kWhole, line, side),
-                      expectedRows(coded.folded, line));
+            for (const std::uint32_t capacity : {kLeastCapacity, kLargerCapacity})
+                ASSERT_EQ(decodeRows(level, coded, kWhole, line, side, capacity),
+                          expectedRows(coded.folded, line))
+                    << capacity;
             for (const Cut& cut : kCuts)
                 ASSERT_EQ(decodeRows(level, coded, cut, line, side),
                           decodeRows(CpuLevel::scalar, coded, cut, line, side))

@@ -188,9 +188,10 @@ TEST_P(EncodeKernelsAt, RunsBeyond13And16BitsAreCoded) {
         expectRuns<short>({run, 3}, 1);
     // Neighbours with the longest codes, at every place in a byte and a vector.
     for (std::size_t before = 0; before < 16; ++before)
-        for (const std::size_t run : {8100U, 8191U, 8192U, 10000U}) {
+        for (const auto& longest : std::vector<std::vector<std::size_t>>{
+                 {8192, 8000}, {8000, 8192}, {8100, 8100}, {8192, 8192, 8192}}) {
             std::vector<std::size_t> runs(before, 1);
-            runs.insert(runs.end(), 3, run);
+            runs.insert(runs.end(), longest.begin(), longest.end());
             expectRuns<short>(runs, 1);
         }
     expectRuns<short>({5, 32640, 7, 32703, 1, 32704, 0, 32705, 3}, 2);
