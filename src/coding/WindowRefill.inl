@@ -8,6 +8,10 @@ struct Filling {
     std::uint64_t next;
 };
 
+QMX_TARGET inline Filling fillingOf(const SectionWindow& w) {
+    return {w.news, w.negatives, w.nextNew};
+}
+
 /// Appends count <= 56 candidates.
 QMX_TARGET inline void append(Filling& f, std::uint64_t news, std::uint64_t negatives,
                               std::uint64_t count) {
@@ -53,7 +57,7 @@ struct Parsing {
 
 QMX_TARGET inline void open(Parsing& p, SectionWindow& w) {
     p.window = &w;
-    p.filling = {w.news, w.negatives, w.nextNew};
+    p.filling = fillingOf(w);
     p.span = w.decoder->source()->loadedBits();
     p.odd = false;
 }
@@ -148,7 +152,7 @@ QMX_TARGET void fillTogether(Parsing* streams, std::uint64_t capacity) {
 }
 
 QMX_TARGET inline void fillByOne(SectionWindow& w) {
-    Filling f{w.news, w.negatives, w.nextNew};
+    Filling f = fillingOf(w);
     const bool negative = readPairLiterally(w);
     appendRun(f, negative ? 1 : 0, w.nextNew - f.next - 1);
 }
