@@ -3,6 +3,7 @@
 #include <optional>
 
 #include "bitstream/Status.h"
+#include "coding/CNearestRounding.h"
 #include "coding/FoldedValue.h"
 #include "coding/PlaneEncoder.h"
 #include "coding/SectionLengths.h"
@@ -180,6 +181,7 @@ bool CWaveletEncoder<T>::needsZerosBehind(int plane, int order, bool refinement,
 
 template <class T>
 void CWaveletEncoder<T>::writeStream(CBitWriter& out) {
+    const CNearestRounding rounding;
     SectionCounters counters;
     counters.reset(this->bits);
     SectionChooser<T> chooser(*streams, counters);
