@@ -3,11 +3,18 @@
 #include <limits>
 #include <new>
 
+#include "coding/CRowLines.h"
+#include "container/SampleDispatch.h"
+#include "image/CImageData.h"
+
 #define QMX_TEXT_OF(x) #x
 #define QMX_TEXT(x) QMX_TEXT_OF(x)
 
 namespace qmx {
 namespace {
+
+/// Rows of an image that goes row by row, of which compression holds the fewest.
+constexpr int kRowsInWork = CRowLines<short>::kRows;
 
 constexpr char kVersion[] =
     QMX_TEXT(TESK_VERSION_MAJOR) "." QMX_TEXT(TESK_VERSION_MINOR) "." QMX_TEXT(TESK_VERSION_PATCH);
@@ -41,6 +48,16 @@ tesk_status checkPixels(const tesk_codec& codec, const TKHeader& header) {
     const std::size_t pixels = std::size_t{header.xSize} * header.ySize;
     const bool allowed = codec.maxPixels == 0 || pixels <= codec.maxPixels;
     return allowed ? TESK_OK : TESK_LIMIT_EXCEEDED;
+}
+
+std::size_t leastBytes(const TKHeader& header) {
+    const int rows = goesByRows(header.xSize, header.ySize) ? kRowsInWork : header.ySize;
+    return dispatchSamples(
+        header, MostBitsOfShort::inMemory,
+        [&]<class T, class P>() {
+            return CImageData<T>::storageBytes(header.xSize, rows, header.planes());
+        },
+        [] { return std::size_t{0}; });
 }
 
 std::size_t strideOrDefault(std::size_t strideBytes, const TKHeader& header) {

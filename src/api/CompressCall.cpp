@@ -1,8 +1,6 @@
 // The calls of the C interface that compress.
 
 #include "api/CompressRequest.h"
-#include "container/SampleDispatch.h"
-#include "image/CImageData.h"
 
 namespace qmx {
 namespace {
@@ -49,20 +47,12 @@ tesk_status checkImage(const tesk_image& image, TKHeader& header) {
     return TESK_OK;
 }
 
-/// Returns: the bytes that the planes of an image take at least.
-std::size_t planeBytes(const TKHeader& header) {
-    return dispatchSamples(
-        header, MostBitsOfShort::inMemory,
-        [&]<class T, class P>() {
-            return CImageData<T>::storageBytes(header.xSize, header.ySize, header.planes());
-        },
-        [] { return std::size_t{0}; });
-}
-
 tesk_status compressInto(CompressRequest& request, CCallMemory& memory) {
-    if (!memory.allows(planeBytes(request.header))) return TESK_LIMIT_EXCEEDED;
-    const bool isExact = request.budgetBytes == 0 && !request.has(TESK_PLAIN);
-    return isExact ? runExactCall(request, memory) : runPlainCall(request, memory);
+    if (!memory.allows(leastBytes(request.header))) return TESK_LIMIT_EXCEEDED;
+    // A budget asks for as much as there can be, also of an image that no stream holds.
+    const bool isPlain = request.has(TESK_PLAIN) ||
+                         (request.budgetBytes != 0 && isOutOfReach(jobOf(request, memory)));
+    return isPlain ? runPlainCall(request, memory) : runExactCall(request, memory);
 }
 
 /// Says in result what a call came to.

@@ -1,7 +1,9 @@
 #pragma once
 
 #include "api/CodecHandle.h"
-#include "wavelet/CWaveletEncoder.h"
+#include "bitstream/CBitWriter.h"
+#include "container/ExactEncoding.h"
+#include "container/StreamReading.h"
 
 namespace qmx {
 
@@ -25,32 +27,46 @@ struct CompressRequest {
     IStreamPlace& place;
     /// What tesk_result says.
     std::size_t streamBytes = 0;
+    bool isCut = false;
     tesk_loss loss = TESK_LOSS_NONE;
     std::uint32_t rescue = 0;
 
     bool has(std::uint32_t flag) const { return (codec.flags & flag) != 0; }
 };
 
-/// Returns: room for header and stream as long as streamBytes, header in place; null when there is
-/// too little.
-inline unsigned char* placeHeader(CompressRequest& request, std::size_t streamBytes,
-                                  CCallMemory& memory) {
-    unsigned char* out = request.place.take(streamBytes, memory);
-    request.streamBytes = streamBytes;
-    if (out != nullptr) std::memcpy(out, &request.header, sizeof(TKHeader));
-    return out;
+/// The image of a request, for the encoder. Requires: request and memory outlive the job.
+inline ExactJob jobOf(const CompressRequest& request, CCallMemory& memory) {
+    return {request.header, request.pixels, request.strideBytes, &memory,
+            &request.codec.stopRequested};
 }
 
-/// Returns: the bytes of the complete stream of a coded image, header included.
+/// Puts header and stream of a coded image in their place, as far as the budget lets them. Sets
+/// request.streamBytes and isCut. Returns: what was written; its bytes are null when there is too little
+/// room. Throws: std::bad_alloc.
 template <class T>
-std::size_t completeBytesOf(const CWaveletEncoder<T>& encoder) {
-    return sizeof(TKHeader) + (encoder.getStreamBits() + 7) / 8;
+WrittenStream writeCoded(CompressRequest& request, CWaveletEncoder<T>& encoder,
+                         CCallMemory& memory) {
+    const std::size_t completeBytes = sizeof(TKHeader) + (encoder.getStreamBits() + 7) / 8;
+    request.isCut = request.budgetBytes != 0 && request.budgetBytes < completeBytes;
+    request.streamBytes = request.isCut ? request.budgetBytes : completeBytes;
+    unsigned char* out = request.place.take(request.streamBytes, memory);
+    if (out == nullptr) return {};
+    std::memcpy(out, &request.header, sizeof(TKHeader));
+    out += sizeof(TKHeader);
+    const std::size_t bytesBehindHeader = request.streamBytes - sizeof(TKHeader);
+    CBitWriter writer(out, bytesBehindHeader);
+    try {
+        encoder.writeStream(writer);
+    } catch (int) {
+        // The budget is spent.
+    }
+    return {out, bytesBehindHeader, encoder.getMisreadBit()};
 }
 
 /// Compresses to the plain stream, cut at the budget. Throws: std::bad_alloc.
 tesk_status runPlainCall(CompressRequest& request, CCallMemory& memory);
 
-/// Compresses to a stream that restores the image. Throws: std::bad_alloc.
+/// Compresses to a stream that restores the image, cut at the budget. Throws: std::bad_alloc.
 tesk_status runExactCall(CompressRequest& request, CCallMemory& memory);
 
 }  // namespace qmx

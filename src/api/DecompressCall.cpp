@@ -77,8 +77,7 @@ tesk_status decompressPlanes(const DecompressRequest& request, CWaveletDecoder<T
 template <class T>
 tesk_status decompressImage(const DecompressRequest& request, CCallMemory& memory) {
     const TKHeader& header = request.header;
-    if (!memory.allows(CImageData<T>::storageBytes(header.xSize, header.ySize, header.planes())))
-        return TESK_LIMIT_EXCEEDED;
+    if (!memory.allows(leastBytes(header))) return TESK_LIMIT_EXCEEDED;
     CImageData<T> image(header.xSize, header.ySize, header.planes(), &memory, {});
     CFilter5_3<T> filter;
     CWaveletDecoder<T> decoder(&image, &filter, false, &memory);

@@ -1,9 +1,8 @@
-// Compression to a stream that restores the image.
+// Compression to a stream that restores the image, as long as no budget cuts it.
 
 #include <algorithm>
 
 #include "api/CompressRequest.h"
-#include "bitstream/CBitWriter.h"
 #include "container/ExactCheck.h"
 
 namespace qmx {
@@ -19,6 +18,11 @@ tesk_status refuse(CompressRequest& request, tesk_loss loss) {
     return TESK_NOT_RESTORABLE;
 }
 
+tesk_status cut(CompressRequest& request) {
+    request.loss = TESK_LOSS_BUDGET;
+    return TESK_CUT;
+}
+
 tesk_loss impossibleLoss(const ExactJob& job) {
     const bool isLine = std::min(job.header.xSize, job.header.ySize) == 1;
     return isLine ? TESK_LOSS_SIDE_OF_ONE : TESK_LOSS_LONG_SECTION;
@@ -27,24 +31,20 @@ tesk_loss impossibleLoss(const ExactJob& job) {
 }  // namespace
 
 tesk_status runExactCall(CompressRequest& request, CCallMemory& memory) {
-    ExactJob job{request.header, request.pixels, request.strideBytes, &memory};
-    job.stop = &request.codec.stopRequested;
-    unsigned char* out = nullptr;
+    ExactJob job = jobOf(request, memory);
+    WrittenStream written;
     const ExactOutcome outcome = encodeExactly(job, [&](auto& encoder) {
         request.header = job.header;
-        out = placeHeader(request, completeBytesOf(encoder), memory);
-        if (out == nullptr) return;
-        CBitWriter writer(out + sizeof(TKHeader), request.streamBytes - sizeof(TKHeader));
-        encoder.writeStream(writer);
+        written = writeCoded(request, encoder, memory);
     });
-    if (outcome == ExactOutcome::stopped) return TESK_STOPPED;
+    if (outcome == ExactOutcome::stopped || job.isStopped()) return TESK_STOPPED;
     if (outcome == ExactOutcome::impossible) return refuse(request, impossibleLoss(job));
-    if (out == nullptr) return TESK_BUFFER_TOO_SMALL;
+    if (written.bytes == nullptr) return TESK_BUFFER_TOO_SMALL;
     request.rescue = job.rescues;
-    if (request.has(TESK_UNVERIFIED)) return TESK_OK;
-    const bool isRestored =
-        restoresExactly(job, out + sizeof(TKHeader), request.streamBytes - sizeof(TKHeader));
-    if (request.codec.isStopped()) return TESK_STOPPED;
+    if (request.isCut) return cut(request);
+    if (request.budgetBytes != 0 || request.has(TESK_UNVERIFIED)) return TESK_OK;
+    const bool isRestored = restoresExactly(job, written.bytes, written.sizeBytes);
+    if (job.isStopped()) return TESK_STOPPED;
     return isRestored ? TESK_OK : refuse(request, TESK_LOSS_UNKNOWN);
 }
 

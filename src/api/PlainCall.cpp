@@ -1,12 +1,8 @@
 // Compression to the stream that the command line tool makes as well.
 
 #include "api/CompressRequest.h"
-#include "bitstream/CBitWriter.h"
-#include "bitstream/Status.h"
-#include "container/RawPixels.h"
+#include "container/ExactCheck.h"
 #include "container/Restoration.h"
-#include "container/SampleDispatch.h"
-#include "wavelet/CFilter5_3.h"
 
 namespace qmx {
 namespace {
@@ -34,53 +30,36 @@ tesk_loss lossNumber(Loss loss) {
 
 /// Returns: what a complete stream loses, as far as there is memory to find out.
 template <class T>
-tesk_loss lossOf(CWaveletEncoder<T>& encoder, const TKHeader& header, const unsigned char* stream,
-                 std::size_t streamBytes) {
-    StreamFate fate;
-    fate.stream = stream;
-    fate.streamBytes = streamBytes;
+tesk_loss lossOfComplete(const CWaveletEncoder<T>& encoder, const ExactJob& job,
+                         const WrittenStream& written) {
+    const Loss suspect = suspectLoss(encoder, job.header);
+    if (isCertain(suspect) || !endsAtItsEnd(job.header, written, encoder.getStreamBits()))
+        return lossNumber(suspect);
     try {
-        return lossNumber(findLoss(encoder, header, fate).loss);
+        return restoresInMemory(job, written.bytes, written.sizeBytes) ? TESK_LOSS_NONE
+                                                                       : lossNumber(suspect);
     } catch (const std::bad_alloc&) {
         return TESK_LOSS_UNCHECKED;
     }
 }
 
-/// Writes the coded stream as far as the budget lets it.
-template <class T>
-tesk_status writeStream(CompressRequest& request, CWaveletEncoder<T>& encoder,
-                        CCallMemory& memory) {
-    const std::size_t completeBytes = completeBytesOf(encoder);
-    const bool isCut = request.budgetBytes != 0 && request.budgetBytes < completeBytes;
-    unsigned char* out = placeHeader(request, isCut ? request.budgetBytes : completeBytes, memory);
-    if (out == nullptr) return TESK_BUFFER_TOO_SMALL;
-    unsigned char* const stream = out + sizeof(TKHeader);
-    const std::size_t bytesBehindHeader = request.streamBytes - sizeof(TKHeader);
-    CBitWriter writer(stream, bytesBehindHeader);
-    try {
-        encoder.writeStream(writer);
-    } catch (int) {
-        // The budget is spent.
-    }
-    request.loss =
-        isCut ? TESK_LOSS_BUDGET : lossOf(encoder, request.header, stream, bytesBehindHeader);
-    return isCut ? TESK_CUT : TESK_OK;
+/// Returns: why a stream that was cut is no longer the image: decoders come to the cut, or do not.
+tesk_loss lossOfCut(const TKHeader& header, const WrittenStream& written) {
+    return readingOf(header, written) == Reading::right ? TESK_LOSS_BUDGET : TESK_LOSS_LONG_SECTION;
 }
 
 template <class T, class P>
 tesk_status compressImage(CompressRequest& request, CCallMemory& memory) {
-    const TKHeader& header = request.header;
-    CImageData<T> image(header.xSize, header.ySize, header.planes(), &memory);
-    CFilter5_3<T> filter;
-    CWaveletEncoder<T> encoder(&image, &filter, false, &memory);
-    encoder.watch(request.codec.stopRequested);
-
-    loadPixels<P>(image, request.pixels, request.strideBytes);
-    encoder.transform();
-    const bool wasSuspended = encoder.codeCoefficients(0) == kSuspended;
-    // What was stopped anywhere on the way is of no use.
-    if (wasSuspended || request.codec.isStopped()) return TESK_STOPPED;
-    return writeStream(request, encoder, memory);
+    ExactJob job = jobOf(request, memory);
+    CExactEncoder<T, P> coded(job);
+    if (!coded.encodePlain()) return TESK_STOPPED;
+    CWaveletEncoder<T>& encoder = coded.getEncoder();
+    const WrittenStream written = writeCoded(request, encoder, memory);
+    if (written.bytes == nullptr) return TESK_BUFFER_TOO_SMALL;
+    request.loss =
+        request.isCut ? lossOfCut(request.header, written) : lossOfComplete(encoder, job, written);
+    if (job.isStopped()) return TESK_STOPPED;
+    return request.isCut ? TESK_CUT : TESK_OK;
 }
 
 }  // namespace

@@ -75,11 +75,13 @@ tesk_status tesk_probe(const void* stream, size_t stream_bytes, tesk_image* imag
 
 /* What a codec does differently, for tesk_options. */
 enum {
-    /* Complete streams are those of the command line tool, also where they do not restore the image.
-     * Without it, compression without a budget makes streams that restore every image whose sides
-     * are 2 or more; images that need no special care have the same stream either way. */
+    /* Streams are those of the command line tool, also where they do not restore the image, and where a
+     * part of them opens as nothing. Without it, complete streams restore every image whose sides are 2
+     * or more, and what a budget leaves of them opens as an approximation; images that need no special
+     * care have the same stream either way. */
     TESK_PLAIN = 1,
-    /* Compression without a budget does not decode what it wrote to compare it with the image. */
+    /* Compression without a budget does not decode what it wrote to compare it with the image.
+     * Compression with a budget never does. */
     TESK_UNVERIFIED = 2
 };
 
@@ -88,8 +90,10 @@ typedef struct tesk_options {
     size_t struct_bytes;
     /* Largest image, in pixels. 0: no limit. */
     size_t max_pixels;
-    /* Most memory that one call may hold, output blocks included. 0: no limit. What an image needs
-     * at least is refused before anything is allocated; more may be refused while coding. */
+    /* Most memory that one call may hold, output blocks included. 0: no limit. A call keeps a limit of
+     * the peak_memory_bytes that it tells without one. What an image needs at least is refused before
+     * anything is allocated; more may be refused while coding. It says little about the size of an
+     * image: large ones go row by row. */
     size_t max_memory_bytes;
     /* All memory of the codec and its output blocks come from here. Returns memory aligned as by
      * malloc, or null. Null: malloc and free. Set both or none. */
@@ -117,8 +121,8 @@ tesk_status tesk_create(const tesk_options* options, tesk_codec** codec);
  * caller's own release, or free. Requires: no call works with it. */
 void tesk_destroy(tesk_codec* codec);
 
-/* Ends the call that works with codec, from any thread, within about one transform level or one row
- * of pixels. All further calls return TESK_STOPPED until tesk_clear_stop, those with an invalid
+/* Ends the call that works with codec, from any thread, within about one row of pixels or one section
+ * of the stream. All further calls return TESK_STOPPED until tesk_clear_stop, those with an invalid
  * argument aside. Requires: codec is not null and not destroyed; for tesk_clear_stop, no call works
  * with it. */
 void tesk_stop(tesk_codec* codec);
@@ -127,21 +131,23 @@ void tesk_clear_stop(tesk_codec* codec);
 /* Why the stream of a compression will not restore its image. The numbers do not change. */
 typedef enum tesk_loss {
     TESK_LOSS_NONE = 0,        /* it restores the image exactly */
-    TESK_LOSS_BUDGET = 1,      /* it was cut at the budget */
+    TESK_LOSS_BUDGET = 1,      /* it was cut at the budget, and opens as an approximation */
     TESK_LOSS_SIDE_OF_ONE = 2, /* an image with a side of 1 has no coefficients */
     TESK_LOSS_THIN_IMAGE = 3,  /* decoders filter the longer side of images with a side of 2 or 3 */
     TESK_LOSS_WRAPPED = 4, /* samples exceed bits_per_pixel by so much that 16 bits are too few */
-    TESK_LOSS_ENDLESS_RUN = 5,  /* too many coefficients for one run code */
-    TESK_LOSS_LONG_SECTION = 6, /* a section is longer than its length field can say */
-    TESK_LOSS_UNCHECKED = 7,    /* it may or may not: there was no memory to find out */
-    TESK_LOSS_UNKNOWN = 8       /* it was decoded and is not the image: please report this */
+    TESK_LOSS_ENDLESS_RUN = 5, /* too many coefficients for one run code */
+    /* A section is longer than its length field can say. Decoders take what is behind it for something
+     * else: they may refuse the stream, or take a part of it for the whole. */
+    TESK_LOSS_LONG_SECTION = 6,
+    TESK_LOSS_UNCHECKED = 7, /* it may or may not: there was no memory to find out */
+    TESK_LOSS_UNKNOWN = 8    /* it was decoded and is not the image: please report this */
 } tesk_loss;
 
 /* Returns: a few words of English for a loss, also for a number that is none. Never null. */
 const char* tesk_loss_message(int loss);
 
-/* What was done so that a stream restores its image where the plain one would not, for tesk_result.
- * Each is a bit. Such streams are read by every decoder. */
+/* What was done so that a stream restores its image where the plain one would not, for tesk_result, also
+ * where a budget then cut it. Each is a bit. Such streams are read by every decoder. */
 enum {
     TESK_RESCUE_THIN_FILTER = 1,   /* an image with a side of 2 or 3 was filtered */
     TESK_RESCUE_DECLARED_BITS = 2, /* the header declares more bits per pixel than the caller */
@@ -178,8 +184,9 @@ typedef struct tesk_result {
  *  - pixels: height rows of width pixels; row_stride_bytes from one row to the next, 0 for rows
  *    without gaps. It may be null for an image without pixels.
  *  - budget_bytes: the most bytes that the stream may have, header included: 16 or more. 0: no
- *    budget, the stream is complete and restores the image, as long as the codec's flags do not say
- *    otherwise. A stream that has to be cut is exactly so long.
+ *    budget, the stream is complete. A stream that has to be cut is exactly so long, and opens as an
+ *    approximation; a complete one restores the image. Both as long as the codec's flags do not say
+ *    otherwise.
  *  - result: may be null.
  *
  * Returns: TESK_OK, TESK_CUT, TESK_STOPPED, TESK_LIMIT_EXCEEDED, TESK_OUT_OF_MEMORY,
@@ -187,7 +194,8 @@ typedef struct tesk_result {
  *          TESK_UNSUPPORTED_FORMAT: a side above 65535, other bytes per pixel than 1, 2 and 3, or
  *          bits per pixel that are 0 or more than a sample has;
  *          TESK_NOT_RESTORABLE (without a budget and without TESK_PLAIN): a side is 1 and not all
- *          samples are 0. The contents of out are then undefined;
+ *          samples are 0. The contents of out are then undefined. With a budget, such an image has its
+ *          plain stream, and result says what that loses;
  *          TESK_BUFFER_TOO_SMALL (tesk_compress only): nothing was written to out.
  */
 /* ... into the caller's buffer of out_bytes bytes. A null buffer is one without room: the call then

@@ -1,5 +1,6 @@
 // The coefficient decoder: readWavelet of CWaveletDecoder and its stages.
 
+#include <algorithm>
 #include <cstdio>
 
 #include "bitstream/Throwing.h"
@@ -115,13 +116,24 @@ int CWaveletDecoder<T>::readSections(CBitReader& in) {
     return readSections(in, 0);
 }
 
+/// Returns: false when it was cancelled; the planes must not be decoded then.
+template <class T>
+bool CWaveletDecoder<T>::clearPlanes() {
+    for (int p = 0; p < this->image->planes; ++p)
+        for (int r = 0; r < this->image->y; ++r) {
+            if (this->isCancelled()) return false;
+            std::fill_n(this->image->row(p, r), this->image->stride, T{0});
+        }
+    return true;
+}
+
 template <class T>
 int CWaveletDecoder<T>::readWavelet(CBitReader& in, int arg) {
     this->status = kComplete;
     if (this->isFreshStart()) {
         if (!isUsable(readSections(in, arg))) return this->status;
         // Not before: a header may name gigabytes of planes for a stream that is none.
-        this->image->clear();
+        if (!clearPlanes()) return this->status = kSuspended;
     }
     if (decodeRows(arg)) this->status = kSuspended;
     return this->status;

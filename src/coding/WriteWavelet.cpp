@@ -1,5 +1,6 @@
 // The coefficient encoder: writeWavelet of CWaveletEncoder and its stages.
 
+#include <algorithm>
 #include <optional>
 
 #include "bitstream/Status.h"
@@ -81,16 +82,20 @@ int CWaveletEncoder<T>::sampleCountBits() const {
     return qmx::sampleCountBits(this->image->x, this->image->y);
 }
 
+/// Returns: false when it was cancelled; the planes must not be coded then.
 template <class T>
-void CWaveletEncoder<T>::foldPlanes() {
+bool CWaveletEncoder<T>::foldPlanes() {
     const auto& kernels = foldKernels<T>(activeCpuLevel());
     const auto width = static_cast<std::size_t>(this->image->x);
     FoldedUnion<T> all;
     for (int p = 0; p < this->image->planes; ++p)
-        for (int r = 0; r < this->image->y; ++r)
+        for (int r = 0; r < this->image->y; ++r) {
+            if (this->isCancelled()) return false;
             kernels.fold(this->image->row(p, r), width, this->image->row(p, r), all);
+        }
     this->bits = topPlaneOf(all.bits);
     lostCoefficients = all.lost;
+    return true;
 }
 
 template <class T>
@@ -169,6 +174,9 @@ void CWaveletEncoder<T>::writeSection(CBitWriter& out, int plane, int order, boo
     // Bit planes outside the tables are sent as empty sections.
     const std::uint64_t lengthBits = writer == nullptr ? 0 : writer->getTotal();
     writeSectionHeader(out, {plane, order, refinement, lengthBits}, sampleCountBits());
+    const std::uint64_t longest = lowBits(lengthFieldBits(sampleCountBits(), order));
+    if (lengthBits > longest)
+        misreadBit = std::min(misreadBit, out.getTotal() + (lengthBits & longest));
     if (writer != nullptr) writer->writeBitsTo(&out, 0);
 }
 
@@ -182,12 +190,13 @@ bool CWaveletEncoder<T>::needsZerosBehind(int plane, int order, bool refinement,
 template <class T>
 void CWaveletEncoder<T>::writeStream(CBitWriter& out) {
     const CNearestRounding rounding;
+    misreadBit = kNeverMisread;
     SectionCounters counters;
     counters.reset(this->bits);
     SectionChooser<T> chooser(*streams, counters);
     writeTopPlane(out, this->bits);
     auto choice = chooser.choose(this->image->planes, this->levels);
-    while (choice) {
+    while (choice && !this->isCancelled()) {
         const auto [plane, order, refinement] = *choice;
         const auto bitPlane = static_cast<int>(counters.take(plane, order, refinement));
         writeSection(out, plane, order, refinement, bitPlane);
@@ -203,7 +212,7 @@ void CWaveletEncoder<T>::writeStream(CBitWriter& out) {
 
 template <class T>
 int CWaveletEncoder<T>::codeCoefficients(int arg) {
-    if (this->isFreshStart()) foldPlanes();
+    if (this->isFreshStart() && !foldPlanes()) return this->status = kSuspended;
     if (encodeRows(arg)) return this->status = kSuspended;
     closeCoders();
     return kComplete;

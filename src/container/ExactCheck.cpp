@@ -48,20 +48,26 @@ bool restoresWith(const ExactJob& job, const unsigned char* stream, std::size_t 
     return true;
 }
 
+bool restoresIn(MostBitsOfShort profile, const ExactJob& job, const unsigned char* stream,
+                std::size_t streamBytes) {
+    return dispatchSamples(
+        job.header, profile,
+        [&]<class T, class P>() { return restoresWith<T>(job, stream, streamBytes); },
+        [] { return false; });
+}
+
 }  // namespace
 
 bool restoresExactly(const ExactJob& job, const unsigned char* stream, std::size_t streamBytes) {
-    const auto restoresIn = [&](MostBitsOfShort profile) {
-        return dispatchSamples(
-            job.header, profile,
-            [&]<class T, class P>() { return restoresWith<T>(job, stream, streamBytes); },
-            [] { return false; });
-    };
     // The profiles differ for one number of bits.
     const bool isAmbiguous = job.header.bytesPerPixel == 2 &&
                              job.header.bitsPerPixel == static_cast<int>(MostBitsOfShort::inFiles);
-    return restoresIn(MostBitsOfShort::inMemory) &&
-           (!isAmbiguous || restoresIn(MostBitsOfShort::inFiles));
+    return restoresInMemory(job, stream, streamBytes) &&
+           (!isAmbiguous || restoresIn(MostBitsOfShort::inFiles, job, stream, streamBytes));
+}
+
+bool restoresInMemory(const ExactJob& job, const unsigned char* stream, std::size_t streamBytes) {
+    return restoresIn(MostBitsOfShort::inMemory, job, stream, streamBytes);
 }
 
 }  // namespace qmx

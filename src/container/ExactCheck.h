@@ -11,4 +11,7 @@ namespace qmx {
 /// Throws: std::bad_alloc.
 bool restoresExactly(const ExactJob& job, const unsigned char* stream, std::size_t streamBytes);
 
+/// The same for decoders of the memory profile alone.
+bool restoresInMemory(const ExactJob& job, const unsigned char* stream, std::size_t streamBytes);
+
 }  // namespace qmx

@@ -8,6 +8,7 @@
 #include "coding/SectionRescue.h"
 #include "container/ExactCheck.h"
 #include "container/RawPixels.h"
+#include "container/StreamReading.h"
 #include "wavelet/CWaveletDecoder.h"
 
 namespace qmx {
@@ -37,10 +38,10 @@ CExactEncoder<T, P>::CExactEncoder(ExactJob& exactJob)
 
 template <class T, class P>
 ExactOutcome CExactEncoder<T, P>::encode() {
-    if (!codeFirst()) return ExactOutcome::stopped;
+    if (!codeFirst(ThinImage::filtered)) return ExactOutcome::stopped;
     if (encoder->getLostCoefficients() != 0) return ExactOutcome::needsMoreBits;
     if (isInDoubt() && !isRestoredAsItIs()) {
-        if (!hasPlanes && !codeFromPlanes()) return ExactOutcome::stopped;
+        if (!hasPlanes && !codeFromPlanes(ThinImage::filtered)) return ExactOutcome::stopped;
         const ExactOutcome outcome = rescueSections();
         if (job.isStopped()) return ExactOutcome::stopped;
         if (outcome != ExactOutcome::exact) return outcome;
@@ -52,11 +53,16 @@ ExactOutcome CExactEncoder<T, P>::encode() {
     return ExactOutcome::exact;
 }
 
+template <class T, class P>
+bool CExactEncoder<T, P>::encodePlain() {
+    return codeFirst(ThinImage::asItIs);
+}
+
 /// Returns: false when stopped.
 template <class T, class P>
-bool CExactEncoder<T, P>::codeFirst() {
+bool CExactEncoder<T, P>::codeFirst(ThinImage thin) {
     makeEncoder();
-    return encoder->gainsByRows() ? codeByRows() : codeFromPlanes();
+    return encoder->gainsByRows() ? codeByRows() : codeFromPlanes(thin);
 }
 
 template <class T, class P>
@@ -66,12 +72,22 @@ bool CExactEncoder<T, P>::codeByRows() {
 }
 
 template <class T, class P>
-bool CExactEncoder<T, P>::codeFromPlanes() {
+bool CExactEncoder<T, P>::codeFromPlanes(ThinImage thin) {
     image.allocate();
     hasPlanes = true;
-    loadPixels<P>(image, job.pixels, job.strideBytes);
-    filterThinImage();
+    if (!loadPlanes()) return false;
+    if (thin == ThinImage::filtered) filterThinImage();
     return code();
+}
+
+/// Returns: false when stopped.
+template <class T, class P>
+bool CExactEncoder<T, P>::loadPlanes() {
+    for (int r = 0; r < image.y && image.x != 0; ++r) {
+        if (job.isStopped()) return false;
+        loadRow<P>(image, r, job.row(r));
+    }
+    return true;
 }
 
 /// Without a level nothing is filtered on the way here, but decoders filter lines of 4 samples and
@@ -118,14 +134,17 @@ bool CExactEncoder<T, P>::isInDoubt() const {
 }
 
 /// Some streams in doubt come out right: by chance behind sections that are too long, modulo 2^16
-/// with samples beyond their bits.
+/// with samples beyond their bits. Of the former, those do not count whose end mark decoders do not come
+/// to: with another one in the middle, a prefix would pass for the whole.
 template <class T, class P>
 bool CExactEncoder<T, P>::isRestoredAsItIs() {
     const auto streamBytes = static_cast<std::size_t>((encoder->getStreamBits() + 7) / 8);
     const auto stream = makeArray<unsigned char>(streamBytes, job.memory);
     CBitWriter writer(stream.get(), streamBytes);
     encoder->writeStream(writer);
-    return restoresExactly(job, stream.get(), streamBytes);
+    const WrittenStream written{stream.get(), streamBytes, encoder->getMisreadBit()};
+    return endsAtItsEnd(job.header, written, encoder->getStreamBits()) &&
+           restoresExactly(job, stream.get(), streamBytes);
 }
 
 template <class T, class P>
@@ -184,19 +203,24 @@ bool CExactEncoder<T, P>::codeWithWraps(const FoldedValues& from, const FoldedVa
                                         ClosingRuns closing) {
     const int step = 1 << levelCount(image.x, image.y);
     encoder.reset();
-    image.clear();
     std::size_t i = 0;
-    for (int r = 0; r < image.y; r += step)
-        for (int c = 0; c < image.x; c += step, ++i)
+    for (int r = 0; r < image.y; ++r) {
+        if (job.isStopped()) return false;
+        std::fill_n(image.row(0, r), image.stride, T{0});
+        for (int c = 0; r % step == 0 && c < image.x; c += step, ++i)
             image.row(0, r)[c] = static_cast<T>(unfold<T>(to[i]) - unfold<T>(from[i]));
-    CWaveletDecoder<T>(&image, &filter, false, job.memory).untransform();
-    addSamples();
-    return code(closing);
+    }
+    CWaveletDecoder<T> inverse(&image, &filter, false, job.memory);
+    if (job.stop != nullptr) inverse.watch(*job.stop);
+    inverse.untransform();
+    return addSamples() && code(closing);
 }
 
+/// Returns: false when stopped.
 template <class T, class P>
-void CExactEncoder<T, P>::addSamples() {
+bool CExactEncoder<T, P>::addSamples() {
     for (int r = 0; r < image.y; ++r) {
+        if (job.isStopped()) return false;
         const unsigned char* bytes = job.row(r);
         for (int c = 0; c < image.x; ++c) {
             P sample;
@@ -205,6 +229,7 @@ void CExactEncoder<T, P>::addSamples() {
             image.row(0, r)[c] = static_cast<T>(image.row(0, r)[c] + sample);
         }
     }
+    return true;
 }
 
 template <class T, class P>
@@ -215,7 +240,7 @@ void CExactEncoder<T, P>::noteMove(Rescues move, bool isMoved, ClosingRuns closi
 
 int raisedBits(const ExactJob& job) {
     unsigned all = 0;
-    for (int r = 0; r < job.header.ySize; ++r) {
+    for (int r = 0; r < job.header.ySize && !job.isStopped(); ++r) {
         for (int c = 0; c < job.header.xSize; ++c) {
             std::uint16_t sample;
             std::memcpy(&sample, job.row(r) + static_cast<std::size_t>(c) * sizeof sample,

@@ -66,18 +66,24 @@ public:
     /// Requires: exactJob outlives this object.
     explicit CExactEncoder(ExactJob& exactJob);
 
-    /// Codes the image. Throws: std::bad_alloc.
+    /// Codes the image so that its stream restores it. Throws: std::bad_alloc.
     ExactOutcome encode();
+    /// Codes the image as the tool does, whatever its stream restores. Returns: false when stopped.
+    /// Throws: std::bad_alloc.
+    bool encodePlain();
 
-    /// Returns: the encoder, whose stream restores the image. Requires: encode has returned exact.
+    /// Returns: the encoder of the stream. Requires: encode has returned exact, or encodePlain true.
     CWaveletEncoder<T>& getEncoder() { return *encoder; }
 
 private:
     static constexpr bool kHasShort = sizeof(T) == sizeof(short);
 
-    bool codeFirst();
+    enum class ThinImage { filtered, asItIs };
+
+    bool codeFirst(ThinImage thin);
     bool codeByRows();
-    bool codeFromPlanes();
+    bool codeFromPlanes(ThinImage thin);
+    bool loadPlanes();
     void filterThinImage();
     void makeEncoder();
     bool code(ClosingRuns closing = ClosingRuns::written);
@@ -88,7 +94,7 @@ private:
     bool moveToOtherRepresentatives();
     bool recode(int plane);
     bool addWholeWraps();
-    void addSamples();
+    bool addSamples();
     bool codeWithWraps(const FoldedValues& from, const FoldedValues& to, ClosingRuns closing);
     void noteMove(Rescues move, bool isMoved, ClosingRuns closing);
 
@@ -100,7 +106,8 @@ private:
     bool hasPlanes = false;
 };
 
-/// Returns: the bits per sample that job's samples need at least, more than it declares.
+/// Returns: the bits per sample that job's samples need at least, more than it declares; any number when
+/// job was stopped.
 int raisedBits(const ExactJob& job);
 
 /// Returns: whether job has a side of 1 and other samples than 0, which no stream holds.

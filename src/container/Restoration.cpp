@@ -17,27 +17,6 @@ namespace {
 /// Lines of fewer samples are not filtered.
 constexpr int kShortestFilteredLine = 4;
 
-/// Returns: the first reason there is to doubt the stream.
-template <class T>
-Loss suspectLoss(const CWaveletEncoder<T>& encoder, const TKHeader& header, bool wasSuspended,
-                 bool wasCut) {
-    const int shorter = std::min(header.xSize, header.ySize);
-    const int longer = std::max(header.xSize, header.ySize);
-    if (shorter == 0) return Loss::none;
-    if (shorter == 1) return Loss::sideOfOne;
-    if (encoder.getLostCoefficients() != 0) return Loss::wrappedCoefficient;
-    if (encoder.getLevels() < 1 && longer >= kShortestFilteredLine) return Loss::thinImage;
-    if (encoder.getEndlessSections() != 0) return Loss::endlessRun;
-    if (encoder.getOverlongSections() != 0) return Loss::overlongSection;
-    if (wasSuspended) return Loss::suspension;
-    return wasCut ? Loss::cut : Loss::none;
-}
-
-/// Returns: whether a reason needs no comparison.
-bool isCertain(Loss loss) {
-    return loss == Loss::none || loss == Loss::wrappedCoefficient || loss == Loss::endlessRun;
-}
-
 template <class T>
 std::uint64_t countOf(const CWaveletEncoder<T>& encoder, Loss loss) {
     switch (loss) {
@@ -140,6 +119,25 @@ std::string reasonOf(const LossReport& report) {
 
 }  // namespace
 
+template <class T>
+Loss suspectLoss(const CWaveletEncoder<T>& encoder, const TKHeader& header, bool wasSuspended,
+                 bool wasCut) {
+    const int shorter = std::min(header.xSize, header.ySize);
+    const int longer = std::max(header.xSize, header.ySize);
+    if (shorter == 0) return Loss::none;
+    if (shorter == 1) return Loss::sideOfOne;
+    if (encoder.getLostCoefficients() != 0) return Loss::wrappedCoefficient;
+    if (encoder.getLevels() < 1 && longer >= kShortestFilteredLine) return Loss::thinImage;
+    if (encoder.getEndlessSections() != 0) return Loss::endlessRun;
+    if (encoder.getOverlongSections() != 0) return Loss::overlongSection;
+    if (wasSuspended) return Loss::suspension;
+    return wasCut ? Loss::cut : Loss::none;
+}
+
+bool isCertain(Loss loss) {
+    return loss == Loss::none || loss == Loss::wrappedCoefficient || loss == Loss::endlessRun;
+}
+
 std::string describeLoss(const LossReport& report) {
     const bool isHopeless = report.loss == Loss::none || report.loss == Loss::sideOfOne;
     return reasonOf(report) +
@@ -148,7 +146,7 @@ std::string describeLoss(const LossReport& report) {
 
 template <class T>
 bool hasDoubts(const CWaveletEncoder<T>& encoder, const TKHeader& header) {
-    return !isCertain(suspectLoss(encoder, header, false, false));
+    return !isCertain(suspectLoss(encoder, header));
 }
 
 template <class T>
@@ -169,6 +167,8 @@ LossReport findLoss(CWaveletEncoder<T>& encoder, const TKHeader& header, const S
     return report;
 }
 
+template Loss suspectLoss<short>(const CWaveletEncoder<short>&, const TKHeader&, bool, bool);
+template Loss suspectLoss<int>(const CWaveletEncoder<int>&, const TKHeader&, bool, bool);
 template bool hasDoubts<short>(const CWaveletEncoder<short>&, const TKHeader&);
 template bool hasDoubts<int>(const CWaveletEncoder<int>&, const TKHeader&);
 template LossReport findLoss<short>(CWaveletEncoder<short>&, const TKHeader&, const StreamFate&);

@@ -49,6 +49,15 @@ struct StreamFate {
     bool wasSuspended = false;
 };
 
+/// Returns: the first reason there is to doubt that the stream of encoder restores its image.
+/// Requires: a coding function of encoder has returned 0.
+template <class T>
+Loss suspectLoss(const CWaveletEncoder<T>& encoder, const TKHeader& header,
+                 bool wasSuspended = false, bool wasCut = false);
+
+/// Returns: whether a reason needs no comparison.
+bool isCertain(Loss loss);
+
 /// Returns: whether findLoss will compare, for which it needs the encoder's planes. Requires: a coding
 /// function of encoder has returned 0.
 template <class T>
@@ -65,6 +74,8 @@ bool hasDoubts(const CWaveletEncoder<T>& encoder, const TKHeader& header);
 template <class T>
 LossReport findLoss(CWaveletEncoder<T>& encoder, const TKHeader& header, const StreamFate& fate);
 
+extern template Loss suspectLoss<short>(const CWaveletEncoder<short>&, const TKHeader&, bool, bool);
+extern template Loss suspectLoss<int>(const CWaveletEncoder<int>&, const TKHeader&, bool, bool);
 extern template bool hasDoubts<short>(const CWaveletEncoder<short>&, const TKHeader&);
 extern template bool hasDoubts<int>(const CWaveletEncoder<int>&, const TKHeader&);
 extern template LossReport findLoss<short>(CWaveletEncoder<short>&, const TKHeader&,

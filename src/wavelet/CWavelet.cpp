@@ -1,20 +1,11 @@
 #include "wavelet/CWavelet.h"
 
-#include <cstdint>
 #include <type_traits>
 #include <typeinfo>
 
 #include "wavelet/CFilter5_3.h"
 
 namespace qmx {
-namespace {
-
-constexpr std::int64_t kFewestSamplesForRows = 1 << 16;
-/// Twice the rows that are in work at one time.
-constexpr int kFewestRowsForRows = 256;
-
-}  // namespace
-
 template <class T>
 CWavelet<T>::CWavelet(CImageData<T>* imageData, CFilter<T>* lineFilter, bool ownsBoth)
     : filter(lineFilter),
@@ -39,8 +30,7 @@ bool CWavelet<T>::canSweep() const {
 
 template <class T>
 bool CWavelet<T>::gainsByRows() const {
-    return canSweep() && image->y >= kFewestRowsForRows &&
-           std::int64_t{image->x} * image->y >= kFewestSamplesForRows;
+    return canSweep() && goesByRows(image->x, image->y);
 }
 
 template class CWavelet<short>;

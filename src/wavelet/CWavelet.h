@@ -28,8 +28,7 @@ public:
     /// Returns: whether there are levels and the filter is the 5/3 one, so that a sweep over all levels
     /// does what the filter would do level by level.
     bool canSweep() const;
-    /// Returns: whether this is so, and the image large enough to gain by going row by row, without
-    /// planes. The planes of smaller ones stay in the cache, and are those that need a rescue most often.
+    /// Returns: whether canSweep(), and goesByRows for the image.
     bool gainsByRows() const;
 
 protected:

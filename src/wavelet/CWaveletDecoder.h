@@ -57,6 +57,7 @@ private:
     void assignSignificance(CBitReader& in, int plane, int order, std::uint64_t lengthBits);
     void assignRefinement(CBitReader& in, int plane, int order, std::uint64_t lengthBits);
     void openPlane(int plane);
+    bool clearPlanes();
     bool decodeRows(int arg);
 
     std::pmr::memory_resource* memory;

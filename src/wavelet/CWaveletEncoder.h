@@ -38,9 +38,14 @@ public:
     /// Returns: the exact length of the stream that writeStream writes. Requires: a coding
     /// function has returned 0.
     std::uint64_t getStreamBits() const { return streamBits; }
-    /// The second part of writeWavelet; each call writes the same stream. Requires: a coding
-    /// function has returned 0. Throws: what out throws.
+    /// The second part of writeWavelet; each call writes the same stream, up to a section behind which
+    /// the watched flag is set. Requires: a coding function has returned 0. Throws: what out throws.
     void writeStream(CBitWriter& out);
+    /// Returns: the bit of the stream written last at which decoders expect a section header and find
+    /// something else, because the section in front of it is longer than its length field can say;
+    /// kNeverMisread when there is none as far as the stream was written.
+    std::uint64_t getMisreadBit() const { return misreadBit; }
+    static constexpr std::uint64_t kNeverMisread = ~std::uint64_t{0};
 
     // What makes a complete stream lose its image. Requires: a coding function has returned 0.
     // Format: docs/format.md, 15 Images that do not come back.
@@ -79,7 +84,7 @@ private:
     void sweepPlanes();
 
     // The stages of writeWavelet, defined with it in src/coding/.
-    void foldPlanes();
+    bool foldPlanes();
     bool encodeRows(int arg);
     void closeCoders();
     void closeAndMeasure(int plane, int order, int bitPlane);
@@ -100,6 +105,7 @@ private:
     /// Bits of the stream as lazy writers are told, a little too many.
     std::uint64_t estimateBits = 0;
     std::uint64_t streamBits = 0;
+    std::uint64_t misreadBit = kNeverMisread;
 };
 
 // Instantiated for short and int in CWaveletEncoder.cpp and, where writeWavelet lives, in

@@ -11,6 +11,10 @@ namespace {
 constexpr std::int64_t kWideStrideSamples = 512;
 constexpr int kTallDistances = 512;
 
+constexpr std::int64_t kFewestSamplesForRows = 1 << 16;
+/// Twice the rows that are in work at one time.
+constexpr int kFewestRowsForRows = 256;
+
 }  // namespace
 
 int levelCount(int width, int height) {
@@ -20,6 +24,10 @@ int levelCount(int width, int height) {
     while ((1 << levels) > shorterHalf)
         --levels;
     return levels;
+}
+
+bool goesByRows(int width, int height) {
+    return height >= kFewestRowsForRows && std::int64_t{width} * height >= kFewestSamplesForRows;
 }
 
 int LevelGeometry::filteredColumns() const {

@@ -60,17 +60,28 @@ TEST(TeskExact, ASideOf1IsOutOfReachUnlessAllSamplesAre0) {
     }
 }
 
-TEST(TeskExact, PlainCodecsAndBudgetsGiveThePlainStream) {
+TEST(TeskExact, PlainCodecsGiveThePlainStreamWithAndWithoutABudget) {
     const RawImage image = flat(5, 5, 200);
     const Bytes plain = test::compressObject(image).stream;
-    const Call flagged = compressCall(test::makeCodecWithFlags(TESK_PLAIN).get(), image);
-    const Call budgeted = compressCall(test::makeCodec().get(), image, 1000);
-    for (const Call& call : {flagged, budgeted}) {
+    const test::Codec codec = test::makeCodecWithFlags(TESK_PLAIN);
+    for (const std::size_t budget : {std::size_t{0}, std::size_t{1000}}) {
+        const Call call = compressCall(codec.get(), image, budget);
         EXPECT_EQ(call.status, TESK_OK);
         EXPECT_EQ(call.bytes, plain);
         EXPECT_EQ(call.result.rescue, 0U);
         EXPECT_EQ(call.result.loss, TESK_LOSS_LONG_SECTION);
     }
+}
+
+TEST(TeskExact, ABudgetThatCutsNothingGivesTheStreamThatIsMadeWithoutOne) {
+    const RawImage image = flat(5, 5, 200);
+    const test::Codec codec = test::makeCodec();
+    const Call free = compressCall(codec.get(), image);
+    const Call budgeted = compressCall(codec.get(), image, free.bytes.size());
+    EXPECT_EQ(budgeted.status, TESK_OK);
+    EXPECT_EQ(budgeted.bytes, free.bytes);
+    EXPECT_EQ(budgeted.result.rescue, TESK_RESCUE_OTHER_REPRESENTATIVE);
+    EXPECT_EQ(budgeted.result.loss, TESK_LOSS_NONE);
 }
 
 TEST(TeskExact, VerificationChangesNoByte) {

@@ -65,7 +65,8 @@ TEST_F(TeskLimits, TheLargestImageIsCountedInPixels) {
 
 TEST_F(TeskLimits, AnImageThatCannotFitIsRefusedBeforeAnyAllocation) {
     const Bytes hostile = test::headed(qmx::makeHeader(2, 16, 65535, 65535), {8, 1, 2, 3});
-    for (const std::size_t limit : {1UL, 4096UL, 65535UL * 65535UL * 4UL}) {
+    constexpr std::size_t kFourRows = 4 * 65536 * 4;
+    for (const std::size_t limit : {std::size_t{1}, std::size_t{4096}, kFourRows - 1}) {
         const test::Codec codec = codecWith(0, limit);
         tesk_image shape = TESK_IMAGE_INIT;
         ASSERT_EQ(tesk_probe(hostile.data(), hostile.size(), &shape), TESK_OK);
@@ -79,6 +80,18 @@ TEST_F(TeskLimits, AnImageThatCannotFitIsRefusedBeforeAnyAllocation) {
         EXPECT_EQ(pixel, 0xA5);
         EXPECT_EQ(heap.calls, 0U);
     }
+}
+
+TEST_F(TeskLimits, AnImageThatTakesManyRowsIsRefusedBeforeThese) {
+    const Bytes hostile = test::headed(qmx::makeHeader(2, 16, 65535, 65535), {8, 1, 2, 3});
+    const test::Codec codec = codecWith(0, 8 << 20);
+    unsigned char pixel = 0xA5;
+    EXPECT_EQ(tesk_decompress(codec.get(), hostile.data(), hostile.size(), &pixel,
+                              std::size_t{1} << 40, 0, nullptr),
+              TESK_LIMIT_EXCEEDED);
+    EXPECT_EQ(pixel, 0xA5);
+    for (const std::size_t size : heap.sizes)
+        EXPECT_LT(size, std::size_t{8} << 20);
 }
 
 TEST_F(TeskLimits, CompressionKeepsEveryLimit) {

@@ -107,8 +107,19 @@ inline Bytes decodedBy(Way way, const Bytes& stream) {
     return {};
 }
 
+/// Returns: whether a stream without its last bytes, more than are padding, passes for the whole.
+inline bool hasFalseEnd(const Bytes& stream) {
+    constexpr std::size_t kMorePaddingThanThereIs = 3;
+    const Bytes prefix = prefixOf(stream, stream.size() - kMorePaddingThanThereIs);
+    return decompressCall(makeCodec().get(), prefix).status == TESK_OK;
+}
+
 inline bool comesBack(Way way, const Verdict& verdict, const RawImage& image) {
-    return decodedBy(way, verdict.stream) == image.bytes;
+    if (decodedBy(way, verdict.stream) != image.bytes) return false;
+    // The C interface promises more of a stream that loses nothing: it is known to be complete.
+    return way != Way::codec ||
+           (decompressCall(makeCodec().get(), verdict.stream).status == TESK_OK &&
+            !hasFalseEnd(verdict.stream));
 }
 
 }  // namespace test
