@@ -12,6 +12,13 @@
 namespace qmx {
 namespace {
 
+/// Sides are those of image planes, to which longer numbers wrap.
+bool hasNegativeSide(const RawGeometry& geometry) {
+    const int width = static_cast<int>(geometry.width);
+    const int height = static_cast<int>(geometry.height);
+    return geometry.width < 0 || geometry.height < 0 || width < 0 || height < 0;
+}
+
 template <class T, class P>
 double readAndCompare(const RawGeometry& geometry, int planes, std::FILE* first,
                       std::FILE* second) {
@@ -48,6 +55,7 @@ ErrorFigures errorFigures(double mse, long bitsPerPixel) {
 
 int compareFiles(const CommandLine& line) {
     rememberGeometry(line.geometry);
+    if (hasNegativeSide(line.geometry)) return reportImpossibleSize();
     const FilePtr first(openNamed(line.inputName, "rb"));
     if (!first) return 1;
     const FilePtr second(openNamed(line.otherName, "rb"));

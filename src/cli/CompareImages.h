@@ -17,6 +17,7 @@ struct ErrorFigures {
 ErrorFigures errorFigures(double mse, long bitsPerPixel);
 
 /// Compares two raw files of the same geometry and prints their error figures on standard output.
+/// A negative side is refused before anything is opened.
 /// Returns: the exit status. Throws: 3 when a file is too short; std::bad_alloc.
 int compareFiles(const CommandLine& line);
 
