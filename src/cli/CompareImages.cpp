@@ -6,22 +6,29 @@
 
 #include "cli/FatalErrors.h"
 #include "cli/FileModes.h"
+#include "cli/RawSurplus.h"
 #include "container/FileIo.h"
 #include "image/CImageData.h"
 
 namespace qmx {
 namespace {
 
-/// Sides are those of image planes, to which longer numbers wrap.
+/// Returns: the geometry with the sides of image planes, to which longer numbers wrap.
+RawGeometry asUsed(RawGeometry geometry) {
+    geometry.width = static_cast<int>(geometry.width);
+    geometry.height = static_cast<int>(geometry.height);
+    return geometry;
+}
+
 bool hasNegativeSide(const RawGeometry& geometry) {
-    const int width = static_cast<int>(geometry.width);
-    const int height = static_cast<int>(geometry.height);
-    return geometry.width < 0 || geometry.height < 0 || width < 0 || height < 0;
+    return geometry.width < 0 || geometry.height < 0;
 }
 
 template <class T, class P>
-double readAndCompare(const RawGeometry& geometry, int planes, std::FILE* first,
-                      std::FILE* second) {
+double readAndCompare(const CommandLine& line, int planes, std::FILE* first, std::FILE* second) {
+    const RawGeometry geometry = asUsed(line.geometry);
+    reportSurplus(first, line.inputName, geometry);
+    reportSurplus(second, line.otherName, geometry);
     const int width = static_cast<int>(geometry.width);
     const int height = static_cast<int>(geometry.height);
     CImageData<T> firstImage(width, height, planes);
@@ -32,14 +39,14 @@ double readAndCompare(const RawGeometry& geometry, int planes, std::FILE* first,
     return firstImage.getMSE(&secondImage);
 }
 
-double meanSquaredError(const RawGeometry& geometry, std::FILE* first, std::FILE* second) {
-    switch (geometry.bytesPerPixel) {
+double meanSquaredError(const CommandLine& line, std::FILE* first, std::FILE* second) {
+    switch (line.geometry.bytesPerPixel) {
         case 1:
-            return readAndCompare<short, unsigned char>(geometry, 1, first, second);
+            return readAndCompare<short, unsigned char>(line, 1, first, second);
         case 2:
-            return readAndCompare<int, unsigned short>(geometry, 1, first, second);
+            return readAndCompare<int, unsigned short>(line, 1, first, second);
         case 3:
-            return readAndCompare<short, unsigned char>(geometry, 3, first, second);
+            return readAndCompare<short, unsigned char>(line, 3, first, second);
         default:
             return 0.0;
     }
@@ -55,14 +62,15 @@ ErrorFigures errorFigures(double mse, long bitsPerPixel) {
 
 int compareFiles(const CommandLine& line) {
     rememberGeometry(line.geometry);
-    if (hasNegativeSide(line.geometry)) return reportImpossibleSize();
+    if (hasNegativeSide(line.geometry) || hasNegativeSide(asUsed(line.geometry)))
+        return reportImpossibleSize();
     const FilePtr first(openNamed(line.inputName, "rb"));
     if (!first) return 1;
     const FilePtr second(openNamed(line.otherName, "rb"));
     if (!second) return 1;
     rememberRawInput(first.get(), line.inputName);
     rememberRawInput(second.get(), line.otherName);
-    const double mse = meanSquaredError(line.geometry, first.get(), second.get());
+    const double mse = meanSquaredError(line, first.get(), second.get());
     const ErrorFigures figures = errorFigures(mse, line.geometry.bitsPerPixel);
     std::printf("MSE=%f RMSE=%f PSNR=%f\n", figures.mse, figures.rmse, figures.psnr);
     // The figures are all that this mode is for: losing them is not a success.

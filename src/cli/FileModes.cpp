@@ -3,6 +3,7 @@
 #include <sys/stat.h>
 
 #include "cli/FatalErrors.h"
+#include "cli/RawSurplus.h"
 #include "container/CompressDriver.h"
 #include "container/DecompressDriver.h"
 #include "container/FileIo.h"
@@ -57,6 +58,7 @@ int compressFile(const CommandLine& line) {
     return dispatchSamples(
         header, MostBitsOfShort::inFiles,
         [&]<class T, class P>() {
+            reportSurplus(files.input.get(), line.inputName, header);
             LossReport loss;
             const int status = compress<T, P>(header, files.input.release(), files.output.release(),
                                               line.rate, line.upper, line.extra, &loss);

@@ -9,6 +9,7 @@
 #include "bitstream/Status.h"
 #include "cli/FatalErrors.h"
 #include "cli/FileModes.h"
+#include "cli/RawSurplus.h"
 #include "container/Budget.h"
 #include "container/FileIo.h"
 
@@ -52,6 +53,7 @@ int compressInMemory(const CommandLine& line) {
     if (!openJobFiles(line, files)) return 1;
     if (!header.isSupported()) return refuseFormat();
 
+    reportSurplus(files.input.get(), line.inputName, header);
     ByteArray pixels = readPixels(std::move(files.input), header.rawBytes());
     const std::uint64_t budgetBytes =
         truncateToUnsigned(static_cast<double>(header.rawBytes()) * line.rate);

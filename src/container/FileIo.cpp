@@ -18,14 +18,19 @@ bool canSeek(std::FILE* file) {
 /// Returns: one byte more than is left of a regular file, so that its end is met at once; for other
 /// files a first guess.
 std::size_t expectedBytes(std::FILE* file) {
-    struct stat state {};
-    const bool isRegular = fstat(fileno(file), &state) == 0 && S_ISREG(state.st_mode);
-    if (!isRegular) return kCopyBytes;
-    const off_t left = state.st_size - std::max<off_t>(ftello(file), 0);
-    return static_cast<std::size_t>(std::max<off_t>(left, 0)) + 1;
+    const std::optional<std::uint64_t> left = bytesLeft(file);
+    return left ? static_cast<std::size_t>(*left) + 1 : kCopyBytes;
 }
 
 }  // namespace
+
+std::optional<std::uint64_t> bytesLeft(std::FILE* file) {
+    struct stat state {};
+    const bool isRegular = fstat(fileno(file), &state) == 0 && S_ISREG(state.st_mode);
+    if (!isRegular) return std::nullopt;
+    const off_t left = state.st_size - std::max<off_t>(ftello(file), 0);
+    return static_cast<std::uint64_t>(std::max<off_t>(left, 0));
+}
 
 void writeAll(std::FILE* file, FileRole role, const void* bytes, std::size_t sizeBytes) {
     if (sizeBytes == 0) return;  // bytes may then be null

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <memory>
+#include <optional>
 
 namespace qmx {
 
@@ -29,6 +30,10 @@ void writeAll(std::FILE* file, FileRole role, const void* bytes, std::size_t siz
 /// Reads up to sizeBytes bytes of the input. Returns: how many came before its end. Throws:
 /// FileError for any other reason to stop.
 std::size_t readUpTo(std::FILE* file, void* bytes, std::size_t sizeBytes);
+
+/// Returns: the bytes of a regular file from where it stands to its end; nothing for other files,
+/// whose length nobody knows.
+std::optional<std::uint64_t> bytesLeft(std::FILE* file);
 
 /// Returns: where a file stands that can be read again from there, -1 for others.
 std::int64_t placeToReturn(std::FILE* file);

@@ -55,6 +55,20 @@ TEST(FileIo, TheEndOfAFileIsNoErrorButAFolderIs) {
     EXPECT_EQ(error.errorNumber, EISDIR);
 }
 
+TEST(FileIo, BytesAreLeftBehindWhereARegularFileStands) {
+    const test::TempDir folder;
+    test::writeFile(folder / "file", {1, 2, 3});
+    const FilePtr file = open(folder / "file", "rb");
+    EXPECT_EQ(bytesLeft(file.get()), 3U);
+    unsigned char bytes[2];
+    readUpTo(file.get(), bytes, sizeof bytes);
+    EXPECT_EQ(bytesLeft(file.get()), 1U);
+    fseeko(file.get(), 10, SEEK_SET);
+    EXPECT_EQ(bytesLeft(file.get()), 0U);
+    for (const char* other : {"/dev/zero", "/"})
+        EXPECT_EQ(bytesLeft(open(other, "rb").get()), std::nullopt) << other;
+}
+
 TEST(FileIo, AFileThatCanSeekStaysAsItIs) {
     const test::TempDir folder;
     test::writeFile(folder / "file", {1, 2, 3});

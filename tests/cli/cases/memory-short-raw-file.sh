@@ -1,4 +1,4 @@
-# Bytes that a raw file lacks are 0.
+# Bytes that a raw file lacks are 0, and more than it needs do not count.
 head -c 5000 "$GOLDEN/rgb_photo_64x48.raw" >short.raw
 { cat short.raw; head -c 4216 /dev/zero; } >padded.raw
 sizes padded.raw

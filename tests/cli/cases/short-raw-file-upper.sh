@@ -1,7 +1,7 @@
 # Missing samples are 0, half a 16-bit sample too.
 check() { # SIZE FULL NUMBERS...
   head -c "$1" "$GOLDEN/$2.raw" >short.raw
-  { cat short.raw; head -c 10000 /dev/zero; } >filled.raw
+  { cat short.raw; head -c 10000 /dev/zero; } | head -c $(($3 * $5 * $6)) >filled.raw
   run C short.raw "${@:3}" short.tk | tail -n 1
   run c filled.raw "${@:3}" filled.tk | tail -n 1
   cmp short.tk filled.tk
