@@ -4,6 +4,7 @@
 #include <new>
 
 #include "info/CheckStream.h"
+#include "info/JsonString.h"
 #include "info/ReportOutput.h"
 
 namespace qmx {
@@ -54,7 +55,7 @@ InfoStatus refuse(const char* name, const Refusal& refusal, bool asJson) {
     const char* format = refusal.status == InfoStatus::unreadable
                              ? "tesk-info: cannot read '%s': %s\n"
                              : "tesk-info: '%s': %s\n";
-    std::fprintf(stderr, format, name, refusal.message.c_str());
+    std::fprintf(stderr, format, onOneLine(name).c_str(), refusal.message.c_str());
     return refusal.status;
 }
 

@@ -30,8 +30,17 @@ std::size_t characterBytes(std::string_view text) {
 
 std::string escaped(char character) {
     char text[8];
-    std::snprintf(text, sizeof text, "\\u%04x", static_cast<unsigned>(character));
+    std::snprintf(text, sizeof text, "\\u%04x",
+                  static_cast<unsigned>(static_cast<unsigned char>(character)));
     return text;
+}
+
+/// Returns: whether the front of text, a character of so many bytes or one that is no UTF-8 (0), is a
+/// control character, U+0000 to U+001F or U+007F to U+009F, also as a byte of an 8-bit code.
+bool isControl(std::string_view text, std::size_t bytes) {
+    const auto last = static_cast<unsigned char>(text[bytes == 2 ? 1 : 0]);
+    if (bytes == 2) return text[0] == '\xC2' && last < 0xA0;
+    return bytes < 2 && (last < 0x20 || (last >= 0x7F && last < 0xA0));
 }
 
 }  // namespace
@@ -53,6 +62,21 @@ std::string jsonString(std::string_view text) {
         text.remove_prefix(bytes == 0 ? 1 : bytes);
     }
     return json + '"';
+}
+
+std::string onOneLine(std::string_view text) {
+    std::string line;
+    while (!text.empty()) {
+        const std::size_t bytes = characterBytes(text);
+        const std::size_t taken = bytes == 0 ? 1 : bytes;
+        if (isControl(text, bytes)) {
+            line += escaped(text[taken - 1]);
+        } else {
+            line += text.substr(0, taken);
+        }
+        text.remove_prefix(taken);
+    }
+    return line;
 }
 
 }  // namespace qmx

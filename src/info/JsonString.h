@@ -9,4 +9,8 @@ namespace qmx {
 /// files may have, become U+FFFD.
 std::string jsonString(std::string_view text);
 
+/// Returns: text for a line that is read by people, maybe on a terminal: control characters as JSON
+/// escapes them, all other bytes as they are.
+std::string onOneLine(std::string_view text);
+
 }  // namespace qmx

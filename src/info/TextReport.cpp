@@ -2,6 +2,7 @@
 
 #include <cinttypes>
 
+#include "info/JsonString.h"
 #include "info/ReportOutput.h"
 
 namespace qmx {
@@ -73,7 +74,7 @@ void printTable(std::FILE* out, const CStreamFile& file) {
 
 void printText(std::FILE* out, const FileReport& report, bool listsSections) {
     const StreamReport& stream = report.stream;
-    std::fprintf(out, "%s:\n", report.name);
+    std::fprintf(out, "%s:\n", onOneLine(report.name).c_str());
     printImage(out, stream.header);
     printSize(out, stream);
     printState(out, report);

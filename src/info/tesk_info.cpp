@@ -7,6 +7,7 @@
 
 #include "api/tesk.h"
 #include "info/DescribeFile.h"
+#include "info/JsonString.h"
 
 namespace {
 
@@ -30,7 +31,8 @@ InfoStatus run(const qmx::InfoArguments& arguments) {
             std::printf("tesk-info %s\n", tesk_version());
             return InfoStatus::fine;
         case qmx::InfoTask::refuse:
-            std::fprintf(stderr, "tesk-info: %s; --help says more\n", arguments.complaint.c_str());
+            std::fprintf(stderr, "tesk-info: %s; --help says more\n",
+                         qmx::onOneLine(arguments.complaint).c_str());
             return InfoStatus::wrongArguments;
     }
     return InfoStatus::wrongArguments;

@@ -5,6 +5,7 @@
 namespace {
 
 using qmx::jsonString;
+using qmx::onOneLine;
 
 TEST(JsonString, PlainTextIsQuoted) {
     EXPECT_EQ(jsonString(""), "\"\"");
@@ -40,6 +41,20 @@ TEST(JsonString, EachByteThatIsNoUtf8IsReplaced) {
     EXPECT_EQ(jsonString("\xED\xA0\x80"), replaced(3));      // half of a pair
     EXPECT_EQ(jsonString("\xF4\x90\x80\x80"), replaced(4));  // beyond the last character
     EXPECT_EQ(jsonString("\xF8\x88\x80\x80\x80"), replaced(5));
+}
+
+TEST(OnOneLine, ControlCharactersAreEscaped) {
+    EXPECT_EQ(onOneLine("a\nb\x1B[z\x01\x1F"), "a\\u000ab\\u001b[z\\u0001\\u001f");
+    EXPECT_EQ(onOneLine("\x7F"), "\\u007f");
+    EXPECT_EQ(onOneLine("\xC2\x80\xC2\x9F"), "\\u0080\\u009f");
+    EXPECT_EQ(onOneLine("\x80\x9F"), "\\u0080\\u009f");  // of an 8-bit code
+}
+
+TEST(OnOneLine, AllElseStaysAsItIs) {
+    // The bounds of the control characters, other characters with their bytes, and no UTF-8.
+    for (const char* text : {"", " ~/a\"b\\c.tk", "\xC2\xA0", "\xC3\x80\xC3\x9F", "\xE2\x82\x80",
+                             "\xF4\x8F\x80\x80", "\xA0\xFF", "\xC2"})
+        EXPECT_EQ(onOneLine(text), text);
 }
 
 }  // namespace
