@@ -72,7 +72,7 @@ void printOpening(std::FILE* out, const char* name, const char* status) {
 }  // namespace
 
 void printJson(std::FILE* out, const FileReport& report) {
-    printOpening(out, report.name, nameOf(report.stream.end));
+    printOpening(out, report.name, stateOf(report.stream));
     std::fprintf(out, "  \"checked\": %s,\n", report.isChecked ? "true" : "false");
     printGeometry(out, report.stream);
     printSizes(out, report.stream);
@@ -92,10 +92,10 @@ void printJsonError(std::FILE* out, const char* name, const char* status, const 
     std::fprintf(out, "  \"message\": %s\n}\n", jsonString(message).c_str());
 }
 
-const char* nameOf(StreamEnd end) {
-    switch (end) {
+const char* stateOf(const StreamReport& stream) {
+    switch (stream.end) {
         case StreamEnd::complete:
-            return "complete";
+            return stream.isDoubtful() ? "doubtful" : "complete";
         case StreamEnd::cut:
             return "cut";
         case StreamEnd::invalid:

@@ -26,8 +26,8 @@ void printJson(std::FILE* out, const FileReport& report);
 /// tesk-info(1) lists; message says why.
 void printJsonError(std::FILE* out, const char* name, const char* status, const char* message);
 
-/// Returns: "complete", "cut" or "invalid".
-const char* nameOf(StreamEnd end);
+/// Returns: "complete", "doubtful", "cut" or "invalid".
+const char* stateOf(const StreamReport& stream);
 
 /// Calls print(section) for all sections of a stream.
 template <class Print>

@@ -27,6 +27,10 @@ struct StreamReport {
     std::uint64_t firstPictureBytes = 0;
 
     std::uint64_t trailingBytes() const { return fileBytes - streamBytes; }
+    /// Whether whole bytes follow a complete stream. A length that lies, or damage, can lead to an end
+    /// mark in the middle of a stream; bytes that somebody added look the same.
+    /// Format: docs/format.md, 15 Images that do not come back.
+    bool isDoubtful() const { return end == StreamEnd::complete && trailingBytes() != 0; }
     std::uint64_t samples() const {
         return std::uint64_t{header.xSize} * header.ySize *
                static_cast<std::uint64_t>(header.planes());

@@ -31,11 +31,15 @@ void printSize(std::FILE* out, const StreamReport& stream) {
 
 void printState(std::FILE* out, const FileReport& report) {
     const StreamReport& stream = report.stream;
-    std::fprintf(out, "  state          %s", nameOf(stream.end));
+    std::fprintf(out, "  state          %s", stateOf(stream));
+    if (report.isChecked && stream.end != StreamEnd::invalid) std::fputs(", decodes", out);
     if (stream.end == StreamEnd::invalid)
         std::fprintf(out, ": what begins at byte %" PRIu64 ", bit %d, is no section of this image",
                      byteOfStreamBit(stream.endBit), bitInByte(stream.endBit));
-    if (report.isChecked && stream.end != StreamEnd::invalid) std::fputs(", decodes", out);
+    if (stream.isDoubtful())
+        std::fprintf(out,
+                     ": %" PRIu64 " byte%s its end mark, so it probably does not restore its image",
+                     stream.trailingBytes(), stream.trailingBytes() == 1 ? " follows" : "s follow");
     std::fputc('\n', out);
 }
 

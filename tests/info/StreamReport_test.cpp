@@ -101,15 +101,18 @@ TEST_F(StreamReportTest, BytesBehindTheEndAreNotOfTheStream) {
     Bytes stream = test::readFile(TESK_GOLDEN_FOLDER "/g8_photo_64x64.c.tk");
     const std::size_t bytes = stream.size();
     EXPECT_EQ(describeStream(open(stream)).trailingBytes(), 0U);
+    EXPECT_FALSE(describeStream(open(stream)).isDoubtful());
     stream.resize(bytes + 5);
     const StreamReport report = describeStream(open(stream));
     EXPECT_EQ(report.streamBytes, bytes);
     EXPECT_EQ(report.trailingBytes(), 5U);
     EXPECT_EQ(report.end, StreamEnd::complete);
+    EXPECT_TRUE(report.isDoubtful());
     // Padding that is missing is not missed.
     const StreamReport shorter = describeStream(open(stream, bytes - 1));
     EXPECT_EQ(shorter.end, StreamEnd::complete);
     EXPECT_EQ(shorter.streamBytes, bytes - 1);
+    EXPECT_FALSE(shorter.isDoubtful());
 }
 
 TEST_F(StreamReportTest, CountsSections) {
