@@ -79,13 +79,14 @@ const char* tesk_status_message(int status) {
         case TESK_OK:
             return "complete";
         case TESK_CUT:
-            return "usable, but the stream ends early";
+            return "usable, but not complete: the stream was cut at the budget, or ended early";
         case TESK_STOPPED:
             return "stopped on request";
         case TESK_INVALID_STREAM:
             return "not a valid stream";
         case TESK_UNSUPPORTED_FORMAT:
-            return "image format not supported";
+            return "image format not supported: 8-bit gray, 16-bit gray or 8-bit R, G, B, sides up "
+                   "to 65535; bits count one sample (8 for R, G, B, not 24)";
         case TESK_LIMIT_EXCEEDED:
             return "beyond the limits of the caller";
         case TESK_OUT_OF_MEMORY:
@@ -104,7 +105,7 @@ const char* tesk_status_message(int status) {
 const char* tesk_loss_message(int loss) {
     switch (loss) {
         case TESK_LOSS_NONE:
-            return "the image comes back exactly";
+            return "no loss";
         case TESK_LOSS_BUDGET:
             return "the stream was cut at the budget";
         case TESK_LOSS_SIDE_OF_ONE:

@@ -37,7 +37,7 @@ typedef enum tesk_status {
     TESK_CUT = 1,                /* usable: the stream ends at the budget, or ended early */
     TESK_STOPPED = 2,            /* tesk_stop was called; there is no result */
     TESK_INVALID_STREAM = 3,     /* this is no stream, or a section names what the image lacks */
-    TESK_UNSUPPORTED_FORMAT = 4, /* no stream can hold such an image */
+    TESK_UNSUPPORTED_FORMAT = 4, /* no stream can hold such an image; bits count one sample */
     TESK_LIMIT_EXCEEDED = 5,     /* beyond what the caller's options allow */
     TESK_OUT_OF_MEMORY = 6,      /* the allocator has no more */
     TESK_BUFFER_TOO_SMALL = 7,   /* the caller's buffer does not hold the result */
@@ -45,7 +45,8 @@ typedef enum tesk_status {
     TESK_NOT_RESTORABLE = 9      /* no stream restores this image; see TESK_PLAIN */
 } tesk_status;
 
-/* Returns: a few words of English for a status, also for a number that is none. Never null. */
+/* Returns: a line of English for a status, also for a number that is none, without a line end. Never
+ * null. */
 const char* tesk_status_message(int status);
 
 /* Returns: the version of the library that runs, "major.minor.patch". TESK_VERSION_MAJOR and its
@@ -130,7 +131,7 @@ void tesk_clear_stop(tesk_codec* codec);
 
 /* Why the stream of a compression will not restore its image. The numbers do not change. */
 typedef enum tesk_loss {
-    TESK_LOSS_NONE = 0,        /* it restores the image exactly */
+    TESK_LOSS_NONE = 0,        /* no loss; a stream that was written restores the image exactly */
     TESK_LOSS_BUDGET = 1,      /* it was cut at the budget, and opens as an approximation */
     TESK_LOSS_SIDE_OF_ONE = 2, /* an image with a side of 1 has no coefficients */
     TESK_LOSS_THIN_IMAGE = 3,  /* decoders filter the longer side of images with a side of 2 or 3 */
@@ -143,7 +144,8 @@ typedef enum tesk_loss {
     TESK_LOSS_UNKNOWN = 8    /* it was decoded and is not the image: please report this */
 } tesk_loss;
 
-/* Returns: a few words of English for a loss, also for a number that is none. Never null. */
+/* Returns: a few words of English for a loss, also for a number that is none. Never null. Those of
+ * TESK_LOSS_NONE promise nothing: look at the status first, without a stream nothing comes back. */
 const char* tesk_loss_message(int loss);
 
 /* What was done so that a stream restores its image where the plain one would not, for tesk_result, also

@@ -35,6 +35,24 @@ TEST(TeskMessages, AreDistinctAndNeverNull) {
     }
 }
 
+TEST(TeskMessages, OfAnUnsupportedFormatSayWhichThereAreAndWhatBitsCount) {
+    const std::string message = tesk_status_message(TESK_UNSUPPORTED_FORMAT);
+    for (const char* words : {"8-bit gray", "16-bit gray", "8-bit R, G, B", "65535", "not 24"})
+        EXPECT_NE(message.find(words), std::string::npos) << words;
+    EXPECT_EQ(message.find('\n'), std::string::npos);
+}
+
+TEST(TeskMessages, OfACutStreamHoldForBothDirections) {
+    const std::string message = tesk_status_message(TESK_CUT);
+    for (const char* words : {"not complete", "cut at the budget", "ended early"})
+        EXPECT_NE(message.find(words), std::string::npos) << words;
+}
+
+TEST(TeskMessages, NoLossPromisesNothing) {
+    // The result of a call that came to nothing holds it, too.
+    EXPECT_STREQ(tesk_loss_message(TESK_LOSS_NONE), "no loss");
+}
+
 TEST(TeskNumbers, StayAsTheyAre) {
     const int numbers[] = {TESK_OK,
                            TESK_CUT,
