@@ -85,7 +85,7 @@ unsigned long CTeskCompressor::getStreamSize() const {
     return getBlock() != nullptr ? sizeof(TKHeader) + writer->getStoredBytes() : 0;
 }
 
-LossReport findLoss(CTeskCompressor& compressor) {
+LossReport findLoss(CTeskCompressor& compressor, bool hasRate) {
     const TKHeader& header = compressor;
     StreamFate fate;
     fate.stream = compressor.getBlock() + sizeof header;
@@ -93,11 +93,14 @@ LossReport findLoss(CTeskCompressor& compressor) {
     LossReport report = dispatchSamples(
         header, MostBitsOfShort::inMemory,
         [&]<class T, class P>() {
-            return findLoss(static_cast<CWaveletEncoder<T>&>(*compressor.encoder), header, fate);
+            auto& encoder = static_cast<CWaveletEncoder<T>&>(*compressor.encoder);
+            fate.isLossAskedFor = hasRate && fate.streamBytes < (encoder.getStreamBits() + 7) / 8;
+            return findLoss(encoder, header, fate);
         },
         [] { return LossReport{}; });
     // Decoders in memory take no header alone, though a header alone restores zeros elsewhere.
-    if (fate.streamBytes == 0 && report.loss == Loss::none) report.loss = Loss::cut;
+    const bool isHeaderAlone = fate.streamBytes == 0 && !hasRate;
+    if (isHeaderAlone && report.loss == Loss::none) report.loss = Loss::cut;
     return report;
 }
 

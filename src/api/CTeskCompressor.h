@@ -58,7 +58,7 @@ protected:
 
 private:
     friend class CBitTeskWriter;
-    friend LossReport findLoss(CTeskCompressor& compressor);
+    friend LossReport findLoss(CTeskCompressor& compressor, bool hasRate);
 
     template <class T, class P>
     void setup(const void* data);

@@ -98,8 +98,21 @@ void reportDecompressionError(int result, const CommandLine& line) {
 
 void reportLoss(const LossReport& report, const CommandLine& line) {
     if (report.loss == Loss::none) return;
-    std::fprintf(stderr, "tesk: warning: '%s' will not restore '%s' exactly: %s\n", line.otherName,
-                 line.inputName, describeLoss(report).c_str());
+    const std::string reason = describeLoss(report);
+    switch (report.reading) {
+        case Reading::right:
+            std::fprintf(stderr, "tesk: warning: '%s' will not restore '%s' exactly: %s\n",
+                         line.otherName, line.inputName, reason.c_str());
+            break;
+        case Reading::wrong:
+            std::fprintf(stderr, "tesk: warning: '%s' decodes to another image: %s\n",
+                         line.otherName, reason.c_str());
+            break;
+        case Reading::refused:
+            std::fprintf(stderr, "tesk: warning: '%s' cannot be decoded: %s\n", line.otherName,
+                         reason.c_str());
+            break;
+    }
 }
 
 int reportFileError(const FileError& error, const CommandLine& line) {

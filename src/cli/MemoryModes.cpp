@@ -26,14 +26,13 @@ ByteArray readPixels(FilePtr raw, std::size_t sizeBytes) {
     return pixels;
 }
 
-/// Writes and releases the block, if there is one. Returns: what the stream loses that no rate asked
-/// for.
+/// Writes and releases the block, if there is one. Returns: what the stream loses that no rate asked for.
 LossReport writeBlock(CTeskCompressor& compressor, std::FILE* stream, double rate) {
     const auto release = [&](unsigned char* block) { compressor.freeBlock(block); };
     const std::unique_ptr<unsigned char, decltype(release)> block(compressor.getBlock(), release);
     if (block == nullptr) return {};
     writeAll(stream, FileRole::output, block.get(), compressor.getStreamSize());
-    return rate == 0.0 ? findLoss(compressor) : LossReport{};
+    return findLoss(compressor, rate != 0.0);
 }
 
 /// The header as the decompressor will see it, for messages about an image that is too large for it.

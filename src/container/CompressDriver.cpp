@@ -58,15 +58,22 @@ bool writeCoefficients(IWaveletEncoder& encoder, CBitWriter& writer, int extra) 
     return wasSuspended;
 }
 
+/// Returns: whether a rate leaves less than the complete stream takes.
+template <class T>
+bool asksForLoss(const CWaveletEncoder<T>& encoder, const TKHeader& header, double rate) {
+    return rate != 0.0 && streamBudgetBytes(header, rate) < (encoder.getStreamBits() + 7) / 8;
+}
+
 /// Sends the stream to the file while it is made. Returns: what it loses.
 template <class T>
 LossReport writeComplete(CWaveletEncoder<T>& encoder, const TKHeader& header, std::FILE* out,
-                         int extra) {
+                         double rate, int extra) {
     StreamFate fate;
     {
         const auto writer = std::make_unique<CBitFileWriter>(out);
         fate.wasSuspended = writeCoefficients(encoder, *writer, extra);
     }
+    fate.isLossAskedFor = asksForLoss(encoder, header, rate);
     return findLoss(encoder, header, fate);
 }
 
@@ -89,7 +96,8 @@ LossReport writeBudgeted(CWaveletEncoder<T>& encoder, const TKHeader& header, st
     std::printf(kTotals, static_cast<ssize_t>(totalBits), static_cast<ssize_t>(fate.streamBytes),
                 static_cast<long>(budgetBytes));
     writeAll(out, FileRole::output, buffer.get(), fate.streamBytes);
-    return rate == 0.0 ? findLoss(encoder, header, fate) : LossReport{};
+    fate.isLossAskedFor = asksForLoss(encoder, header, rate);
+    return findLoss(encoder, header, fate);
 }
 
 /// Rows of a raw file as they come.
@@ -115,14 +123,16 @@ private:
 /// Reads an image once more, to compare it with what its stream restores. Returns: what that loses.
 template <class T, class P>
 LossReport compareAgain(CImageData<T>& image, CFilter<T>& filter, const TKHeader& header,
-                        std::FILE* in, std::int64_t place) {
+                        std::FILE* in, std::int64_t place, double rate) {
     returnTo(in, place);
     image.template rawReadT<P>(in);
     transformColours(image);
     CWaveletEncoder<T> encoder(&image, &filter, false);
     encoder.transform();
     encoder.codeCoefficients(0);
-    return findLoss(encoder, header, {});
+    StreamFate fate;
+    fate.isLossAskedFor = asksForLoss(encoder, header, rate);
+    return findLoss(encoder, header, fate);
 }
 
 void announceTransforms(const TKHeader& header) {
@@ -165,7 +175,7 @@ int compress(TKHeader header, std::FILE* in, std::FILE* out, double rate, bool u
     const std::int64_t place = placeToReturn(in);
     if (!upper && extra == 0 && place >= 0 && encoder.gainsByRows()) {
         const auto found = compressByRows<T, P>(encoder, header, in, out);
-        report = found ? *found : compareAgain<T, P>(image, filter, header, in, place);
+        report = found ? *found : compareAgain<T, P>(image, filter, header, in, place, rate);
     } else {
         readRaw<T, P>(image, std::move(rawFile), upper);
         transformColours(image);
@@ -173,7 +183,7 @@ int compress(TKHeader header, std::FILE* in, std::FILE* out, double rate, bool u
         encoder.transform();
         std::puts(kWriting);
         report = upper ? writeBudgeted(encoder, header, out, rate, extra)
-                       : writeComplete(encoder, header, out, extra);
+                       : writeComplete(encoder, header, out, rate, extra);
     }
     closeOutput(std::move(streamFile));
     if (loss != nullptr) *loss = report;

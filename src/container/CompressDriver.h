@@ -14,7 +14,8 @@ namespace qmx {
 ///  - in: the raw file at its start; closed here.
 ///  - out: the stream file, positioned behind the 16 header bytes that the caller has written;
 ///    closed here.
-///  - rate: the budget as a multiple of the raw size, 0 for 1.5; used only when upper is true.
+///  - rate: the budget as a multiple of the raw size, 0 for 1.5; when upper is false, nothing is cut, but
+///    loss says less of what a rate asked for.
 ///  - upper: build the stream in memory and cut it at the budget; else send it, complete, through a
 ///    buffer of 4096 bytes to the file.
 ///  - extra: passed on to CWaveletEncoder::writeWavelet.

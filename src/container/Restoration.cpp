@@ -78,13 +78,13 @@ bool restores(CWaveletEncoder<T>& encoder, const TKHeader& header, const unsigne
     return haveSamePixels(encoder.getImage(), decoded, header, limitBits, memory);
 }
 
-/// The same for a stream that is no longer in memory.
+/// Returns: the complete stream, for one that is no longer in memory.
 template <class T>
-bool restoresAgain(CWaveletEncoder<T>& encoder, const TKHeader& header, std::size_t streamBytes) {
-    const auto stream = makeArray<unsigned char>(streamBytes, encoder.getMemory());
+MemoryArray<unsigned char> makeAgain(CWaveletEncoder<T>& encoder, std::uint64_t streamBytes) {
+    auto stream = makeArray<unsigned char>(streamBytes, encoder.getMemory());
     CBitWriter writer(stream.get(), streamBytes);
     encoder.writeStream(writer);
-    return restores(encoder, header, stream.get(), streamBytes);
+    return stream;
 }
 
 /// Returns: the reason alone.
@@ -152,18 +152,32 @@ bool hasDoubts(const CWaveletEncoder<T>& encoder, const TKHeader& header) {
 template <class T>
 LossReport findLoss(CWaveletEncoder<T>& encoder, const TKHeader& header, const StreamFate& fate) {
     LossReport report;
-    report.completeBytes = sizeof header + (encoder.getStreamBits() + 7) / 8;
-    const bool isInMemory = fate.stream != nullptr;
-    report.streamBytes = isInMemory ? sizeof header + fate.streamBytes : report.completeBytes;
-    const bool wasCut = report.streamBytes < report.completeBytes;
+    const std::uint64_t completeBytes = (encoder.getStreamBits() + 7) / 8;
+    WrittenStream written{fate.stream, fate.streamBytes, encoder.getMisreadBit()};
+    if (fate.stream == nullptr) written.sizeBytes = completeBytes;
+    report.completeBytes = sizeof header + completeBytes;
+    report.streamBytes = sizeof header + written.sizeBytes;
+    const bool wasCut = written.sizeBytes < completeBytes;
+    if (wasCut && fate.isLossAskedFor) {
+        report.reading = readingOf(header, written);
+        report.loss = report.reading == Reading::right ? Loss::none : Loss::overlongSection;
+        report.count = countOf(encoder, report.loss);
+        return report;
+    }
     report.loss = suspectLoss(encoder, header, fate.wasSuspended, wasCut);
     report.count = countOf(encoder, report.loss);
     if (isCertain(report.loss)) return report;
 
-    const bool isRestored =
-        isInMemory ? restores(encoder, header, fate.stream, fate.streamBytes)
-                   : restoresAgain(encoder, header, report.completeBytes - sizeof header);
-    if (isRestored) report.loss = Loss::none;
+    MemoryArray<unsigned char> again;
+    if (written.bytes == nullptr) {
+        again = makeAgain(encoder, completeBytes);
+        written.bytes = again.get();
+    }
+    if (restores(encoder, header, written.bytes, written.sizeBytes)) {
+        report.loss = Loss::none;
+    } else if (fate.isLossAskedFor && readingOf(header, written) == Reading::refused) {
+        report.reading = Reading::refused;
+    }
     return report;
 }
 

@@ -3,12 +3,13 @@
 #include <cstdint>
 #include <string>
 
+#include "container/StreamReading.h"
 #include "container/TKHeader.h"
 #include "wavelet/CWaveletEncoder.h"
 
 namespace qmx {
 
-// Streams that were made without a wish to lose anything, and lose something all the same.
+// Streams that lose what nobody asked for.
 // Format: docs/format.md, 15 Images that do not come back.
 
 enum class Loss {
@@ -36,6 +37,8 @@ struct LossReport {
     std::uint64_t count = 0;
     std::uint64_t streamBytes = 0;
     std::uint64_t completeBytes = 0;
+    /// What decoders make of the stream, as far as a rate asked for a loss; else right.
+    Reading reading = Reading::right;
 };
 
 /// Returns: the reason in plain words with its numbers, without a full stop, and what would help.
@@ -47,6 +50,8 @@ struct StreamFate {
     const unsigned char* stream = nullptr;
     std::uint64_t streamBytes = 0;
     bool wasSuspended = false;
+    /// A rate leaves less than the complete stream takes.
+    bool isLossAskedFor = false;
 };
 
 /// Returns: the first reason there is to doubt that the stream of encoder restores its image.
@@ -67,6 +72,7 @@ bool hasDoubts(const CWaveletEncoder<T>& encoder, const TKHeader& header);
 /// encoder knows; where it has to doubt, the stream is decoded and compared.
 ///
 ///  - fate.stream: null for a complete stream that is no longer in memory; it is then made again.
+///  - fate.isLossAskedFor: a stream that was cut loses what it should, as long as decoders come to the cut.
 ///
 /// Requires: encoder's codeCoefficients has returned 0, or its codeRows, and it has no doubts about a
 /// complete stream. Its planes hold nothing of use afterwards.
