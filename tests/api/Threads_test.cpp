@@ -44,10 +44,14 @@ private:
 
 struct Worker {
     explicit Worker(int index) {
+        // Every fourth image is one that calls take row by row.
+        const bool isLarge = index % 4 == 3;
+        const int height = isLarge ? 256 + index : 60 + 3 * index;
         // Not every size comes back from its complete stream; the next one that does.
-        for (int width = 40 + 7 * index; image.bytes != test::decode(stream).bytes; ++width) {
+        for (int width = isLarge ? 256 : 40 + 7 * index; image.bytes != test::decode(stream).bytes;
+             ++width) {
             image = test::makeImage(Content::noise, 1 + index % 3, index % 3 == 1 ? 16 : 8, width,
-                                    60 + 3 * index, static_cast<unsigned>(index));
+                                    height, static_cast<unsigned>(index));
             stream = test::encode(image);
         }
     }
@@ -99,6 +103,7 @@ void workWithCalls(Worker& worker, tesk_codec* codec) {
     tesk_clear_stop(codec);
     EXPECT_TRUE(compressed.status == TESK_OK || compressed.status == TESK_STOPPED);
     EXPECT_TRUE(decompressed.status == TESK_OK || decompressed.status == TESK_STOPPED);
+    // What claims to be complete is, however close the stop was.
     EXPECT_TRUE(compressed.status == TESK_STOPPED || compressed.bytes == worker.stream);
     if (decompressed.status == TESK_OK) {
         EXPECT_EQ(decompressed.bytes, worker.image.bytes);
@@ -107,7 +112,9 @@ void workWithCalls(Worker& worker, tesk_codec* codec) {
 }
 
 void work(Worker& worker, int index) {
-    const test::Codec codec = test::makeCodec();
+    // The comparison would find what a stop has left incomplete; half of the codecs do without it.
+    const test::Codec codec =
+        test::makeCodecWithFlags(index % 8 < 4 ? 0U : std::uint32_t{TESK_UNVERIFIED});
     for (int round = 0; round < kRounds; ++round) {
         if (index % 2 == 0) workWithObjects(worker);
         if (index % 2 == 1) workWithCalls(worker, codec.get());
