@@ -3,31 +3,17 @@
 #include <gtest/gtest.h>
 
 #include "coding/FoldedValue.h"
+#include "support/FoundRescue.h"
 #include "support/TestImages.h"
 
 namespace {
 
 using namespace qmx;
+using test::FoundRescue;
+using test::rescue;
 
 std::uint64_t folded(int coefficient) {
     return static_cast<std::uint64_t>(fold(std::int64_t{coefficient}));
-}
-
-struct Found {
-    bool isFound = false;
-    FoldedValues values;
-    ClosingRuns closing = ClosingRuns::written;
-};
-
-Found rescue(const FoldedValues& values, std::uint64_t longest, const ICoefficientMove& move) {
-    Found found;
-    found.isFound = SectionRescue(values, longest, move)
-                        .search([&](const FoldedValues& moved, ClosingRuns closing) {
-                            found.values = moved;
-                            found.closing = closing;
-                            return true;
-                        });
-    return found;
 }
 
 TEST(COtherRepresentative, IsTheSameCoefficientModulo65536) {
@@ -53,7 +39,7 @@ TEST(CWholeWraps, AddMultiplesOf65536ForEachSample) {
 
 TEST(SectionRescue, LeavesOutALastRunOf0WhereThatIsEnough) {
     const FoldedValues values(8, folded(200));
-    const Found found = rescue(values, 16, COtherRepresentative());
+    const FoundRescue found = rescue(values, 16, COtherRepresentative());
     ASSERT_TRUE(found.isFound);
     EXPECT_EQ(found.values, values);
     EXPECT_EQ(found.closing, ClosingRuns::zerosLeftOut);
@@ -61,7 +47,7 @@ TEST(SectionRescue, LeavesOutALastRunOf0WhereThatIsEnough) {
 
 TEST(SectionRescue, MovesTheLastCoefficientsFirst) {
     const FoldedValues values(9, folded(-200));
-    const Found found = rescue(values, 15, COtherRepresentative());
+    const FoundRescue found = rescue(values, 15, COtherRepresentative());
     ASSERT_TRUE(found.isFound);
     EXPECT_EQ(found.closing, ClosingRuns::written);
     for (std::size_t i = 0; i < values.size(); ++i)
@@ -102,7 +88,7 @@ TEST(SectionRescue, FindsRoomForEveryPatternOf12Coefficients) {
         if (excessBits(values, kLongest, ClosingRuns::written) == 0) continue;
         ++rescued;
         for (const ICoefficientMove* move : moves) {
-            const Found found = rescue(values, kLongest, *move);
+            const FoundRescue found = rescue(values, kLongest, *move);
             ASSERT_TRUE(found.isFound);
             EXPECT_EQ(excessBits(found.values, kLongest, found.closing), 0U);
             leftOut += found.closing == ClosingRuns::leftOut ? 1 : 0;
