@@ -1,0 +1,71 @@
+// Images of 256 rows and 65536 pixels and more go row by row, without planes. Both ways give the same bytes:
+// it is memory that tells them apart.
+
+#include <gtest/gtest.h>
+
+#include "support/CodecCalls.h"
+
+namespace {
+
+using test::Bytes;
+using test::Call;
+using test::Content;
+using test::RawImage;
+
+struct Kind {
+    int bytesPerPixel;
+    int bitsPerPixel;
+    /// Of the planes of an image.
+    std::size_t bytesPerPixelOfPlanes;
+    /// What compression holds besides planes and twice the stream, as chunks and as the block, at most.
+    std::size_t compressionBytes;
+};
+constexpr Kind kKinds[] = {{1, 8, 2, 3'000'000},
+                           {3, 8, 6, 7'500'000},
+                           {2, 11, 2, 4'000'000},
+                           {2, 12, 4, 5'500'000},
+                           {2, 16, 4, 6'500'000}};
+
+/// Whose complete streams are made row by row.
+constexpr std::uint32_t kFlagsOfRows[] = {0, TESK_UNVERIFIED};
+
+class RowMemory : public testing::TestWithParam<Kind> {
+protected:
+    static RawImage image(int width, int height) {
+        return test::makeImage(Content::photo, GetParam().bytesPerPixel, GetParam().bitsPerPixel,
+                               width, height);
+    }
+    static std::size_t decompressionBytes(int width, int height) {
+        const test::Codec codec = test::makeCodec();
+        const Bytes stream = test::compressCall(codec.get(), image(width, height)).bytes;
+        return test::decompressCall(codec.get(), stream).result.peak_memory_bytes;
+    }
+};
+
+TEST_P(RowMemory, ALargeImageTakesNoPlanes) {
+    constexpr int kSide = 1000;
+    constexpr std::size_t kPixels = std::size_t{kSide} * kSide;
+    const RawImage large = image(kSide, kSide);
+    for (const std::uint32_t flags : kFlagsOfRows) {
+        const test::Codec codec = test::makeCodecWithFlags(flags);
+        const Call compressed = test::compressCall(codec.get(), large);
+        EXPECT_EQ(compressed.result.rescue, 0U);
+        EXPECT_LT(compressed.result.peak_memory_bytes,
+                  GetParam().compressionBytes + 2 * compressed.bytes.size());
+        const Call back = test::decompressCall(codec.get(), compressed.bytes);
+        EXPECT_LT(back.result.peak_memory_bytes, GetParam().bytesPerPixelOfPlanes * kPixels / 2);
+        EXPECT_TRUE(test::sameBytes(large.bytes, back.bytes));
+    }
+}
+
+TEST_P(RowMemory, TheSmallestImageThatGoesRowByRowTakesLessThanTheNextSmallerOne) {
+    EXPECT_LT(decompressionBytes(300, 256), decompressionBytes(300, 255)) << "256 rows";
+    EXPECT_LT(decompressionBytes(256, 256), decompressionBytes(255, 256)) << "65536 pixels";
+}
+
+INSTANTIATE_TEST_SUITE_P(Kinds, RowMemory, testing::ValuesIn(kKinds), [](const auto& instance) {
+    return std::to_string(instance.param.bytesPerPixel) + "Bytes" +
+           std::to_string(instance.param.bitsPerPixel) + "Bits";
+});
+
+}  // namespace
