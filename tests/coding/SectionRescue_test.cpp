@@ -69,6 +69,7 @@ TEST(SectionRescue, GoesOnWhenValuesAreNotAccepted) {
 
 TEST(SectionRescue, GivesUpWhereNoMoveIsEnough) {
     EXPECT_FALSE(rescue(FoldedValues(9, folded(200)), 3, COtherRepresentative()).isFound);
+    EXPECT_FALSE(rescue(FoldedValues(9, folded(200)), 3, CWholeWraps(2)).isFound);
 }
 
 /// Orders of 12 coefficients in sections of 15 bits have the least room.
