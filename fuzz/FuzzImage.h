@@ -10,25 +10,51 @@ struct Image {
     Bytes pixels;
 };
 
+/// One image in ten is large enough to go row by row.
+inline constexpr std::uint64_t kFirstLargeShape = 230;
+
+/// Takes the sides of an image: up to 139 each, up to 2999 x 11, or large enough to go row by row, which
+/// takes 256 rows and 65536 pixels, and some more so that sections may be too long.
+inline void takeSides(FuzzInput& input, tesk_image& geometry) {
+    const std::uint64_t shape = input.below(256);
+    if (shape >= kFirstLargeShape) {
+        geometry.height = static_cast<std::uint32_t>(256 + input.below(64));
+        const std::uint32_t fewest = (65535 + geometry.height) / geometry.height;
+        geometry.width = fewest + static_cast<std::uint32_t>(input.below(160));
+        return;
+    }
+    const bool isLong = (shape & 1) != 0;
+    geometry.width = static_cast<std::uint32_t>(input.below(isLong ? 3000 : 140));
+    geometry.height = static_cast<std::uint32_t>(input.below(isLong ? 12 : 140));
+}
+
+/// Returns: bits that look random, the same for the same i.
+inline unsigned noise(std::size_t i) {
+    return static_cast<unsigned>((i + 1) * 0x9E3779B97F4A7C15U >> 40);
+}
+
 /// Takes an image. Its samples are the rest of the input, repeated; a short rest gives patterns,
-/// with a counter on top where the input asks for it.
+/// with a counter and noise on top where the input asks for it.
 inline Image takeImage(FuzzInput& input) {
     Image image;
     tesk_image& geometry = image.geometry;
     geometry.bytes_per_pixel = static_cast<std::uint32_t>(1 + input.below(3));
     const std::uint32_t sampleBits = geometry.bytes_per_pixel == 2 ? 16 : 8;
     geometry.bits_per_pixel = static_cast<std::uint32_t>(1 + input.below(sampleBits));
-    const bool isLong = input.flag();
-    geometry.width = static_cast<std::uint32_t>(input.below(isLong ? 3000 : 140));
-    geometry.height = static_cast<std::uint32_t>(input.below(isLong ? 12 : 140));
-    const auto slope = static_cast<unsigned>(input.below(8));
+    takeSides(input, geometry);
+    const std::uint64_t texture = input.below(256);
+    const auto slope = static_cast<unsigned>(texture % 8);
+    // 0 or 1, 3, 7, ... 127.
+    const unsigned noiseMask = (1U << texture / 8 % 8) - 1;
     const std::size_t sizeBytes =
         std::size_t{geometry.width} * geometry.height * geometry.bytes_per_pixel;
     const Bytes pattern = input.rest();
     image.pixels.resize(sizeBytes);
-    for (std::size_t i = 0; i < sizeBytes; ++i) {
-        const unsigned base = pattern.empty() ? 0U : pattern[i % pattern.size()];
-        image.pixels[i] = static_cast<unsigned char>(base + slope * (i / 16));
+    for (std::size_t i = 0, place = 0; i < sizeBytes; ++i, ++place) {
+        if (place == pattern.size()) place = 0;
+        const unsigned base = pattern.empty() ? 0U : pattern[place];
+        image.pixels[i] =
+            static_cast<unsigned char>(base + slope * (i / 16) + (noise(i) & noiseMask));
     }
     return image;
 }

@@ -5,6 +5,9 @@
 
 namespace {
 
+/// More than the largest image takes, less than takes time.
+constexpr std::uint64_t kMostOutputBytes = 500000;
+
 /// An allocator that fails after a number of allocations and counts what is held.
 struct Heap {
     std::uint64_t allocationsLeft;
@@ -64,7 +67,7 @@ void decompressSome(fuzz::FuzzInput& input, tesk_codec* codec, fuzz::Bytes strea
                     const Limits& limits, bool stopped) {
     if (!stream.empty() && input.flag()) stream[input.number(2) % stream.size()] ^= 1U;
     tesk_result result = TESK_RESULT_INIT;
-    fuzz::Bytes out(input.number(3) % 100000);
+    fuzz::Bytes out(input.number(3) % kMostOutputBytes);
     const auto stride = static_cast<std::size_t>(input.flag() ? 0 : input.number(2));
     const unsigned char nothing = 0;
     const tesk_status status =

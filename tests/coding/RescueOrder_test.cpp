@@ -99,17 +99,21 @@ private:
     std::vector<std::size_t> movable;
 };
 
-/// Returns: values most of which are new in one bit plane, in shares that differ from call to call.
+/// Returns: values most of which are new in one bit plane; the others are anywhere, or most of those behind
+/// some place, in shares that differ from call to call.
 FoldedValues someValues(std::size_t count, test::Random& random) {
-    const std::uint64_t zeros = random.below(3) * random.below(25);
-    const std::uint64_t others = zeros + random.below(3) * random.below(25);
+    const bool isTail = random.below(3) == 0;
+    const std::size_t firstOther = isTail ? random.below(count) : 0;
+    const std::uint64_t zeros = isTail ? random.below(50) : random.below(3) * random.below(25);
+    const std::uint64_t others = zeros + (isTail ? 50 : random.below(3) * random.below(25));
     FoldedValues values(count);
-    for (std::uint64_t& value : values) {
-        const std::uint64_t share = random.below(100);
-        std::int64_t coefficient = static_cast<std::int64_t>(128 + random.below(128));
+    for (std::size_t i = 0; i < count; ++i) {
+        const std::uint64_t share = i < firstOther ? 100 : random.below(100);
+        auto coefficient = static_cast<std::int64_t>(128 + random.below(128));
         if (share < others) coefficient = static_cast<std::int64_t>(1 + random.below(9000));
         if (share < zeros) coefficient = 0;
-        value = static_cast<std::uint64_t>(fold(random.below(2) == 0 ? coefficient : -coefficient));
+        values[i] =
+            static_cast<std::uint64_t>(fold(random.below(2) == 0 ? coefficient : -coefficient));
     }
     return values;
 }
