@@ -58,16 +58,13 @@ private:
         return false;
     }
 
-    /// At an end, first as many as take the excess out for certain, with 2 bits each; then more, an eighth
-    /// of what is missing at a time.
+    /// At an end, as many as take the excess out for certain, with 2 bits each, or some more.
     template <class BlockOf>
     bool moveEnd(BlockOf blockOf) {
-        std::size_t count =
-            std::max<std::size_t>(1, (excessBits(values, longest, closing) + 1) / 2);
-        while (count <= movable.size()) {
+        const std::uint64_t excess = excessBits(values, longest, closing);
+        for (std::size_t count = std::max<std::size_t>(1, (excess + 1) / 2);
+             count <= movable.size(); ++count)
             if (fits(blockOf(count))) return true;
-            count += std::max<std::size_t>(1, excessBits(candidate, longest, closing) / 8);
-        }
         return false;
     }
 
