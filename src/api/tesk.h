@@ -96,8 +96,9 @@ typedef struct tesk_options {
      * anything is allocated; more may be refused while coding. It says little about the size of an
      * image: large ones go row by row. */
     size_t max_memory_bytes;
-    /* All memory of the codec and its output blocks come from here. Returns memory aligned as by
-     * malloc, or null. Null: malloc and free. Set both or none. */
+    /* All memory of the codec and its output blocks come from here, but the exceptions of the C++
+     * runtime: one at a time, of up to 136 bytes, where a stream or the memory ends early. Returns
+     * memory aligned as by malloc, or null. Null: malloc and free. Set both or none. */
     void* (*allocate)(void* user, size_t size_bytes);
     void (*release)(void* user, void* memory);
     void* user;

@@ -2,7 +2,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <functional>
 #include <initializer_list>
 #include <vector>
 
@@ -54,7 +53,25 @@ private:
 class SectionRescue {
 public:
     /// Is given values that fit. Returns: whether they are taken; the search goes on otherwise.
-    using Accept = std::function<bool(const FoldedValues& values, ClosingRuns closing)>;
+    ///
+    /// Refers to what is called, for as long as a search takes: std::function would allocate, and not from the
+    /// caller's memory.
+    class Accept {
+    public:
+        template <class Callable>
+        Accept(const Callable& callable)
+            : object(&callable),
+              call([](const void* called, const FoldedValues& values, ClosingRuns closing) -> bool {
+                  return (*static_cast<const Callable*>(called))(values, closing);
+              }) {}
+        bool operator()(const FoldedValues& values, ClosingRuns closing) const {
+            return call(object, values, closing);
+        }
+
+    private:
+        const void* object;
+        bool (*call)(const void* called, const FoldedValues& values, ClosingRuns closing);
+    };
 
     /// Requires: original and coefficientMove outlive the search. Throws: std::bad_alloc.
     SectionRescue(const FoldedValues& original, std::uint64_t longestBits,

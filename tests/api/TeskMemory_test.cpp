@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "api/tesk.h"
+#include "support/Arena.h"
 #include "support/CodecCalls.h"
 #include "support/CountingHeap.h"
 #include "support/ProcessHeap.h"
@@ -10,36 +11,10 @@
 
 namespace {
 
+using test::Arena;
 using test::Bytes;
 using test::Content;
 using test::RawImage;
-
-/// Hooks that hand out pieces of one array, and so need no allocator themselves.
-class Arena {
-public:
-    tesk_options options() {
-        tesk_options chosen = TESK_OPTIONS_INIT;
-        chosen.allocate = [](void* user, std::size_t size) -> void* {
-            Arena& arena = *static_cast<Arena*>(user);
-            const std::size_t place = arena.used;
-            arena.used += (size + 15) / 16 * 16;
-            if (arena.used > kBytes) return nullptr;
-            ++arena.live;
-            return arena.bytes.get() + place;
-        };
-        chosen.release = [](void* user, void*) { --static_cast<Arena*>(user)->live; };
-        chosen.user = this;
-        return chosen;
-    }
-
-    int live = 0;
-
-private:
-    static constexpr std::size_t kBytes = 1 << 24;
-
-    std::size_t used = 0;
-    std::unique_ptr<unsigned char[]> bytes{new unsigned char[kBytes]};
-};
 
 /// Compresses and decompresses with a codec of its own. Returns: calls of the process's allocators.
 std::size_t allocationsOfRoundTrip(const tesk_options* options, const RawImage& image) {

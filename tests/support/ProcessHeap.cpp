@@ -19,8 +19,10 @@ bool admit() {
            (processHeap.failsOnce && number > processHeap.failFrom);
 }
 
-void* took(void* memory) {
-    if (processHeap.isWatched && memory != nullptr) ++processHeap.live;
+void* took(void* memory, std::size_t sizeBytes) {
+    if (!processHeap.isWatched || memory == nullptr) return memory;
+    processHeap.mostLive = std::max(processHeap.mostLive, ++processHeap.live);
+    processHeap.largestBytes = std::max(processHeap.largestBytes, sizeBytes);
     return memory;
 }
 
@@ -38,15 +40,15 @@ int __wrap_posix_memalign(void** memory, std::size_t alignment, std::size_t size
 void __wrap_free(void* memory);
 
 void* __wrap_malloc(std::size_t size) {
-    return test::admit() ? test::took(__real_malloc(size)) : nullptr;
+    return test::admit() ? test::took(__real_malloc(size), size) : nullptr;
 }
 void* __wrap_calloc(std::size_t count, std::size_t size) {
-    return test::admit() ? test::took(__real_calloc(count, size)) : nullptr;
+    return test::admit() ? test::took(__real_calloc(count, size), count * size) : nullptr;
 }
 int __wrap_posix_memalign(void** memory, std::size_t alignment, std::size_t size) {
     if (!test::admit()) return ENOMEM;
     const int error = __real_posix_memalign(memory, alignment, size);
-    if (error == 0) test::took(*memory);
+    if (error == 0) test::took(*memory, size);
     return error;
 }
 void __wrap_free(void* memory) {

@@ -6,8 +6,8 @@
 namespace test {
 
 /// What the allocators of the process do for this thread while it is watched. Programs that link
-/// ProcessHeap.cpp replace new, and are linked so that calls of malloc and its fellows pass by there:
-/// tests/CMakeLists.txt.
+/// ProcessHeap.cpp replace new, and are linked so that calls of malloc and its fellows pass by there, those
+/// of the C++ runtime for exceptions too: tests/CMakeLists.txt.
 struct ProcessHeap {
     static constexpr std::size_t kNever = std::numeric_limits<std::size_t>::max();
 
@@ -17,8 +17,11 @@ struct ProcessHeap {
     std::size_t failFrom = kNever;
     /// The later ones succeed again.
     bool failsOnce = false;
-    /// Allocated and not released.
+    /// Allocated and not released, and the most at one time.
     std::ptrdiff_t live = 0;
+    std::ptrdiff_t mostLive = 0;
+    /// The largest allocation.
+    std::size_t largestBytes = 0;
 };
 
 extern thread_local ProcessHeap processHeap;

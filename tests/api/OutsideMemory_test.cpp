@@ -1,0 +1,84 @@
+// What calls of the C interface take behind the back of the caller's allocator: an exception of the C++
+// runtime, where a stream or the memory ends early, and nothing else.
+
+#include <gtest/gtest.h>
+
+#include "support/Arena.h"
+#include "support/EveryCall.h"
+#include "support/ProcessHeap.h"
+
+namespace {
+
+using test::Arena;
+using test::processHeap;
+
+/// An exception that is a number or std::bad_alloc, behind the 128 bytes that the runtime puts in front of it.
+constexpr std::size_t kMostBytesOutside = 136;
+
+/// Makes a call with the heap of the process watched.
+tesk_status watched(const test::NamedCall& call, tesk_codec* codec) {
+    processHeap = {};
+    processHeap.isWatched = true;
+    const tesk_status status = call.make(codec);
+    processHeap.isWatched = false;
+    return status;
+}
+
+TEST(OutsideMemory, IsOneExceptionAtATimeAtMost) {
+    std::size_t calls = 0;
+    std::size_t exceptions = 0;
+    std::size_t largestBytes = 0;
+    for (const auto& every : test::callsOfAllKinds())
+        for (const test::NamedCall& call : every->calls) {
+            SCOPED_TRACE(call.name);
+            Arena arena;
+            const tesk_options options = arena.options();
+            const test::Codec codec = test::makeCodec(&options);
+            EXPECT_EQ(watched(call, codec.get()), call.expected);
+            EXPECT_LE(processHeap.mostLive, 1);
+            EXPECT_LE(processHeap.largestBytes, kMostBytesOutside);
+            EXPECT_EQ(processHeap.live, 0) << "left behind";
+            exceptions += processHeap.allocations;
+            largestBytes = std::max(largestBytes, processHeap.largestBytes);
+            ++calls;
+        }
+    EXPECT_GT(calls, 100U);
+    EXPECT_GT(exceptions, 10U) << "the count works";
+    std::printf("outside: %zu bytes at most\n", largestBytes);
+}
+
+TEST(OutsideMemory, AnAllocatorThatFailsIsOneExceptionToo) {
+    for (const auto& every : test::callsOfAllKinds()) {
+        const test::NamedCall& call = every->calls.front();
+        SCOPED_TRACE(call.name);
+        tesk_options options = TESK_OPTIONS_INIT;
+        options.max_memory_bytes = 1;
+        options.flags = TESK_PLAIN;
+        const test::Codec limited = test::makeCodec(&options);
+        EXPECT_EQ(watched(call, limited.get()), TESK_LIMIT_EXCEEDED);
+        EXPECT_LE(processHeap.mostLive, 1);
+        EXPECT_LE(processHeap.largestBytes, kMostBytesOutside);
+        EXPECT_EQ(processHeap.live, 0);
+    }
+}
+
+/// The runtime keeps some memory for exceptions: where malloc has no more, calls answer all the same, unless they
+/// need memory for anything else.
+TEST(OutsideMemory, MayBeRefused) {
+    for (const auto& every : test::callsOfAllKinds())
+        for (const test::NamedCall& call : every->calls) {
+            SCOPED_TRACE(call.name);
+            Arena arena;
+            const tesk_options options = arena.options();
+            const test::Codec codec = test::makeCodec(&options);
+            processHeap = {};
+            processHeap.failFrom = 0;
+            processHeap.isWatched = true;
+            const tesk_status status = call.make(codec.get());
+            processHeap.isWatched = false;
+            EXPECT_EQ(status, call.expected);
+            EXPECT_EQ(processHeap.live, 0);
+        }
+}
+
+}  // namespace
