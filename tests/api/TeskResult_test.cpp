@@ -78,4 +78,54 @@ TEST_F(TeskResult, AStopComesBeforeASmallBuffer) {
         << "all further calls return it";
 }
 
+/// Returns: a result whose fields are those of no call.
+tesk_result usedResult() {
+    return {sizeof(tesk_result), 1, 2, TESK_LOSS_WRAPPED, TESK_RESCUE_WHOLE_WRAPS};
+}
+
+void expectCleared(const tesk_result& result) {
+    EXPECT_EQ(result.struct_bytes, sizeof result);
+    EXPECT_EQ(result.stream_bytes, 0U);
+    EXPECT_EQ(result.peak_memory_bytes, 0U);
+    EXPECT_EQ(result.loss, TESK_LOSS_NONE);
+    EXPECT_EQ(result.rescue, 0U);
+}
+
+TEST_F(TeskResult, CallsThatDoNotBeginClearAllFields) {
+    const test::Codec codec = test::makeCodec();
+    unsigned char out[16] = {};
+    void* block = nullptr;
+    tesk_result result = usedResult();
+    EXPECT_EQ(tesk_compress(codec.get(), &geometry, nullptr, 0, 0, out, sizeof out, &result),
+              TESK_INVALID_ARGUMENT);
+    expectCleared(result);
+    result = usedResult();
+    EXPECT_EQ(tesk_compress_to_block(nullptr, &geometry, image.bytes.data(), 0, 0, &block, &result),
+              TESK_INVALID_ARGUMENT);
+    expectCleared(result);
+    result = usedResult();
+    EXPECT_EQ(tesk_decompress(codec.get(), out, sizeof out, out, sizeof out, 0, &result),
+              TESK_INVALID_STREAM);
+    expectCleared(result);
+    tesk_stop(codec.get());
+    result = usedResult();
+    EXPECT_EQ(
+        tesk_compress_to_block(codec.get(), &geometry, image.bytes.data(), 0, 0, &block, &result),
+        TESK_STOPPED);
+    expectCleared(result);
+}
+
+TEST_F(TeskResult, DecompressionClearsWhatACompressionSaid) {
+    const test::Codec codec = test::makeCodec();
+    const Bytes stream = test::compressCall(codec.get(), image).bytes;
+    Bytes out(image.bytes.size());
+    tesk_result result = usedResult();
+    EXPECT_EQ(tesk_decompress(codec.get(), stream.data(), stream.size(), out.data(), out.size(), 0,
+                              &result),
+              TESK_OK);
+    EXPECT_EQ(result.stream_bytes, 0U);
+    EXPECT_EQ(result.loss, TESK_LOSS_NONE);
+    EXPECT_EQ(result.rescue, 0U);
+}
+
 }  // namespace
