@@ -24,10 +24,12 @@ std::uint64_t CWholeWraps::moved(std::uint64_t folded, int distance) const {
 }
 
 SectionRescue::SectionRescue(const FoldedValues& original, std::uint64_t longestBits,
-                             const ICoefficientMove& coefficientMove)
+                             const ICoefficientMove& coefficientMove,
+                             const std::atomic<bool>* stopFlag)
     : values(original),
       longest(longestBits),
       move(coefficientMove),
+      stop(stopFlag),
       movable(original.get_allocator()),
       candidate(original, original.get_allocator()) {
     for (std::size_t i = 0; i < values.size(); ++i)
@@ -79,6 +81,7 @@ bool SectionRescue::moveTwoGroups(ClosingRuns closing, const Accept& accept) {
 
 bool SectionRescue::isTaken(std::initializer_list<Block> blocks, ClosingRuns closing,
                             const Accept& accept) {
+    if (stop != nullptr && stop->load(std::memory_order_relaxed)) return true;
     std::copy(values.begin(), values.end(), candidate.begin());
     for (const Block& block : blocks)
         for (std::size_t i = block.first; i < block.first + block.count; ++i)

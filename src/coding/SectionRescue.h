@@ -1,7 +1,9 @@
 #pragma once
 
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <initializer_list>
 #include <vector>
 
@@ -52,32 +54,18 @@ private:
 /// of 12 values, whose last runs have to be left out as well.
 class SectionRescue {
 public:
-    /// Is given values that fit. Returns: whether they are taken; the search goes on otherwise.
-    ///
-    /// Refers to what is called, for as long as a search takes: std::function would allocate, and not from the
-    /// caller's memory.
-    class Accept {
-    public:
-        template <class Callable>
-        Accept(const Callable& callable)
-            : object(&callable),
-              call([](const void* called, const FoldedValues& values, ClosingRuns closing) -> bool {
-                  return (*static_cast<const Callable*>(called))(values, closing);
-              }) {}
-        bool operator()(const FoldedValues& values, ClosingRuns closing) const {
-            return call(object, values, closing);
-        }
+    /// Is given values that fit. Returns: whether they are taken; the search goes on otherwise. What is
+    /// not passed by std::ref may be copied to memory that is not the caller's.
+    using Accept = std::function<bool(const FoldedValues& values, ClosingRuns closing)>;
 
-    private:
-        const void* object;
-        bool (*call)(const void* called, const FoldedValues& values, ClosingRuns closing);
-    };
-
-    /// Requires: original and coefficientMove outlive the search. Throws: std::bad_alloc.
+    /// stopFlag: while true, the search ends; may be null. Requires: all outlive the search.
+    /// Throws: std::bad_alloc.
     SectionRescue(const FoldedValues& original, std::uint64_t longestBits,
-                  const ICoefficientMove& coefficientMove);
+                  const ICoefficientMove& coefficientMove,
+                  const std::atomic<bool>* stopFlag = nullptr);
 
-    /// Returns: whether values were accepted. Changes as little as possible first.
+    /// Returns: whether values were accepted, or the search was stopped. Changes as little as possible
+    /// first.
     bool search(const Accept& accept);
 
 private:
@@ -99,6 +87,7 @@ private:
     const FoldedValues& values;
     std::uint64_t longest;
     const ICoefficientMove& move;
+    const std::atomic<bool>* stop;
     std::pmr::vector<std::size_t> movable;
     FoldedValues candidate;
 };

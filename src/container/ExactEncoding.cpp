@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <functional>
 
 #include "bitstream/CBitWriter.h"
 #include "coding/FoldedValue.h"
@@ -173,27 +174,28 @@ bool CExactEncoder<T, P>::recode(int plane) {
     const FoldedValues values = encoder->getCoarsestValues(plane);
     const std::uint64_t longest = encoder->getLongestSectionBits();
     if (excessBits(values, longest, ClosingRuns::written) == 0) return true;
-    const COtherRepresentative move;
-    return SectionRescue(values, longest, move)
-        .search([&](const FoldedValues& moved, ClosingRuns closing) {
-            encoder->recodeCoarsest(plane, moved, closing);
-            noteMove(kOtherRepresentative, moved != values, closing);
-            return true;
-        });
+    const auto accept = [&](const FoldedValues& moved, ClosingRuns closing) {
+        encoder->recodeCoarsest(plane, moved, closing);
+        noteMove(kOtherRepresentative, moved != values, closing);
+        return true;
+    };
+    return SectionRescue(values, longest, COtherRepresentative(), job.stop)
+        .search(std::ref(accept));
 }
 
 template <class T, class P>
 bool CExactEncoder<T, P>::addWholeWraps() {
     const FoldedValues values = encoder->getCoarsestValues(0);
+    const std::uint64_t longest = encoder->getLongestSectionBits();
     const CWholeWraps move(encoder->getLevels());
-    return SectionRescue(values, encoder->getLongestSectionBits(), move)
-        .search([&](const FoldedValues& moved, ClosingRuns closing) {
-            // Details change by up to 1 with it, so that only coding shows whether all sections fit.
-            if (!codeWithWraps(values, moved, closing)) return true;
-            if (encoder->getOverlongSections() != 0) return false;
-            noteMove(kWholeWraps, moved != values, closing);
-            return true;
-        });
+    const auto accept = [&](const FoldedValues& moved, ClosingRuns closing) {
+        // Details change by up to 1 with it, so that only coding shows whether all sections fit.
+        if (!codeWithWraps(values, moved, closing)) return true;
+        if (encoder->getOverlongSections() != 0) return false;
+        noteMove(kWholeWraps, moved != values, closing);
+        return true;
+    };
+    return SectionRescue(values, longest, move, job.stop).search(std::ref(accept));
 }
 
 /// Codes the image with an offset whose coefficients lead from some values to others.
