@@ -1,7 +1,17 @@
 include(CMakePackageConfigHelpers)
 
-install(TARGETS tesk tesk_info RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}")
-install(TARGETS tesk_shared tesk_static EXPORT teskTargets
+if(TESK_BUILD_TOOLS)
+  install(TARGETS tesk tesk_info RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}")
+  install(FILES docs/man/tesk.1 docs/man/tesk-info.1 DESTINATION "${CMAKE_INSTALL_MANDIR}/man1")
+  # Shells look for the completion of a command in the file of its name.
+  foreach(command IN ITEMS tesk tesk-info)
+    install(FILES packaging/tesk.bash RENAME "${command}"
+      DESTINATION "${CMAKE_INSTALL_DATADIR}/bash-completion/completions")
+  endforeach()
+endif()
+
+list(TRANSFORM TESK_LIBRARY_KINDS PREPEND tesk_ OUTPUT_VARIABLE libraries)
+install(TARGETS ${libraries} EXPORT teskTargets
   LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}"
   ARCHIVE DESTINATION "${CMAKE_INSTALL_LIBDIR}")
 install(FILES ${TESK_PUBLIC_HEADERS} DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/tesk")
@@ -33,12 +43,17 @@ set(pc_libdir "\${prefix}")
 cmake_path(APPEND pc_libdir "${CMAKE_INSTALL_LIBDIR}")
 set(pc_includedir "\${prefix}")
 cmake_path(APPEND pc_includedir "${CMAKE_INSTALL_INCLUDEDIR}")
+# A shared library knows what it needs; a program that links the static one must name it.
+set(pc_libs_private "-lstdc++ -lm")
+set(pc_libs "")
+if(NOT "shared" IN_LIST TESK_LIBRARY_KINDS)
+  set(pc_libs " ${pc_libs_private}")
+endif()
 configure_file(cmake/tesk.pc.in tesk.pc @ONLY)
 install(FILES "${PROJECT_BINARY_DIR}/tesk.pc" DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig")
 
 # One manual page for the library; each function that is exported leads to it.
 install(FILES docs/man/libtesk.3 DESTINATION "${CMAKE_INSTALL_MANDIR}/man3")
-install(FILES docs/man/tesk.1 docs/man/tesk-info.1 DESTINATION "${CMAKE_INSTALL_MANDIR}/man1")
 install(FILES docs/man/tesk.5 DESTINATION "${CMAKE_INSTALL_MANDIR}/man5")
 file(STRINGS cmake/tesk.map.in functions REGEX "^ +tesk_[a-z_]+;$")
 foreach(function IN LISTS functions)
@@ -47,10 +62,5 @@ foreach(function IN LISTS functions)
   install(FILES "${PROJECT_BINARY_DIR}/man3/${name}.3" DESTINATION "${CMAKE_INSTALL_MANDIR}/man3")
 endforeach()
 
-# Shells look for the completion of a command in the file of its name.
-foreach(command IN ITEMS tesk tesk-info)
-  install(FILES packaging/tesk.bash RENAME "${command}"
-    DESTINATION "${CMAKE_INSTALL_DATADIR}/bash-completion/completions")
-endforeach()
 install(FILES packaging/tesk-mime.xml RENAME tesk.xml
   DESTINATION "${CMAKE_INSTALL_DATADIR}/mime/packages")

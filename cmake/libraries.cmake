@@ -1,4 +1,6 @@
-# The libraries that other programs link: one shared, one static, from the same objects.
+# The libraries that other programs link: one shared, one static, from the same objects. tesk::tesk is the
+# shared one. BUILD_SHARED_LIBS chooses one of them: it is tesk::tesk, and the other is not installed and
+# only built for those who link it by its own name.
 
 include(GNUInstallDirs)
 
@@ -21,6 +23,13 @@ foreach(header IN LISTS TESK_PUBLIC_HEADERS)
        SYMBOLIC)
 endforeach()
 
+set(TESK_LIBRARY_KINDS shared static)
+if(DEFINED BUILD_SHARED_LIBS AND BUILD_SHARED_LIBS)
+  set(TESK_LIBRARY_KINDS shared)
+elseif(DEFINED BUILD_SHARED_LIBS)
+  set(TESK_LIBRARY_KINDS static)
+endif()
+
 add_library(tesk_shared SHARED $<TARGET_OBJECTS:tesk_codec>)
 add_library(tesk_static STATIC $<TARGET_OBJECTS:tesk_codec>)
 foreach(kind IN ITEMS shared static)
@@ -30,8 +39,13 @@ foreach(kind IN ITEMS shared static)
   set_target_properties(tesk_${kind} PROPERTIES
     OUTPUT_NAME tesk EXPORT_NAME ${kind} LINKER_LANGUAGE CXX)
   add_library(tesk::${kind} ALIAS tesk_${kind})
+  # Within another project only what its programs link is built, unless it is installed.
+  if(NOT kind IN_LIST TESK_LIBRARY_KINDS OR NOT (PROJECT_IS_TOP_LEVEL OR TESK_INSTALL))
+    set_target_properties(tesk_${kind} PROPERTIES EXCLUDE_FROM_ALL ON)
+  endif()
 endforeach()
-add_library(tesk::tesk ALIAS tesk_shared)
+list(GET TESK_LIBRARY_KINDS 0 kind_of_tesk)
+add_library(tesk::tesk ALIAS tesk_${kind_of_tesk})
 
 configure_file(cmake/tesk.map.in tesk.map @ONLY)
 target_link_options(tesk_shared PRIVATE
