@@ -18,10 +18,13 @@ install(FILES ${TESK_PUBLIC_HEADERS} DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/te
 
 set(package_folder "${CMAKE_INSTALL_LIBDIR}/cmake/tesk")
 install(EXPORT teskTargets NAMESPACE tesk:: DESTINATION "${package_folder}")
-configure_package_config_file(cmake/teskConfig.cmake.in teskConfig.cmake
+# Not at the top of the build: that folder may be in PATH, where find_package looks for packages.
+set(made_for_package "${PROJECT_BINARY_DIR}/package")
+configure_package_config_file(cmake/teskConfig.cmake.in "${made_for_package}/teskConfig.cmake"
   INSTALL_DESTINATION "${package_folder}" NO_SET_AND_CHECK_MACRO)
-write_basic_package_version_file(teskConfigVersion.cmake COMPATIBILITY SameMajorVersion)
-install(FILES "${PROJECT_BINARY_DIR}/teskConfig.cmake" "${PROJECT_BINARY_DIR}/teskConfigVersion.cmake"
+write_basic_package_version_file("${made_for_package}/teskConfigVersion.cmake"
+  COMPATIBILITY SameMajorVersion)
+install(FILES "${made_for_package}/teskConfig.cmake" "${made_for_package}/teskConfigVersion.cmake"
   DESTINATION "${package_folder}")
 
 # The pages for users. They keep their places beside each other, so that links between them hold.
