@@ -79,6 +79,17 @@ TEST_P(OwnPeak, IsALimitThatACallKeeps) {
     std::printf("%zu calls\n", calls);
 }
 
+// Takes minutes: run with --gtest_also_run_disabled_tests.
+TEST_P(OwnPeak, DISABLED_OfEverySmallSizeIsALimitThatACallKeeps) {
+    const auto [bytesPerPixel, bitsPerPixel] = GetParam();
+    constexpr int kGreatestSide = 40;
+    for (int height = 0; height <= kGreatestSide; ++height)
+        for (int width = 0; width <= kGreatestSide; ++width)
+            tryImage(test::makeBright(test::Bright::nearlyFlat, bytesPerPixel, bitsPerPixel, width,
+                                      height));
+    std::printf("%zu calls\n", calls);
+}
+
 INSTANTIATE_TEST_SUITE_P(SampleTypes, OwnPeak,
                          testing::Values(SampleKind{1, 8}, SampleKind{3, 8}, SampleKind{2, 11},
                                          SampleKind{2, 12}, SampleKind{2, 16}));

@@ -26,8 +26,7 @@ constexpr Kind kKinds[] = {{1, 8, 2, 3'000'000},
                            {2, 12, 4, 5'500'000},
                            {2, 16, 4, 6'500'000}};
 
-/// Whose complete streams are made row by row.
-constexpr std::uint32_t kFlagsOfRows[] = {0, TESK_UNVERIFIED};
+constexpr std::uint32_t kAllFlags[] = {0, TESK_UNVERIFIED, TESK_PLAIN};
 
 class RowMemory : public testing::TestWithParam<Kind> {
 protected:
@@ -46,7 +45,7 @@ TEST_P(RowMemory, ALargeImageTakesNoPlanes) {
     constexpr int kSide = 1000;
     constexpr std::size_t kPixels = std::size_t{kSide} * kSide;
     const RawImage large = image(kSide, kSide);
-    for (const std::uint32_t flags : kFlagsOfRows) {
+    for (const std::uint32_t flags : kAllFlags) {
         const test::Codec codec = test::makeCodecWithFlags(flags);
         const Call compressed = test::compressCall(codec.get(), large);
         EXPECT_EQ(compressed.result.rescue, 0U);
