@@ -171,7 +171,7 @@ LossReport findLoss(CWaveletEncoder<T>& encoder, const TKHeader& header, const S
     MemoryArray<unsigned char> again;
     if (written.bytes == nullptr) {
         again = makeAgain(encoder, completeBytes);
-        written.bytes = again.get();
+        written = {again.get(), completeBytes, encoder.getMisreadBit()};
     }
     if (restores(encoder, header, written.bytes, written.sizeBytes)) {
         report.loss = Loss::none;
