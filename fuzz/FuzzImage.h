@@ -4,10 +4,15 @@
 
 namespace fuzz {
 
+/// Images of so many rows are made large enough to go row by row.
+inline constexpr std::uint32_t kFewestLargeRows = 256;
+
 /// An image whose geometry and samples come from the input.
 struct Image {
     tesk_image geometry = TESK_IMAGE_INIT;
     Bytes pixels;
+
+    bool isLarge() const { return geometry.height >= kFewestLargeRows; }
 };
 
 /// One image in ten is large enough to go row by row.
@@ -18,9 +23,11 @@ inline constexpr std::uint64_t kFirstLargeShape = 230;
 inline void takeSides(FuzzInput& input, tesk_image& geometry) {
     const std::uint64_t shape = input.below(256);
     if (shape >= kFirstLargeShape) {
-        geometry.height = static_cast<std::uint32_t>(256 + input.below(64));
+        geometry.height = kFewestLargeRows + static_cast<std::uint32_t>(input.below(64));
         const std::uint32_t fewest = (65535 + geometry.height) / geometry.height;
-        geometry.width = fewest + static_cast<std::uint32_t>(input.below(160));
+        const std::uint32_t more = static_cast<std::uint32_t>(input.below(160));
+        // Three planes take long enough without.
+        geometry.width = fewest + (geometry.bytes_per_pixel == 3 ? more % 4 : more);
         return;
     }
     const bool isLong = (shape & 1) != 0;
