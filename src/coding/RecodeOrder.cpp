@@ -30,10 +30,11 @@ void CWaveletEncoder<T>::recodeCoarsest(int plane, const FoldedValues& values,
     const std::uint64_t most = *std::max_element(values.begin(), values.end());
     raiseTopPlane(bitLength(most >> 1) - 1);
     streams->restart(plane, this->levels, memory);
-    OrderEncoder<T> encoder(*streams, plane, this->levels);
+    // Not on the stack, of which it would take more than all else.
+    const auto encoder = makeObject<OrderEncoder<T>>(memory, *streams, plane, this->levels);
     for (const std::uint64_t folded : values)
-        encoder.encode(folded);
-    encoder.finish();
+        encoder->encode(folded);
+    encoder->finish();
     closingRuns[plane] = closing;
     openPlanes[plane] = 0;
     closeCoders();
