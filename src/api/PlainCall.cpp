@@ -43,9 +43,15 @@ tesk_loss lossOfComplete(const CWaveletEncoder<T>& encoder, const ExactJob& job,
     }
 }
 
-/// Returns: why a stream that was cut is no longer the image: decoders come to the cut, or do not.
-tesk_loss lossOfCut(const TKHeader& header, const WrittenStream& written) {
-    return readingOf(header, written) == Reading::right ? TESK_LOSS_BUDGET : TESK_LOSS_LONG_SECTION;
+/// The same for a stream that was cut, which decoders take for complete when it only lacks padding.
+template <class T>
+tesk_loss lossOfCut(const CWaveletEncoder<T>& encoder, const ExactJob& job,
+                    const WrittenStream& written) {
+    const Reading reading = readingOf(job.header, written);
+    if (reading == Reading::wrong || reading == Reading::refused) return TESK_LOSS_LONG_SECTION;
+    if (reading == Reading::part) return TESK_LOSS_BUDGET;
+    const tesk_loss loss = lossOfComplete(encoder, job, written);
+    return loss == TESK_LOSS_NONE ? TESK_LOSS_BUDGET : loss;
 }
 
 template <class T, class P>
@@ -56,8 +62,9 @@ tesk_status compressImage(CompressRequest& request, CCallMemory& memory) {
     CWaveletEncoder<T>& encoder = coded.getEncoder();
     const WrittenStream written = writeCoded(request, encoder, memory);
     if (written.bytes == nullptr) return TESK_BUFFER_TOO_SMALL;
+    if (job.isStopped()) return TESK_STOPPED;
     request.loss =
-        request.isCut ? lossOfCut(request.header, written) : lossOfComplete(encoder, job, written);
+        request.isCut ? lossOfCut(encoder, job, written) : lossOfComplete(encoder, job, written);
     if (job.isStopped()) return TESK_STOPPED;
     return request.isCut ? TESK_CUT : TESK_OK;
 }

@@ -132,8 +132,10 @@ void tesk_clear_stop(tesk_codec* codec);
 
 /* Why the stream of a compression will not restore its image. The numbers do not change. */
 typedef enum tesk_loss {
-    TESK_LOSS_NONE = 0,        /* no loss; a stream that was written restores the image exactly */
-    TESK_LOSS_BUDGET = 1,      /* it was cut at the budget, and opens as an approximation */
+    TESK_LOSS_NONE = 0, /* no loss; a stream that was written restores the image exactly */
+    /* It was cut at the budget, and opens as an approximation, or as the image where it only lacks
+     * padding. */
+    TESK_LOSS_BUDGET = 1,
     TESK_LOSS_SIDE_OF_ONE = 2, /* an image with a side of 1 has no coefficients */
     TESK_LOSS_THIN_IMAGE = 3,  /* decoders filter the longer side of images with a side of 2 or 3 */
     TESK_LOSS_WRAPPED = 4, /* samples exceed bits_per_pixel by so much that 16 bits are too few */

@@ -100,7 +100,8 @@ void reportLoss(const LossReport& report, const CommandLine& line) {
     if (report.loss == Loss::none) return;
     const std::string reason = describeLoss(report);
     switch (report.reading) {
-        case Reading::right:
+        case Reading::whole:
+        case Reading::part:
             std::fprintf(stderr, "tesk: warning: '%s' will not restore '%s' exactly: %s\n",
                          line.otherName, line.inputName, reason.c_str());
             break;

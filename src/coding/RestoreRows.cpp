@@ -57,12 +57,14 @@ bool CWaveletDecoder<T>::restoreRows(IRowSink<T>& sink) {
     int decoded = 0;
     for (int r = 0; r < whole.y; ++r) {
         if (this->isKilled()) return false;
-        for (; decoded < whole.y && decoded <= r + ahead; ++decoded)
+        for (; decoded < whole.y && decoded <= r + ahead; ++decoded) {
+            if (this->isKilled()) return false;
             for (int p = 0; p < whole.planes; ++p) {
                 T* row = ring.row(p, decoded % ringRows);
                 std::fill_n(row, ring.stride, T{0});
                 inWork[p]->decoder.decodeRow(kernels, decoded, row, whole.x);
             }
+        }
         for (int p = 0; p < whole.planes; ++p)
             inWork[p]->sweep.restoreRow(r);
         if (!sink.take(ring, r % ringRows, r)) return false;

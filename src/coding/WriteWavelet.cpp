@@ -175,8 +175,10 @@ void CWaveletEncoder<T>::writeSection(CBitWriter& out, int plane, int order, boo
     const std::uint64_t lengthBits = writer == nullptr ? 0 : writer->getTotal();
     writeSectionHeader(out, {plane, order, refinement, lengthBits}, sampleCountBits());
     const std::uint64_t longest = lowBits(lengthFieldBits(sampleCountBits(), order));
-    if (lengthBits > longest)
-        misreadBit = std::min(misreadBit, out.getTotal() + (lengthBits & longest));
+    // Quirk 1: a writer without room counts up to the largest number, and holds nothing to misread.
+    const std::uint64_t payloadBit = out.getTotal();
+    if (lengthBits > longest && payloadBit < kNeverMisread - longest)
+        misreadBit = std::min(misreadBit, payloadBit + (lengthBits & longest));
     if (writer != nullptr) writer->writeBitsTo(&out, 0);
 }
 

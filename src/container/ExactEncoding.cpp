@@ -99,6 +99,7 @@ void CExactEncoder<T, P>::filterThinImage() {
     for (int p = 0; p < image.planes; ++p) {
         const std::ptrdiff_t samples = std::ptrdiff_t{image.stride} * image.y;
         const std::pmr::vector<T> before(image.plane[p], image.plane[p] + samples, job.memory);
+        if (job.isStopped()) return;
         for (int r = 0; r < image.y; ++r)
             filter.transform(image.row(p, r), image.x, 1);
         for (int c = 0; c < image.x; ++c)

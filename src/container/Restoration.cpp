@@ -140,8 +140,11 @@ bool isCertain(Loss loss) {
 
 std::string describeLoss(const LossReport& report) {
     const bool isHopeless = report.loss == Loss::none || report.loss == Loss::sideOfOne;
+    if (isHopeless) return reasonOf(report);
+    const bool isDecoded = report.reading == Reading::whole || report.reading == Reading::part;
     return reasonOf(report) +
-           (isHopeless ? "" : "; the exact encode of the library (libtesk) restores the image");
+           (isDecoded ? "; the exact encode of the library (libtesk) restores the image"
+                      : "; streams of the library (libtesk) open wherever they are cut");
 }
 
 template <class T>
@@ -160,11 +163,14 @@ LossReport findLoss(CWaveletEncoder<T>& encoder, const TKHeader& header, const S
     const bool wasCut = written.sizeBytes < completeBytes;
     if (wasCut && fate.isLossAskedFor) {
         report.reading = readingOf(header, written);
-        report.loss = report.reading == Reading::right ? Loss::none : Loss::overlongSection;
-        report.count = countOf(encoder, report.loss);
-        return report;
+        if (report.reading == Reading::part) return report;
+        if (report.reading != Reading::whole) {
+            report.loss = Loss::overlongSection;
+            report.count = countOf(encoder, report.loss);
+            return report;
+        }
     }
-    report.loss = suspectLoss(encoder, header, fate.wasSuspended, wasCut);
+    report.loss = suspectLoss(encoder, header, fate.wasSuspended, wasCut && !fate.isLossAskedFor);
     report.count = countOf(encoder, report.loss);
     if (isCertain(report.loss)) return report;
 

@@ -37,8 +37,8 @@ struct LossReport {
     std::uint64_t count = 0;
     std::uint64_t streamBytes = 0;
     std::uint64_t completeBytes = 0;
-    /// What decoders make of the stream, as far as a rate asked for a loss; else right.
-    Reading reading = Reading::right;
+    /// What decoders make of the stream, as far as a rate asked for a loss; else whole.
+    Reading reading = Reading::whole;
 };
 
 /// Returns: the reason in plain words with its numbers, without a full stop, and what would help.

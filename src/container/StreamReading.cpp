@@ -1,5 +1,7 @@
 #include "container/StreamReading.h"
 
+#include <optional>
+
 #include "bitstream/CBitReader.h"
 #include "coding/CSectionWalk.h"
 #include "wavelet/LevelGeometry.h"
@@ -10,8 +12,8 @@ namespace {
 /// Where a walk over the sections of a stream came to.
 struct WalkEnd {
     StreamEnd end;
-    /// The bit at which the last header or end mark that it took for one begins.
-    std::uint64_t lastBit;
+    /// The bit at which the last section that it found begins.
+    std::optional<std::uint64_t> lastSection;
     std::uint64_t position;
 };
 
@@ -20,11 +22,11 @@ WalkEnd walk(const TKHeader& header, const WrittenStream& stream) {
     const SectionBounds bounds{header.planes(), levelCount(header.xSize, header.ySize),
                                sampleCountBits(header.xSize, header.ySize)};
     CSectionWalk sections(reader, 8 * std::uint64_t{stream.sizeBytes}, bounds);
-    std::uint64_t lastBit = 0;
+    std::optional<std::uint64_t> lastSection;
     PlacedSection section;
     while (sections.next(section))
-        lastBit = section.firstBit;
-    return {sections.end(), lastBit, sections.position()};
+        lastSection = section.firstBit;
+    return {sections.end(), lastSection, sections.position()};
 }
 
 }  // namespace
@@ -32,9 +34,11 @@ WalkEnd walk(const TKHeader& header, const WrittenStream& stream) {
 Reading readingOf(const TKHeader& header, const WrittenStream& stream) {
     const WalkEnd found = walk(header, stream);
     if (found.end == StreamEnd::invalid) return Reading::refused;
-    const bool isMisread = found.lastBit >= stream.misreadBit ||
-                           (found.end == StreamEnd::complete && found.position > stream.misreadBit);
-    return isMisread ? Reading::wrong : Reading::right;
+    const bool isComplete = found.end == StreamEnd::complete;
+    const bool isMisread = (found.lastSection && *found.lastSection >= stream.misreadBit) ||
+                           (isComplete && found.position > stream.misreadBit);
+    if (isMisread) return Reading::wrong;
+    return isComplete ? Reading::whole : Reading::part;
 }
 
 bool endsAtItsEnd(const TKHeader& header, const WrittenStream& stream, std::uint64_t streamBits) {

@@ -19,8 +19,10 @@ struct WrittenStream {
 /// What decoders make of the sections of a stream that may have been cut.
 /// Format: docs/format.md, 15 Images that do not come back.
 enum class Reading {
-    /// What was written.
-    right,
+    /// What was written, up to the end mark: at most padding was cut off.
+    whole,
+    /// What was written, up to the cut.
+    part,
     /// Behind a section that is longer than its length field can say they take other bits for sections.
     wrong,
     /// The same, and they refuse the stream as invalid.

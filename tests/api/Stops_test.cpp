@@ -184,8 +184,11 @@ private:
 /// A stream in pages of their own.
 class TouchedStream {
 public:
-    explicit TouchedStream(const Bytes& streamBytes)
-        : sizeBytes(streamBytes.size()), pieces(1, sizeBytes / kPageBytes + 1, kMostOpenPages) {
+    /// The smallest pages there are.
+    static constexpr std::size_t kPageBytes = 4096;
+
+    explicit TouchedStream(const Bytes& streamBytes, std::size_t mostOpenPages = kMostOpenPages)
+        : sizeBytes(streamBytes.size()), pieces(1, sizeBytes / kPageBytes + 1, mostOpenPages) {
         std::copy(streamBytes.begin(), streamBytes.end(), pieces.begin());
     }
 
@@ -205,8 +208,6 @@ public:
     TouchedPieces pieces;
 
 private:
-    /// The smallest pages there are.
-    static constexpr std::size_t kPageBytes = 4096;
     /// A few less than there are sections in work, so that touches go on to the end.
     static constexpr std::size_t kMostOpenPages = 8;
 };
@@ -305,6 +306,19 @@ TEST_P(Stops, ADecompressionEndsAtEveryPageOfTheStreamThatItReads) {
             touched.pieces, [&] { return touched.decompress(calls.codec.get(), image); },
             kMostPageStops, false);
     }
+}
+
+/// Before the first row is there, many are decoded.
+TEST(StopsOfWideImages, EndTheRowsThatAreDecodedAhead) {
+    const RawImage image = test::makeImage(Content::noise, 1, 8, 9000, 256);
+    const Bytes bytes = test::compressCall(test::makeCodec().get(), image).bytes;
+    const std::size_t allPages = bytes.size() / TouchedStream::kPageBytes + 1;
+    TouchedStream touched(bytes, allPages);
+    StoppedCalls calls;
+    const std::size_t more = calls.atTouches(
+        touched.pieces, [&] { return touched.decompress(calls.codec.get(), image); }, 8, false);
+    std::printf("%zu of %zu\n", more, allPages);
+    EXPECT_LE(more, allPages / 16);
 }
 
 std::vector<Case> allCases() {

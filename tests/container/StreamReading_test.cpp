@@ -59,15 +59,15 @@ TEST(StreamReading, IsWhatDecodersMakeOfEveryCutStream) {
                 const int status =
                     test::decompressObject(test::headed(plain.header, plain.bytes)).status;
                 EXPECT_EQ(reading == Reading::refused, status == kInvalidSection) << size;
-                if (reading == Reading::right) {
+                if (reading == Reading::part) {
                     EXPECT_EQ(status, kCut) << size;
                 }
                 if (written.misreadBit > 8 * size) {
-                    EXPECT_EQ(reading, Reading::right) << size;
+                    EXPECT_EQ(reading, Reading::part) << size;
                 }
             }
         }
-    EXPECT_GT(met[Reading::right], 50);
+    EXPECT_GT(met[Reading::part], 50);
     EXPECT_GT(met[Reading::refused], 100);
 }
 
@@ -75,10 +75,22 @@ TEST(StreamReading, OfSectionsThatFitIsRight) {
     Plain plain(test::makeImage(test::Content::photo, 1, 8, 60, 50));
     const WrittenStream whole = plain.cutAt(plain.completeBytes());
     EXPECT_EQ(whole.misreadBit, CWaveletEncoder<short>::kNeverMisread);
-    EXPECT_EQ(readingOf(plain.header, whole), Reading::right);
+    EXPECT_EQ(readingOf(plain.header, whole), Reading::whole);
     EXPECT_TRUE(endsAtItsEnd(plain.header, whole, plain.streamBits));
-    EXPECT_EQ(readingOf(plain.header, plain.cutAt(100)), Reading::right);
+    EXPECT_EQ(readingOf(plain.header, plain.cutAt(100)), Reading::part);
     EXPECT_FALSE(endsAtItsEnd(plain.header, plain.cutAt(100), plain.streamBits));
+}
+
+TEST(StreamReading, OfAStreamThatOnlyLacksPaddingIsThatOfTheWhole) {
+    Plain plain(test::makeImage(test::Content::photo, 1, 8, 60, 50));
+    EXPECT_EQ(readingOf(plain.header, plain.cutAt(plain.completeBytes() - 1)), Reading::whole);
+    EXPECT_EQ(readingOf(plain.header, plain.cutAt(plain.completeBytes() - 3)), Reading::part);
+}
+
+TEST(StreamReading, OfNoBytesIsThatOfAPart) {
+    Plain plain(test::makeBright(Bright::flat, 1, 8, 7, 7));
+    EXPECT_EQ(readingOf(plain.header, plain.cutAt(0)), Reading::part);
+    EXPECT_EQ(readingOf(plain.header, {nullptr, 0, 0}), Reading::part);
 }
 
 // Bits of a stream of 5 x 5 pixels, level 1: a section of order 1 has a length of 4 bits. The stream says that
@@ -94,7 +106,7 @@ TEST(StreamReading, WithAnEndMarkInsideASectionIsWrong) {
     writer.flush();
     const TKHeader header = makeHeader(1, 8, 5, 5);
     EXPECT_EQ(readingOf(header, {bytes.data(), written, misreadBit}), Reading::wrong);
-    EXPECT_EQ(readingOf(header, {bytes.data(), written, misreadBit + 100}), Reading::right);
+    EXPECT_EQ(readingOf(header, {bytes.data(), written, misreadBit + 100}), Reading::whole);
     EXPECT_FALSE(endsAtItsEnd(header, {bytes.data(), written, misreadBit}, 8 * written));
 }
 

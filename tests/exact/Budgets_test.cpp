@@ -117,8 +117,13 @@ protected:
         if (call.status != TESK_CUT) return;
         EXPECT_EQ(call.bytes.size(), budget);
         if (isLong) return;
-        EXPECT_EQ(call.result.loss, TESK_LOSS_BUDGET);
         EXPECT_TRUE(back.isUsable());
+        // Without padding a stream is complete for decoders, and loses what the complete one loses.
+        if (back.status == TESK_OK && back.bytes != image.bytes) {
+            EXPECT_EQ(call.result.loss, whole.result.loss);
+        } else {
+            EXPECT_EQ(call.result.loss, TESK_LOSS_BUDGET);
+        }
     }
 
     void tryImage(const RawImage& image, int budgets) {
@@ -175,13 +180,15 @@ TEST_F(Budgets, OfSmallImagesGiveStreamsThatOpen) {
 
 TEST_F(Budgets, OfImagesWithASideOfOneCutThePlainStream) {
     const RawImage line = test::makeBright(Bright::flat, 1, 8, 1, 40);
-    for (const std::size_t budget : {std::size_t{16}, std::size_t{17}, std::size_t{100}}) {
+    for (const std::size_t budget :
+         {std::size_t{16}, std::size_t{17}, std::size_t{18}, std::size_t{100}}) {
         const Call call = test::compressCall(codec.get(), line, budget);
         const Call plain = test::compressCall(plainCodec.get(), line, budget);
         EXPECT_EQ(call.status, plain.status);
         EXPECT_EQ(call.bytes, plain.bytes);
         EXPECT_EQ(call.result.loss, plain.result.loss);
-        EXPECT_EQ(call.result.loss, budget < 100 ? TESK_LOSS_BUDGET : TESK_LOSS_SIDE_OF_ONE);
+        // The stream of 19 bytes has its end mark in the 18th.
+        EXPECT_EQ(call.result.loss, budget < 18 ? TESK_LOSS_BUDGET : TESK_LOSS_SIDE_OF_ONE);
     }
 }
 

@@ -80,7 +80,7 @@ protected:
 };
 
 TEST_F(Ends, OfFlatColoursAreWhereTheyStand) {
-    tryFlatColours(test::kRunsInFull ? 41 : 401, 1);
+    tryFlatColours(test::kRunsInFull ? 41 : 101, 1);
     EXPECT_GT(passed, images / 2);
 }
 

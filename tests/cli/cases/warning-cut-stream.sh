@@ -10,6 +10,17 @@ for word in C cc c; do
     echo "decompression: exit status $?"
   done
 done
+# A budget of a header alone holds nothing that could be taken for something else.
+head -c 49 bright.raw >small.raw
+run cc small.raw 1 8 7 7 cut.tk 0.3347
+# Nothing is cut off but padding: the stream is complete for decoders, with the wrong image.
+head -c 69 "$GOLDEN/g8_photo_131x173.raw" >thin.raw
+"$TESK" c thin.raw 1 8 3 23 complete.tk >/dev/null 2>&1
+bytes=$(($(stat -c %s complete.tk) - 1))
+for word in C cc; do
+  "$TESK" $word thin.raw 1 8 3 23 cut.tk "$(awk "BEGIN { print ($bytes + 0.5) / 69 }")" >/dev/null
+  cmp <(head -c $bytes complete.tk) cut.tk
+done
 # Nothing is said where decoders come to the cut, or the stream restores the image.
 for rate in 0.02 0.1 1; do
   for word in C cc c; do "$TESK" $word "$GOLDEN/g8_photo_131x173.raw" 1 8 131 173 cut.tk $rate >/dev/null; done
