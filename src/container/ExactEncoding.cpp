@@ -62,12 +62,12 @@ bool CExactEncoder<T, P>::encodePlain() {
 /// Returns: false when stopped.
 template <class T, class P>
 bool CExactEncoder<T, P>::codeFirst(ThinImage thin) {
-    makeEncoder();
-    return encoder->gainsByRows() ? codeByRows() : codeFromPlanes(thin);
+    return goesByRows(image.x, image.y) ? codeByRows() : codeFromPlanes(thin);
 }
 
 template <class T, class P>
 bool CExactEncoder<T, P>::codeByRows() {
+    makeEncoder();
     RowsOfJob<T, P> rows(job);
     return encoder->codeRows(rows) == kComplete && !job.isStopped();
 }

@@ -28,7 +28,7 @@ public:
     /// Returns: whether there are levels and the filter is the 5/3 one, so that a sweep over all levels
     /// does what the filter would do level by level.
     bool canSweep() const;
-    /// Returns: whether canSweep(), and goesByRows for the image.
+    /// Returns: whether canSweep() and goesByRows(width, height) of the image.
     bool gainsByRows() const;
 
 protected:

@@ -27,7 +27,8 @@ int levelCount(int width, int height) {
 }
 
 bool goesByRows(int width, int height) {
-    return height >= kFewestRowsForRows && std::int64_t{width} * height >= kFewestSamplesForRows;
+    return levelCount(width, height) > 0 && height >= kFewestRowsForRows &&
+           std::int64_t{width} * height >= kFewestSamplesForRows;
 }
 
 int LevelGeometry::filteredColumns() const {

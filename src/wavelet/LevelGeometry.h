@@ -12,8 +12,8 @@ inline constexpr int kMaxOrders = kMaxLevels + 1;
 /// smaller side is 2 or 3, -1 when it is 0 or 1.
 int levelCount(int width, int height);
 
-/// Returns: whether images of width x height samples go row by row where they can, without planes. The
-/// planes of smaller ones stay in the cache, and are those that need a rescue most often.
+/// Returns: whether images of width x height samples go row by row, without planes: they have levels, and
+/// are large enough to gain by it. The planes of smaller ones stay in the cache, and are those that need a rescue most often.
 bool goesByRows(int width, int height);
 
 /// One level of the transform of a plane: its samples stand at multiples of step.

@@ -4,6 +4,7 @@
 
 namespace {
 
+using qmx::goesByRows;
 using qmx::levelCount;
 using qmx::LevelGeometry;
 
@@ -55,6 +56,15 @@ TEST(LevelGeometry, EmptySidesHaveNoSamples) {
     EXPECT_EQ((LevelGeometry{0, 7, 0, 1}.samplesPerRow()), 0);
     EXPECT_EQ((LevelGeometry{0, 7, 0, 1}.filteredColumns()), 0);
     EXPECT_EQ((LevelGeometry{7, 0, 8, 1}.samplesPerColumn()), 0);
+}
+
+TEST(GoesByRows, NeedsLevelsRowsAndSamples) {
+    EXPECT_TRUE(goesByRows(256, 256));
+    EXPECT_FALSE(goesByRows(255, 256)) << "too few samples";
+    EXPECT_FALSE(goesByRows(1000, 255)) << "too few rows";
+    EXPECT_TRUE(goesByRows(4, 65535));
+    EXPECT_FALSE(goesByRows(3, 65535)) << "no level";
+    EXPECT_FALSE(goesByRows(0, 65535));
 }
 
 }  // namespace
