@@ -3,8 +3,10 @@
 #include <sstream>
 
 #include "api/CTeskCompressor.h"
+#include "coding/SectionSyntax.h"
 #include "container/Budget.h"
 #include "support/CodecObjects.h"
+#include "wavelet/LevelGeometry.h"
 
 // Results of calls in any order, golden streams, and the width of coefficients.
 
@@ -119,6 +121,29 @@ TEST(CTeskCompressor, TheEstimateCutsTinyFlatImagesOnly) {
     EXPECT_EQ(log.asked, std::vector<unsigned long>{34});
     EXPECT_EQ(test::streamOf(compressor), test::encode(zero));
     EXPECT_EQ(compressor.getStreamSize(), 30U);
+}
+
+// Without coefficients the estimate consists of the headers of two sections for each order, a little too
+// many bits, and the 19 bits around them.
+TEST(CTeskCompressor, TheEstimateIsRoundedUpToWholeBytes) {
+    int wholeBytes = 0;
+    for (const int height : {2, 4, 9, 20, 40, 70})
+        for (int width = 2; width <= 300; width += 2) {
+            unsigned long bits = 19;
+            for (int order = 0; order <= levelCount(width, height); ++order)
+                bits += 22 + 2 * static_cast<unsigned long>(
+                                     lengthFieldBits(sampleCountBits(width, height), order));
+            bits += bits / 20;
+            const unsigned long sizeBytes = (bits + 7) / 8;
+            const RawImage zeros{1, 8, width, height,
+                                 Bytes(static_cast<std::size_t>(width * height), 0)};
+            test::BlockLog log;
+            test::LoggingCompressor(zeros, 0, true, log).compress();
+            // A size without room for the header is that of the stream alone.
+            EXPECT_EQ(log.asked[0], sizeBytes < 16 ? sizeBytes + 16 : sizeBytes) << width;
+            wholeBytes += bits % 8 == 0 ? 1 : 0;
+        }
+    EXPECT_GT(wholeBytes, 0) << "or one bit more would not be noticed";
 }
 
 TEST(CTeskCompressor, AnEstimateBelowTheHeaderIsTheSizeOfTheStream) {
