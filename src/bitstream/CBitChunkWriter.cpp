@@ -12,10 +12,10 @@ CBitChunkWriter::CBitChunkWriter() : CBitWriter(nullptr, 0) {
 
 void CBitChunkWriter::appendChunk() {
     if (current == nullptr) {
-        chunks = makeObject<CMemChunk<std::uint64_t>>(memory, kChunkWords, memory);
+        chunks = makeObject<CMemChunk<std::uint64_t>>(memory, kFirstChunkWords, memory);
         current = chunks.get();
     } else {
-        current = current->append();
+        current = current->append(std::min(2 * current->words, kMostChunkWords));
     }
 }
 

@@ -7,8 +7,10 @@
 
 namespace qmx {
 
-/// 64-bit words in one chunk of a section: 32 KiB. Implementation limit, not part of a stream.
-inline constexpr int kChunkWords = 4096;
+/// 64-bit words in the first chunk of a section, 512 bytes, of which many images need no more. Each further
+/// chunk has twice as many as the one before it, up to 32 KiB. Implementation limits, not part of a stream.
+inline constexpr int kFirstChunkWords = 64;
+inline constexpr int kMostChunkWords = 4096;
 
 /// A writer that grows without limit through a list of chunks. The coefficient encoder writes each
 /// section into one, so that its length is known when it is copied into the stream.

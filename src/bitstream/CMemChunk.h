@@ -31,9 +31,9 @@ struct CMemChunk {
     CMemChunk(const CMemChunk&) = delete;
     CMemChunk& operator=(const CMemChunk&) = delete;
 
-    /// Appends a node of the same size. Requires: this is the last node. Returns: the new node.
-    CMemChunk* append() {
-        next = makeObject<CMemChunk>(memory, words, memory);
+    /// Appends a node of wordCount words. Requires: this is the last node. Returns: the new node.
+    CMemChunk* append(int wordCount) {
+        next = makeObject<CMemChunk>(memory, wordCount, memory);
         next->head = head;
         return next.get();
     }

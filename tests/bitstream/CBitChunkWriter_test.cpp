@@ -14,7 +14,19 @@ using qmx::CBitWriter;
 using test::Bits;
 using test::Bytes;
 
-constexpr std::uint64_t kChunkBits = std::uint64_t{64} * qmx::kChunkWords;
+/// Bits of the first chunks of a writer together: each has twice as many as the one before it, up to a limit.
+constexpr std::uint64_t bitsOfChunks(int count) {
+    std::uint64_t words = 0;
+    for (int i = 0, next = qmx::kFirstChunkWords; i < count; ++i) {
+        words += static_cast<std::uint64_t>(next);
+        next = std::min(2 * next, qmx::kMostChunkWords);
+    }
+    return 64 * words;
+}
+static_assert(bitsOfChunks(3) == 64 * (64 + 128 + 256));
+static_assert(bitsOfChunks(9) - bitsOfChunks(7) == 2 * 64 * 4096);
+
+constexpr std::uint64_t kFirstChunkBits = bitsOfChunks(1);
 
 /// Copies the first nbits bits behind the given ones into a buffer of exactly the right size.
 Bytes copied(CBitChunkWriter& source, std::uint64_t nbits, std::uint64_t expectedBits) {
@@ -33,14 +45,14 @@ TEST(CBitChunkWriter, CountsAMillionBitsAcrossItsChunks) {
         writer.writeBit(i & 1);
         ASSERT_EQ(writer.getTotal(), i + 1);
     }
-    EXPECT_GT(writer.getTotal(), 3 * kChunkBits);
+    EXPECT_GT(writer.getTotal(), bitsOfChunks(8));
     EXPECT_TRUE(test::sameBytes(Bytes(125000, 0xAA), copied(writer, 0, 1000000)));
 }
 
 TEST(CBitChunkWriter, CopiesWhatItHoldsAtEveryFillOfAChunk) {
-    for (std::uint64_t chunks : {1U, 2U})
+    for (int chunks : {1, 2, 3, 7, 8})
         for (std::uint64_t past : {0U, 1U, 2U, 63U, 64U, 65U, 131U}) {
-            const std::uint64_t count = chunks * kChunkBits - 65 + past;
+            const std::uint64_t count = bitsOfChunks(chunks) - 65 + past;
             const Bits bits = test::randomBits(count, past);
             CBitChunkWriter writer;
             test::writeBits(writer, bits);
@@ -62,10 +74,11 @@ TEST(CBitChunkWriter, CountZeroCopiesEverythingAndOtherCountsAtMostTheTotal) {
 }
 
 TEST(CBitChunkWriter, PrefixesMayEndOnBothSidesOfAChunkBoundary) {
-    const Bits bits = test::randomBits(2 * kChunkBits + 100, 17);
+    constexpr std::uint64_t kBoundary = bitsOfChunks(3);
+    const Bits bits = test::randomBits(kBoundary + 100, 17);
     CBitChunkWriter writer;
     test::writeBits(writer, bits);
-    for (std::uint64_t count = kChunkBits - 66; count <= kChunkBits + 66; count += 3) {
+    for (std::uint64_t count = kBoundary - 66; count <= kBoundary + 66; count += 3) {
         const Bits first(bits.begin(), bits.begin() + static_cast<long>(count));
         ASSERT_TRUE(test::sameBytes(test::packed(first), copied(writer, count, count))) << count;
     }
@@ -92,7 +105,7 @@ TEST(CBitChunkWriter, WritingGoesOnAfterACopy) {
 }
 
 TEST(CBitChunkWriter, CopyThatDoesNotFitFillsTheDestinationToItsLastBit) {
-    const Bits bits = test::randomBits(kChunkBits + 500, 6);
+    const Bits bits = test::randomBits(8 * 32768 + 500, 6);
     CBitChunkWriter writer;
     test::writeBits(writer, bits);
     for (std::size_t size : {0U, 1U, 8U, 13U, 32767U, 32768U, 32769U, 32829U}) {
@@ -107,7 +120,7 @@ TEST(CBitChunkWriter, CopyThatDoesNotFitFillsTheDestinationToItsLastBit) {
 }
 
 TEST(CBitChunkWriter, AChunkWriterTakesTheBitsOfAnother) {
-    const Bits bits = test::randomBits(kChunkBits + 77, 2);
+    const Bits bits = test::randomBits(bitsOfChunks(2) + 77, 2);
     CBitChunkWriter source;
     test::writeBits(source, bits);
     CBitChunkWriter destination;
@@ -137,7 +150,7 @@ template <class Batch>
 void expectTheStateOfSingleFields(int widestField) {
     for (std::uint64_t past = 0; past < 140; ++past) {
         const auto first = test::randomFields(past, past, 1, 64);
-        const auto fields = test::randomFields(kChunkBits - 70, past, 1, widestField);
+        const auto fields = test::randomFields(kFirstChunkBits - 70, past, 1, widestField);
         CBitChunkWriter expected;
         test::writeFields(expected, first);
         test::writeFields(expected, fields);
@@ -161,7 +174,7 @@ TEST(CBitChunkWriter, BatchesLeaveTheStateThatSingleFieldsLeave) {
 
 TEST(CBitChunkWriter, ABatchMayGoIntoTheSlackAndMovesToTheNextChunk) {
     for (std::uint64_t words = 0; words < qmx::kSlackWords; ++words) {
-        const Bits bits = test::randomBits(kChunkBits - 64 + 64 * words, words);
+        const Bits bits = test::randomBits(kFirstChunkBits - 64 + 64 * words, words);
         CBitChunkWriter writer;
         qmx::BitBatch batch = writer.beginBatch();
         writer.makeRoom(batch);
@@ -175,13 +188,13 @@ TEST(CBitChunkWriter, ABatchMayGoIntoTheSlackAndMovesToTheNextChunk) {
 TEST(CBitChunkWriter, ABatchOfBytesMayGoIntoTheSlackAndMovesToTheNextChunk) {
     constexpr auto kStep = std::uint64_t{qmx::ByteBatch::kMaxBits};
     for (std::uint64_t appends = 0; appends <= qmx::kSlackWords; ++appends) {
-        const Bits bits = test::randomBits(kChunkBits - 1 + kStep * appends, appends);
+        const Bits bits = test::randomBits(kFirstChunkBits - 1 + kStep * appends, appends);
         CBitChunkWriter writer;
         qmx::ByteBatch batch(writer.beginBatch());
         writer.makeRoom(batch);
-        for (std::uint64_t i = 0; i < kChunkBits - 1; ++i)
+        for (std::uint64_t i = 0; i < kFirstChunkBits - 1; ++i)
             batch.append(test::valueAt(bits, i, 1), 1);
-        for (std::uint64_t i = kChunkBits - 1; i < bits.size(); i += kStep)
+        for (std::uint64_t i = kFirstChunkBits - 1; i < bits.size(); i += kStep)
             batch.append(test::valueAt(bits, i, static_cast<int>(kStep)), kStep);
         writer.endBatch(batch);
         EXPECT_TRUE(test::sameBytes(test::packed(bits), copied(writer, 0, bits.size()))) << appends;
@@ -210,10 +223,10 @@ void expectFullChunkWithoutMemoryForMore(std::uint64_t nbits) {
     writer.useMemory(&memory);
     Batch batch(writer.beginBatch());
     writer.makeRoom(batch);
-    for (std::uint64_t bits = 0; bits < kChunkBits + 2 * nbits; bits += nbits)
+    for (std::uint64_t bits = 0; bits < kFirstChunkBits + 2 * nbits; bits += nbits)
         batch.append(1, nbits);
     EXPECT_THROW(writer.endBatch(batch), std::bad_alloc);
-    EXPECT_EQ(writer.getTotal(), kChunkBits);
+    EXPECT_EQ(writer.getTotal(), kFirstChunkBits);
 }
 
 TEST(CBitChunkWriter, ABatchWithoutMemoryForItsSurplusKeepsTheFullChunk) {
@@ -238,20 +251,21 @@ TEST(CBitChunkWriter, DestroysAVeryLongListOnASmallStack) {
     ASSERT_EQ(pthread_create(&thread, &attributes, &makeAndDestroyManyChunks, &total), 0);
     pthread_join(thread, nullptr);
     pthread_attr_destroy(&attributes);
-    EXPECT_EQ(total, 19999 * kChunkBits);
+    EXPECT_EQ(total, bitsOfChunks(19999));
 }
 
 TEST(CMemChunk, NodesKnowTheirHeadAndTheirSize) {
     qmx::CMemChunk<std::uint64_t> first(10, std::pmr::new_delete_resource());
     EXPECT_EQ(first.head, &first);
     EXPECT_EQ(first.next, nullptr);
-    qmx::CMemChunk<std::uint64_t>* second = first.append();
-    qmx::CMemChunk<std::uint64_t>* third = second->append();
+    qmx::CMemChunk<std::uint64_t>* second = first.append(10);
+    qmx::CMemChunk<std::uint64_t>* third = second->append(20);
     EXPECT_EQ(first.next.get(), second);
     EXPECT_EQ(second->next.get(), third);
     EXPECT_EQ(third->head, &first);
-    EXPECT_EQ(third->words, 10);
-    third->data[9] = 1;
+    EXPECT_EQ(second->words, 10);
+    EXPECT_EQ(third->words, 20);
+    third->data[19] = 1;
 }
 
 }  // namespace
