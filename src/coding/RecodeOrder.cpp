@@ -11,7 +11,7 @@ namespace qmx {
 
 template <class T>
 std::uint64_t CWaveletEncoder<T>::getLongestSectionBits() const {
-    return lowBits(lengthFieldBits(sampleCountBits(), this->levels));
+    return longestSectionBits(sampleCountBits(), this->levels);
 }
 
 template <class T>

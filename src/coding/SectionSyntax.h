@@ -28,6 +28,11 @@ constexpr int lengthFieldBits(int sampleCountBits, int order) {
     return sampleCountBits + 1 - 2 * order;
 }
 
+/// Returns: the most bits that a section can say it has. Requires: as above, and an order of the image.
+constexpr std::uint64_t longestSectionBits(int sampleCountBits, int order) {
+    return lowBits(lengthFieldBits(sampleCountBits, order));
+}
+
 /// Returns: the number of bits of width x height.
 int sampleCountBits(int width, int height);
 

@@ -142,7 +142,7 @@ void CWaveletEncoder<T>::closeAndMeasure(int plane, int order, int bitPlane) {
     estimateBits += significanceBits + refinementBits;
     streamBits += significanceBits + refinementBits;
 
-    const std::uint64_t longest = lowBits(static_cast<int>(lengthBits));
+    const std::uint64_t longest = longestSectionBits(sampleCountBits(), order);
     overlongSections += static_cast<unsigned>(significanceBits > longest);
     overlongSections += static_cast<unsigned>(refinementBits > longest);
     const bool isEndless = significanceBits == 0 && encoder->getTotal() > kEndRun + 1;
@@ -174,7 +174,7 @@ void CWaveletEncoder<T>::writeSection(CBitWriter& out, int plane, int order, boo
     // Bit planes outside the tables are sent as empty sections.
     const std::uint64_t lengthBits = writer == nullptr ? 0 : writer->getTotal();
     writeSectionHeader(out, {plane, order, refinement, lengthBits}, sampleCountBits());
-    const std::uint64_t longest = lowBits(lengthFieldBits(sampleCountBits(), order));
+    const std::uint64_t longest = longestSectionBits(sampleCountBits(), order);
     // Quirk 1: a writer without room counts up to the largest number, and holds nothing to misread.
     const std::uint64_t payloadBit = out.getTotal();
     if (lengthBits > longest && payloadBit < kNeverMisread - longest)

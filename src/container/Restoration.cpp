@@ -87,6 +87,15 @@ MemoryArray<unsigned char> makeAgain(CWaveletEncoder<T>& encoder, std::uint64_t 
     return stream;
 }
 
+/// What a stream that a rate cut loses beyond that. Requires: report.reading is not whole.
+template <class T>
+LossReport lossOfCut(const CWaveletEncoder<T>& encoder, LossReport report) {
+    if (report.reading == Reading::part) return report;
+    report.loss = Loss::overlongSection;
+    report.count = countOf(encoder, report.loss);
+    return report;
+}
+
 /// Returns: the reason alone.
 std::string reasonOf(const LossReport& report) {
     const std::string count = std::to_string(report.count);
@@ -163,12 +172,8 @@ LossReport findLoss(CWaveletEncoder<T>& encoder, const TKHeader& header, const S
     const bool wasCut = written.sizeBytes < completeBytes;
     if (wasCut && fate.isLossAskedFor) {
         report.reading = readingOf(header, written);
-        if (report.reading == Reading::part) return report;
-        if (report.reading != Reading::whole) {
-            report.loss = Loss::overlongSection;
-            report.count = countOf(encoder, report.loss);
-            return report;
-        }
+        // Without padding alone a stream is complete for decoders.
+        if (report.reading != Reading::whole) return lossOfCut(encoder, report);
     }
     report.loss = suspectLoss(encoder, header, fate.wasSuspended, wasCut && !fate.isLossAskedFor);
     report.count = countOf(encoder, report.loss);

@@ -24,6 +24,13 @@ tesk_status watched(const test::NamedCall& call, tesk_codec* codec) {
     return status;
 }
 
+/// Of what the last watched call took.
+void expectOneExceptionAtMost() {
+    EXPECT_LE(processHeap.mostLive, 1);
+    EXPECT_LE(processHeap.largestBytes, kMostBytesOutside);
+    EXPECT_EQ(processHeap.live, 0) << "left behind";
+}
+
 TEST(OutsideMemory, IsOneExceptionAtATimeAtMost) {
     std::size_t calls = 0;
     std::size_t exceptions = 0;
@@ -35,9 +42,7 @@ TEST(OutsideMemory, IsOneExceptionAtATimeAtMost) {
             const tesk_options options = arena.options();
             const test::Codec codec = test::makeCodec(&options);
             EXPECT_EQ(watched(call, codec.get()), call.expected);
-            EXPECT_LE(processHeap.mostLive, 1);
-            EXPECT_LE(processHeap.largestBytes, kMostBytesOutside);
-            EXPECT_EQ(processHeap.live, 0) << "left behind";
+            expectOneExceptionAtMost();
             exceptions += processHeap.allocations;
             largestBytes = std::max(largestBytes, processHeap.largestBytes);
             ++calls;
@@ -56,9 +61,7 @@ TEST(OutsideMemory, AnAllocatorThatFailsIsOneExceptionToo) {
         options.flags = TESK_PLAIN;
         const test::Codec limited = test::makeCodec(&options);
         EXPECT_EQ(watched(call, limited.get()), TESK_LIMIT_EXCEEDED);
-        EXPECT_LE(processHeap.mostLive, 1);
-        EXPECT_LE(processHeap.largestBytes, kMostBytesOutside);
-        EXPECT_EQ(processHeap.live, 0);
+        expectOneExceptionAtMost();
     }
 }
 
