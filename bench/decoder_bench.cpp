@@ -10,9 +10,9 @@
 
 #include "SampleScene.h"
 #include "bitstream/CBitReader.h"
+#include "coding/decode/CWaveletDecoder.h"
 #include "image/CpuLevel.h"
 #include "wavelet/CFilter5_3.h"
-#include "wavelet/CWaveletDecoder.h"
 
 namespace {
 

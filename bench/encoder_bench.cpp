@@ -6,11 +6,11 @@
 
 #include "SampleScene.h"
 #include "bitstream/CBitWriter.h"
-#include "coding/FoldKernels.h"
-#include "coding/OrderEncoder.h"
+#include "coding/encode/CWaveletEncoder.h"
+#include "coding/encode/FoldKernels.h"
+#include "coding/encode/OrderEncoder.h"
 #include "image/CpuLevel.h"
 #include "wavelet/CFilter5_3.h"
-#include "wavelet/CWaveletEncoder.h"
 
 namespace {
 

@@ -5,9 +5,9 @@
 #include <string>
 #include <vector>
 
+#include "coding/decode/CWaveletDecoder.h"
+#include "coding/encode/CWaveletEncoder.h"
 #include "wavelet/CFilter5_3.h"
-#include "wavelet/CWaveletDecoder.h"
-#include "wavelet/CWaveletEncoder.h"
 #include "wavelet/LiftingKernels.h"
 
 namespace {

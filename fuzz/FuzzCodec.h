@@ -10,9 +10,9 @@
 #include "api/CTeskDecompressor.h"
 #include "bitstream/CBitReader.h"
 #include "bitstream/Status.h"
+#include "coding/decode/CWaveletDecoder.h"
 #include "container/SampleDispatch.h"
 #include "wavelet/CFilter5_3.h"
-#include "wavelet/CWaveletDecoder.h"
 
 // All ways in which a stream is decoded, each with the same answer.
 

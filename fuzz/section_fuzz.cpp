@@ -3,7 +3,7 @@
 #include "FuzzLevels.h"
 #include "bitstream/CBitReader.h"
 #include "bitstream/Status.h"
-#include "coding/SectionSyntax.h"
+#include "coding/syntax/SectionSyntax.h"
 
 namespace {
 

@@ -6,11 +6,11 @@
 #include "api/CompressorLoss.h"
 #include "bitstream/CAligned.h"
 #include "bitstream/Status.h"
+#include "coding/encode/CWaveletEncoder.h"
 #include "container/Budget.h"
 #include "container/RawPixels.h"
 #include "container/SampleDispatch.h"
 #include "wavelet/CFilter5_3.h"
-#include "wavelet/CWaveletEncoder.h"
 
 namespace qmx {
 namespace {

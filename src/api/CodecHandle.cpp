@@ -3,7 +3,7 @@
 #include <limits>
 #include <new>
 
-#include "coding/CRowLines.h"
+#include "coding/encode/CRowLines.h"
 #include "container/SampleDispatch.h"
 #include "image/CImageData.h"
 

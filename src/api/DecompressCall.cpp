@@ -3,9 +3,9 @@
 #include "api/CodecHandle.h"
 #include "bitstream/CBitReader.h"
 #include "bitstream/Status.h"
+#include "coding/decode/CWaveletDecoder.h"
 #include "container/SampleDispatch.h"
 #include "wavelet/CFilter5_3.h"
-#include "wavelet/CWaveletDecoder.h"
 #include "wavelet/OutputConversion.h"
 
 namespace qmx {

@@ -7,6 +7,7 @@
 #include "bitstream/CBitFileWriter.h"
 #include "bitstream/Status.h"
 #include "bitstream/Throwing.h"
+#include "coding/encode/CWaveletEncoder.h"
 #include "container/Budget.h"
 #include "container/ColourTransform.h"
 #include "container/DriverMessages.h"
@@ -14,7 +15,6 @@
 #include "container/RawPixels.h"
 #include "image/Interleave.h"
 #include "wavelet/CFilter5_3.h"
-#include "wavelet/CWaveletEncoder.h"
 
 namespace qmx {
 namespace {

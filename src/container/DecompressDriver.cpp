@@ -6,11 +6,11 @@
 
 #include "bitstream/CBitFileReader.h"
 #include "bitstream/Throwing.h"
+#include "coding/decode/CWaveletDecoder.h"
 #include "container/ColourTransform.h"
 #include "container/DriverMessages.h"
 #include "container/FileIo.h"
 #include "wavelet/CFilter5_3.h"
-#include "wavelet/CWaveletDecoder.h"
 #include "wavelet/OutputConversion.h"
 
 namespace qmx {

@@ -3,7 +3,7 @@
 #include <cstring>
 
 #include "bitstream/CBitReader.h"
-#include "wavelet/CWaveletDecoder.h"
+#include "coding/decode/CWaveletDecoder.h"
 #include "wavelet/OutputConversion.h"
 
 namespace qmx {

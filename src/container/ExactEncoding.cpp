@@ -5,12 +5,12 @@
 #include <functional>
 
 #include "bitstream/CBitWriter.h"
-#include "coding/FoldedValue.h"
-#include "coding/SectionRescue.h"
+#include "coding/decode/CWaveletDecoder.h"
+#include "coding/encode/SectionRescue.h"
+#include "coding/syntax/FoldedValue.h"
 #include "container/ExactCheck.h"
 #include "container/RawPixels.h"
 #include "container/StreamReading.h"
-#include "wavelet/CWaveletDecoder.h"
 
 namespace qmx {
 namespace {

@@ -5,10 +5,10 @@
 #include <optional>
 
 #include "bitstream/Status.h"
+#include "coding/encode/CWaveletEncoder.h"
 #include "container/SampleDispatch.h"
 #include "image/CImageData.h"
 #include "wavelet/CFilter5_3.h"
-#include "wavelet/CWaveletEncoder.h"
 
 namespace qmx {
 

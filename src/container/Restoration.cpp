@@ -6,9 +6,9 @@
 #include "bitstream/CBitReader.h"
 #include "bitstream/CBitWriter.h"
 #include "bitstream/Status.h"
-#include "coding/FoldedValue.h"
+#include "coding/decode/CWaveletDecoder.h"
+#include "coding/syntax/FoldedValue.h"
 #include "wavelet/CFilter5_3.h"
-#include "wavelet/CWaveletDecoder.h"
 #include "wavelet/OutputConversion.h"
 
 namespace qmx {

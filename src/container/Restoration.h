@@ -3,9 +3,9 @@
 #include <cstdint>
 #include <string>
 
+#include "coding/encode/CWaveletEncoder.h"
 #include "container/StreamReading.h"
 #include "container/TKHeader.h"
-#include "wavelet/CWaveletEncoder.h"
 
 namespace qmx {
 

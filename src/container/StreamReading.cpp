@@ -3,7 +3,7 @@
 #include <optional>
 
 #include "bitstream/CBitReader.h"
-#include "coding/CSectionWalk.h"
+#include "coding/syntax/CSectionWalk.h"
 #include "wavelet/LevelGeometry.h"
 
 namespace qmx {

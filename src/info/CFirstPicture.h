@@ -2,8 +2,8 @@
 
 #include <array>
 
-#include "coding/CSectionWalk.h"
-#include "wavelet/CoderStreams.h"
+#include "coding/syntax/CSectionWalk.h"
+#include "coding/syntax/CoderStreams.h"
 
 namespace qmx {
 

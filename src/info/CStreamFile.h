@@ -1,7 +1,7 @@
 #pragma once
 
 #include "bitstream/CBitFileReader.h"
-#include "coding/CSectionWalk.h"
+#include "coding/syntax/CSectionWalk.h"
 #include "container/FileIo.h"
 #include "container/TKHeader.h"
 

@@ -1,9 +1,9 @@
 #include "info/CheckStream.h"
 
 #include "bitstream/Status.h"
+#include "coding/decode/CWaveletDecoder.h"
 #include "container/SampleDispatch.h"
 #include "wavelet/CFilter5_3.h"
-#include "wavelet/CWaveletDecoder.h"
 
 namespace qmx {
 namespace {

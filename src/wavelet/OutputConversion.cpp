@@ -1,7 +1,6 @@
 #include "wavelet/OutputConversion.h"
 
 #include "image/ColourPixel.h"
-#include "wavelet/CWaveletDecoder.h"
 
 namespace qmx {
 namespace {
@@ -52,23 +51,10 @@ void convertRow(const CImageData<T>& image, int r, int bytesPerPixel, const Samp
     if (bytesPerPixel == 3) convertColourRow(image, r, limit, static_cast<unsigned char*>(out));
 }
 
-template <class T>
-void CWaveletDecoder<T>::convertAndCopyToT(void* out, int bytesPerPixel, int limitBits) {
-    const CImageData<T>& samples = *this->image;
-    const std::size_t rowBytes = outputRowBytes(samples, bytesPerPixel);
-    if (rowBytes == 0) return;
-    const SampleLimit<T> limit(limitBits);
-    auto* row = static_cast<unsigned char*>(out);
-    for (int r = 0; r < samples.y; ++r, row += rowBytes)
-        convertRow(samples, r, bytesPerPixel, limit, row);
-}
-
 template std::size_t outputRowBytes<short>(const CImageData<short>&, int);
 template std::size_t outputRowBytes<int>(const CImageData<int>&, int);
 template void convertRow<short>(const CImageData<short>&, int, int, const SampleLimit<short>&,
                                 void*);
 template void convertRow<int>(const CImageData<int>&, int, int, const SampleLimit<int>&, void*);
-template void CWaveletDecoder<short>::convertAndCopyToT(void*, int, int);
-template void CWaveletDecoder<int>::convertAndCopyToT(void*, int, int);
 
 }  // namespace qmx

@@ -3,7 +3,7 @@
 #include <sstream>
 
 #include "api/CTeskCompressor.h"
-#include "coding/SectionSyntax.h"
+#include "coding/syntax/SectionSyntax.h"
 #include "container/Budget.h"
 #include "support/CodecObjects.h"
 #include "wavelet/LevelGeometry.h"

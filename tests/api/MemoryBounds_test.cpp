@@ -1,10 +1,10 @@
 #include <gtest/gtest.h>
 #include <sstream>
 
+#include "coding/syntax/CoderStreams.h"
 #include "support/CodecCalls.h"
 #include "support/CodecObjects.h"
 #include "support/StreamBuilder.h"
-#include "wavelet/CoderStreams.h"
 
 namespace {
 

@@ -4,7 +4,7 @@
 #include <map>
 
 #include "bitstream/CBitWriter.h"
-#include "coding/SectionSyntax.h"
+#include "coding/syntax/SectionSyntax.h"
 #include "container/ExactEncoding.h"
 #include "exact/ExposedImages.h"
 #include "support/CodecObjects.h"

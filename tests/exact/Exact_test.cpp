@@ -2,9 +2,9 @@
 
 #include <span>
 
+#include "coding/decode/CWaveletDecoder.h"
 #include "exact/ExactRun.h"
 #include "wavelet/CFilter5_3.h"
-#include "wavelet/CWaveletDecoder.h"
 #include "wavelet/OutputConversion.h"
 
 namespace {

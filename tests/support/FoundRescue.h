@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "coding/SectionRescue.h"
+#include "coding/encode/SectionRescue.h"
 
 namespace test {
 

@@ -5,13 +5,13 @@
 
 #include "bitstream/CBitFileReader.h"
 #include "bitstream/Status.h"
+#include "coding/decode/CWaveletDecoder.h"
+#include "coding/encode/CWaveletEncoder.h"
 #include "container/Budget.h"
 #include "container/ColourTransform.h"
 #include "container/SampleDispatch.h"
 #include "support/TestImages.h"
 #include "wavelet/CFilter5_3.h"
-#include "wavelet/CWaveletDecoder.h"
-#include "wavelet/CWaveletEncoder.h"
 
 // The way of an image through the library's classes, from memory to memory and without the progress
 // lines of the drivers.

@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "coding/SectionSyntax.h"
+#include "coding/syntax/SectionSyntax.h"
 #include "support/Bytes.h"
 
 namespace test {

@@ -1,11 +1,11 @@
-#include "wavelet/CWaveletDecoder.h"
+#include "coding/decode/CWaveletDecoder.h"
 
 #include <gtest/gtest.h>
 #include <string>
 
+#include "coding/encode/CWaveletEncoder.h"
 #include "support/Planes.h"
 #include "wavelet/CFilter5_3.h"
-#include "wavelet/CWaveletEncoder.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "wavelet/CWaveletEncoder.h"
+#include "coding/encode/CWaveletEncoder.h"
 
 #include <gtest/gtest.h>
 

@@ -2,9 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include "coding/decode/CWaveletDecoder.h"
 #include "support/Planes.h"
 #include "wavelet/CFilter5_3.h"
-#include "wavelet/CWaveletDecoder.h"
 
 namespace {
 

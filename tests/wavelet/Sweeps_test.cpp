@@ -3,12 +3,12 @@
 
 #include <limits>
 
+#include "coding/decode/CWaveletDecoder.h"
+#include "coding/encode/CWaveletEncoder.h"
 #include "reference/ReferenceWavelet.h"
 #include "support/CpuLevels.h"
 #include "support/Planes.h"
 #include "wavelet/CFilter5_3.h"
-#include "wavelet/CWaveletDecoder.h"
-#include "wavelet/CWaveletEncoder.h"
 
 namespace {
 

@@ -4,10 +4,10 @@
 #include "bitstream/CBitDecoder.h"
 #include "bitstream/CBitInfiniteReader.h"
 #include "bitstream/CBitLazyWriter.h"
+#include "coding/decode/IWaveletDecoder.h"
+#include "coding/encode/IWaveletEncoder.h"
 #include "support/VirtualSlot.h"
 #include "wavelet/CFilter.h"
-#include "wavelet/IWaveletDecoder.h"
-#include "wavelet/IWaveletEncoder.h"
 
 namespace {
 

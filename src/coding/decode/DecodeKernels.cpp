@@ -1,0 +1,151 @@
+#include "coding/decode/DecodeKernels.h"
+
+#include <algorithm>
+#include <array>
+#include <bit>
+#include <cstring>
+#include <type_traits>
+
+#include "coding/decode/WindowRefill.h"
+
+#define QMX_TARGET
+
+namespace qmx {
+namespace {
+
+constexpr auto* kRefillWindows = refillWindowsPlain;
+
+inline int countOnes(std::uint64_t mask) {
+    return std::popcount(mask);
+}
+
+/// Deposits of a few bits: the result for each mask and bits, and the number of ones of each mask.
+constexpr int kDepositBits = 6;
+constexpr unsigned kDepositMasks = 1U << kDepositBits;
+
+struct DepositTable {
+    unsigned char placed[kDepositMasks][kDepositMasks];
+    unsigned char ones[kDepositMasks];
+};
+
+constexpr DepositTable makeDepositTable() {
+    DepositTable table{};
+    for (unsigned mask = 0; mask < kDepositMasks; ++mask) {
+        table.ones[mask] = static_cast<unsigned char>(std::popcount(mask));
+        for (unsigned bits = 0; bits < kDepositMasks; ++bits) {
+            unsigned placed = 0;
+            unsigned left = bits;
+            for (unsigned ones = mask; ones != 0; ones &= ones - 1, left >>= 1)
+                placed |= (left & 1) != 0 ? ones & (0U - ones) : 0;
+            table.placed[mask][bits] = static_cast<unsigned char>(placed);
+        }
+    }
+    return table;
+}
+
+constexpr DepositTable kDeposit = makeDepositTable();
+
+inline std::uint64_t deposit(std::uint64_t bits, std::uint64_t mask) {
+    if (mask == ~std::uint64_t{0}) return bits;
+    std::uint64_t placed = 0;
+    for (int shift = 0; shift < kGroup; shift += kDepositBits) {
+        const std::uint64_t part = (mask >> shift) % kDepositMasks;
+        placed |= std::uint64_t{kDeposit.placed[part][bits % kDepositMasks]} << shift;
+        bits >>= kDeposit.ones[part];
+    }
+    return placed;
+}
+
+/// For each byte the word whose byte i is bit i of it.
+constexpr auto makeSpreadTable() {
+    std::array<std::uint64_t, 256> table{};
+    for (unsigned byte = 0; byte < table.size(); ++byte)
+        for (int i = 0; i < 8; ++i)
+            table[byte] |= std::uint64_t{byte >> i & 1} << (8 * i);
+    return table;
+}
+
+constexpr auto kSpread = makeSpreadTable();
+
+template <class T>
+struct Lanes {
+    using Unsigned = std::make_unsigned_t<T>;
+
+    void shiftIn(std::uint64_t mask) { planes[count++] = mask; }
+
+    /// Sets bytes[i] to the bits of coefficient i in the eight planes up to plane last.
+    void gatherBytes(int last, unsigned char* bytes) const {
+        for (int first = 0; first < kGroup; first += 8) {
+            std::uint64_t word = 0;
+            for (int p = std::max(last - 7, 0); p <= last; ++p)
+                word = 2 * word + kSpread[(planes[p] >> first) % 256];
+            storeWord(bytes + first, word);
+        }
+    }
+
+    void store(T* out, std::uint64_t negatives) const {
+        Unsigned magnitudes[kGroup] = {};
+        unsigned char bytes[kGroup];
+        for (int shift = 0; shift < count; shift += 8) {
+            gatherBytes(count - 1 - shift, bytes);
+            for (int i = 0; i < kGroup; ++i)
+                magnitudes[i] =
+                    static_cast<Unsigned>(magnitudes[i] | static_cast<Unsigned>(bytes[i]) << shift);
+        }
+        for (int first = 0; first < kGroup; first += 8)
+            storeWord(bytes + first, kSpread[(negatives >> first) % 256]);
+        for (int i = 0; i < kGroup; ++i) {
+            const auto negative = static_cast<Unsigned>(0U - bytes[i]);
+            out[i] = static_cast<T>((magnitudes[i] ^ negative) - negative);
+        }
+    }
+
+    void storeToEven(T* out, std::uint64_t negatives) const {
+        T all[kGroup];
+        store(all, negatives);
+        for (const T coefficient : all) {
+            *out = coefficient;
+            out += 2;
+        }
+    }
+
+    int count = 0;
+    std::uint64_t planes[kTableBitPlanes<T>];
+};
+
+#include "coding/decode/DecodeKernelsBody.inl"
+
+template <class T>
+constexpr DecodeKernels<T> kScalar{decodeLine<T>};
+
+const DecodeKernels<short>& ofAvx2(short) {
+    return kDecodeShortAvx2;
+}
+const DecodeKernels<int>& ofAvx2(int) {
+    return kDecodeIntAvx2;
+}
+const DecodeKernels<short>& ofAvx512(short) {
+    return kDecodeShortAvx512;
+}
+const DecodeKernels<int>& ofAvx512(int) {
+    return kDecodeIntAvx512;
+}
+
+}  // namespace
+
+template <class T>
+const DecodeKernels<T>& decodeKernels(CpuLevel level) {
+    switch (level) {
+        case CpuLevel::avx512:
+            return ofAvx512(T{});
+        case CpuLevel::avx2:
+            return ofAvx2(T{});
+        default:
+            return kScalar<T>;
+    }
+}
+
+template const DecodeKernels<short>& decodeKernels<short>(CpuLevel);
+template const DecodeKernels<int>& decodeKernels<int>(CpuLevel);
+
+}  // namespace qmx

@@ -1,0 +1,49 @@
+#pragma once
+
+#include <memory_resource>
+#include <vector>
+
+#include "coding/decode/DecodeKernels.h"
+#include "coding/syntax/SectionCounters.h"
+#include "image/CImageData.h"
+
+namespace qmx {
+
+/// Gathers the coefficients of one colour plane, row by row, from the coders of its sections.
+/// Format: docs/format.md, 13.2 Coefficients.
+///
+/// Plain way: for each coefficient, from the top plane down, lower the run of each n section by 1,
+/// until one is used up: there the coefficient is new. Here each n section is parsed ahead into a
+/// window that says which of its candidates are new, and 64 coefficients are gathered at a time; see
+/// DecodeKernels.
+template <class T>
+class PlaneDecoder {
+public:
+    /// Takes the current runs from the decoders; the windows fit a plane of so many samples. Requires: streams and memory outlive this object;
+    /// every bit plane between the counters and the top plane that the tables hold has its decoder
+    /// attached. Throws: std::bad_alloc.
+    PlaneDecoder(DecoderStreams<T>& streams, const SectionCounters& counters, int plane,
+                 int topPlane, int levelCount, std::uint64_t samplesPerPlane,
+                 std::pmr::memory_resource* memory);
+
+    int plane() const { return planeIndex; }
+
+    /// Stores the coefficients of row `row` into width samples, which are 0 before. Requires: rows
+    /// come in rising order. Throws: std::bad_alloc, when a reader needs its file window.
+    void decodeRow(const DecodeKernels<T>& kernels, int row, T* samples, int width);
+
+    /// Gives the decoders their current runs.
+    void storeRuns();
+
+private:
+    int planeIndex;
+    int levels;
+    std::pmr::vector<OrderWindows<T>> orders;
+    /// Of all windows.
+    std::pmr::vector<unsigned char> bitmaps;
+};
+
+extern template class PlaneDecoder<short>;
+extern template class PlaneDecoder<int>;
+
+}  // namespace qmx

@@ -1,0 +1,53 @@
+#include "coding/decode/RunTable.h"
+
+#include <bit>
+
+#include "bitstream/RunCode.h"
+
+namespace qmx {
+namespace {
+
+/// A sign and the run behind it. bits is 0 when they do not stand in the bits that were given.
+struct SignAndRun {
+    int bits;
+    bool negative;
+    int run;
+};
+
+constexpr SignAndRun firstPair(unsigned window, int windowBits) {
+    const int zeros = std::countr_zero(window >> 1);
+    const int suffix = zeros > kRunParameter ? suffixBits(zeros, kRunParameter) : 0;
+    const int bits = 1 + zeros + 1 + suffix;
+    if (bits > windowBits) return {0, false, 0};
+    const std::uint64_t value = (window >> (zeros + 2)) & lowBits(suffix);
+    const std::uint64_t run =
+        suffix > 0 ? runOf(zeros, value, kRunParameter) : static_cast<std::uint64_t>(zeros);
+    return {bits, (window & 1) != 0, static_cast<int>(run)};
+}
+
+constexpr RunTableEntry entryOf(unsigned window) {
+    RunTableEntry entry{};
+    for (;;) {
+        const SignAndRun pair = firstPair(window >> entry.bits, kRunTableBits - entry.bits);
+        const int candidates = entry.candidates + 1 + pair.run;
+        if (pair.bits == 0 || candidates > kRunTableCandidates) return entry;
+        entry.news = static_cast<std::uint16_t>(entry.news | 1U << entry.candidates);
+        if (pair.negative)
+            entry.negatives = static_cast<std::uint16_t>(entry.negatives | 1U << entry.candidates);
+        entry.bits = static_cast<std::uint8_t>(entry.bits + pair.bits);
+        entry.candidates = static_cast<std::uint8_t>(candidates);
+    }
+}
+
+constexpr RunTable makeRunTable() {
+    RunTable table{};
+    for (unsigned window = 0; window < table.size(); ++window)
+        table[window] = entryOf(window);
+    return table;
+}
+
+}  // namespace
+
+constexpr RunTable kRunTable = makeRunTable();
+
+}  // namespace qmx

@@ -1,0 +1,68 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+#include "bitstream/CBitDecoder.h"
+#include "bitstream/CBitInfiniteReader.h"
+#include "coding/syntax/CoderStreams.h"
+
+namespace qmx {
+
+/// Coefficients that are decoded together.
+inline constexpr int kGroup = 64;
+
+/// Bits of a span that must be left where a group or a batch of pairs is read from memory, so that all
+/// its loads stay inside.
+inline constexpr std::uint64_t kLoadBits = 128;
+
+/// An n section that is parsed ahead of the coefficients. Its candidates, the coefficients that it
+/// covers, are counted from the start of the window.
+///
+///  - taken <= filled <= nextNew; filled is nextNew or kGroup more than the capacity
+///  - bits taken to filled - 1 of `news` and `negatives` say which candidates are new and which of
+///    those are negative, the others have 0 there; in front of a refill all bits behind filled are 0
+///  - the candidates from filled to nextNew - 1 are not new, nextNew is: its sign has not been read
+struct SectionWindow {
+    /// Bytes of a bitmap beyond its capacity: batches of pairs and loads of words reach over it.
+    static constexpr std::size_t kSlackBytes = 32;
+
+    CBitDecoder* decoder;
+    unsigned char* news;
+    unsigned char* negatives;
+    std::uint64_t taken;
+    std::uint64_t filled;
+    std::uint64_t nextNew;
+};
+
+/// Where a u section goes on. Bits up to `span.end` are read from memory, others by the reader.
+struct RefinementBits {
+    CBitInfiniteReader* reader;
+    BitSpan span;
+};
+
+/// All sections of a colour plane and order.
+template <class T>
+struct OrderWindows {
+    /// Bit planes that have an n section, inclusive; none when highest < lowest.
+    int highest;
+    int lowest;
+    /// Bit planes above it have a u section; -1 when all have. At most the number of planes.
+    int unrefined;
+    /// Candidates that a window holds.
+    std::uint32_t capacity;
+    /// Groups for which every window is filled.
+    std::uint32_t groupsReady;
+    SectionWindow windows[kTableBitPlanes<T>];
+    RefinementBits refinements[kTableBitPlanes<T>];
+};
+
+/// Reads the sign and the run at the place of a window's decoder, however odd, and lets nextNew pass
+/// over the run. Returns: whether the candidate that was new is negative. Throws: std::bad_alloc.
+bool readPairLiterally(SectionWindow& window);
+
+/// Returns: the next 1 to 64 bits of a u section whose span does not hold them; the ones above are 0.
+/// Throws: std::bad_alloc.
+std::uint64_t readRefinementLiterally(RefinementBits& bits, int count);
+
+}  // namespace qmx

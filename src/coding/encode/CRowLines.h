@@ -1,0 +1,63 @@
+#pragma once
+
+#include "bitstream/Memory.h"
+#include "coding/encode/PlaneEncoder.h"
+#include "image/CImageData.h"
+#include "wavelet/CForwardSweep.h"
+#include "wavelet/LevelGeometry.h"
+
+namespace qmx {
+
+/// Lines of a sweep that codes what is done at once, so that no plane is needed: odd columns of smooth
+/// rows and all columns of detail rows are the coefficients of the order of their level, and come in
+/// its scan order. Format: docs/format.md, 7 Orders and scan order.
+template <class T>
+class CRowLines {
+public:
+    /// Rows of a level that are in work at one time.
+    static constexpr int kRows = 4;
+
+    /// Requires: levels >= 1, as for an image of this size; firstRows, where
+    /// the rows of the plane will be, row r in row r % kRows, planeEncoder and memory outlive this object.
+    /// Throws: std::bad_alloc.
+    CRowLines(const CImageData<T>& image, int levelCount, CImageData<T>& firstRows, int plane,
+              PlaneEncoder<T>& planeEncoder, std::pmr::memory_resource* memory);
+
+    int count() const { return levelsUsed; }
+    int rows(int level) const { return levels[level].rows; }
+    std::size_t columns(int level) const { return levels[level].columns; }
+    std::size_t filteredColumns(int level) const { return levels[level].filteredColumns; }
+    T* line(int level, int r) const {
+        return levels[level].first + (r % kRows) * levels[level].pitch;
+    }
+
+    void passOn(int level, int r) {
+        encoder.encodeOdds(level, line(level, r), columns(level), line(level + 1, r / 2));
+    }
+    void settle(int level, int r) {
+        if (r % 2 != 0) return encoder.encodeLine(level, line(level, r), columns(level));
+        encoder.encodeOdds(level, line(level, r), columns(level), lowPass);
+        encoder.encodeLine(levelsUsed, lowPass, (columns(level) + 1) / 2);
+    }
+
+private:
+    struct Level {
+        T* first;
+        std::ptrdiff_t pitch;
+        int rows;
+        std::size_t columns;
+        std::size_t filteredColumns;
+    };
+
+    PlaneEncoder<T>& encoder;
+    MemoryArray<T> storage;
+    Level levels[kMaxLevels];
+    /// A row of the coarsest order.
+    T* lowPass;
+    int levelsUsed;
+};
+
+extern template class CRowLines<short>;
+extern template class CRowLines<int>;
+
+}  // namespace qmx

@@ -1,0 +1,52 @@
+#include "coding/encode/OrderEncoder.h"
+
+#include <algorithm>
+
+namespace qmx {
+
+template <class T>
+OrderEncoder<T>::OrderEncoder(EncoderStreams<T>& streams, int plane, int order, int bitPlanes)
+    : kernels(&encodeKernels<T>(activeCpuLevel())),
+      newCounts(streams.newCounts.bitPlanes(plane, order)) {
+    sections.begin(pairs, queues, streams.encoders.bitPlanes(plane, order),
+                   streams.refinements.bitPlanes(plane, order), bitPlanes);
+}
+
+template <class T>
+void OrderEncoder<T>::encodeQueue() {
+    const std::size_t whole = queued / kGroupSize * kGroupSize;
+    kernels->encode(sections, queue, whole);
+    std::copy_n(queue + whole, queued - whole, queue);
+    queued -= whole;
+}
+
+template <class T>
+void OrderEncoder<T>::encodeRoom(std::size_t count) {
+    queued += count;
+    encodeQueue();
+}
+
+template <class T>
+void OrderEncoder<T>::encodeRow(const T* folded, std::size_t count) {
+    const std::size_t first = std::min(count, (kGroupSize - queued) % kGroupSize);
+    std::copy_n(folded, first, room());
+    encodeRoom(first);
+    const std::size_t whole = (count - first) / kGroupSize * kGroupSize;
+    kernels->encode(sections, folded + first, whole);
+    std::copy_n(folded + first + whole, count - first - whole, room());
+    queued += count - first - whole;
+}
+
+template <class T>
+void OrderEncoder<T>::finish() {
+    std::fill(queue + queued, queue + kGroupSize, T{0});
+    kernels->encode(sections, queue, queued);
+    queued = 0;
+    kernels->finish(sections);
+    sections.end(newCounts);
+}
+
+template class OrderEncoder<short>;
+template class OrderEncoder<int>;
+
+}  // namespace qmx

@@ -1,0 +1,64 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+#include "coding/encode/EncodeKernels.h"
+#include "coding/syntax/CoderStreams.h"
+
+namespace qmx {
+
+/// Spreads the folded coefficients of one colour plane and order over the coders of their bit
+/// planes. Format: docs/format.md, 10 Sections.
+///
+/// Coefficients wait in a queue until there are enough for whole groups. From the constructor to
+/// finish, the bits are in this object's hands and the coders show none of them.
+template <class T>
+class OrderEncoder {
+public:
+    /// Takes over from the coders of the first bitPlanes bit planes. Requires: no coefficient has a
+    /// higher bit; streams outlives this object; 0 <= plane < 4; 0 <= order < 6.
+    OrderEncoder(EncoderStreams<T>& streams, int plane, int order,
+                 int bitPlanes = kTableBitPlanes<T>);
+    OrderEncoder(const OrderEncoder&) = delete;
+    OrderEncoder& operator=(const OrderEncoder&) = delete;
+
+    /// Coefficients that room has room for.
+    static constexpr std::size_t kRoom = 512;
+
+    /// Returns: where the next coefficients, at most kRoom, are to be put before encodeRoom.
+    T* room() { return queue + queued; }
+    /// Encodes count folded values that stand in room. Throws: std::bad_alloc.
+    void encodeRoom(std::size_t count);
+
+    /// Encodes count folded values that stand elsewhere, whole groups without a copy.
+    /// Throws: std::bad_alloc.
+    void encodeRow(const T* folded, std::size_t count);
+
+    /// Encodes one coefficient of any width up to the bit planes that the tables have.
+    /// Requires: the two above are not used. Throws: std::bad_alloc.
+    void encode(std::uint64_t folded) {
+        if (folded >= 2) sections.encode(folded);
+        ++sections.position;
+    }
+
+    /// Gives the coders all bits, runs and counts, which callers of the coders may look at.
+    /// Requires: nothing is encoded after it. Throws: std::bad_alloc.
+    void finish();
+
+private:
+    void encodeQueue();
+
+    const EncodeKernels<T>* kernels;
+    std::uint64_t* newCounts;
+    OrderSections sections;
+    SectionPair pairs[kTableBitPlanes<T>];
+    EventQueue queues[kTableBitPlanes<T>];
+    std::size_t queued = 0;
+    T queue[kRoom + kGroupSize];
+};
+
+extern template class OrderEncoder<short>;
+extern template class OrderEncoder<int>;
+
+}  // namespace qmx

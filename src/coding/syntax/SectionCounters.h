@@ -1,0 +1,37 @@
+#pragma once
+
+#include <cstdint>
+
+#include "coding/syntax/CoderStreams.h"
+
+namespace qmx {
+
+/// The bit planes that the next sections of a colour plane and order carry. A section does not name
+/// its bit plane, so both sides count. Damaged streams may drive the counters below 0.
+class SectionCounters {
+public:
+    /// Starts all counters for streams with the given top plane.
+    void reset(int topPlane) {
+        for (auto& plane : next)
+            for (auto& order : plane)
+                order = {topPlane, std::int64_t{topPlane} - 1};
+    }
+
+    std::int64_t significance(int plane, int order) const { return next[plane][order].n; }
+    std::int64_t refinement(int plane, int order) const { return next[plane][order].u; }
+
+    /// Returns: the bit plane of the section that is sent or has arrived, and counts it.
+    std::int64_t take(int plane, int order, bool isRefinement) {
+        Pair& pair = next[plane][order];
+        return isRefinement ? pair.u-- : pair.n--;
+    }
+
+private:
+    struct Pair {
+        std::int64_t n;
+        std::int64_t u;
+    };
+    Pair next[kTablePlanes][kMaxOrders];
+};
+
+}  // namespace qmx

@@ -1,0 +1,59 @@
+#include "coding/syntax/SectionSyntax.h"
+
+namespace qmx {
+namespace {
+
+constexpr int kTopPlaneBits = 8;
+constexpr std::uint64_t kNoTopPlane = 255;
+constexpr int kPlaneBits = 2;
+constexpr int kOrderBits = 3;
+constexpr int kTypeBits = 1;
+static_assert(kPlaneBits + kOrderBits + kTypeBits == kSectionTagBits);
+/// In the plane field: no section follows.
+constexpr std::uint64_t kEndMark = 3;
+
+}  // namespace
+
+int sampleCountBits(int width, int height) {
+    return bitLength(static_cast<std::uint64_t>(std::int64_t{width} * height));
+}
+
+void writeTopPlane(CBitWriter& out, int topPlane) {
+    out.writeInt(static_cast<std::uint64_t>(topPlane), kTopPlaneBits);
+}
+
+int readTopPlane(CBitReader& in) {
+    const std::uint64_t topPlane = in.readInt(kTopPlaneBits);
+    return topPlane == kNoTopPlane ? -1 : static_cast<int>(topPlane);
+}
+
+void writeSectionHeader(CBitWriter& out, const SectionHeader& header, int countBits) {
+    out.writeInt(static_cast<std::uint64_t>(header.plane), kPlaneBits);
+    out.writeInt(static_cast<std::uint64_t>(header.order), kOrderBits);
+    out.writeInt(header.isRefinement ? 1 : 0, kTypeBits);
+    out.writeInt(header.lengthBits, lengthFieldBits(countBits, header.order));
+}
+
+bool readSectionHeader(CBitReader& in, SectionHeader& header, int countBits) {
+    const std::uint64_t plane = in.readInt(kPlaneBits);
+    if (plane == kEndMark) return false;
+    header.plane = static_cast<int>(plane);
+    header.order = static_cast<int>(in.readInt(kOrderBits));
+    header.isRefinement = in.readInt(kTypeBits) != 0;
+    // The width may be negative here; readInt takes it modulo 64, and the order is refused later.
+    header.lengthBits = in.readInt(lengthFieldBits(countBits, header.order));
+    return true;
+}
+
+NextSection readNextSection(CBitReader& in, SectionHeader& header, const SectionBounds& bounds) {
+    if (!readSectionHeader(in, header, bounds.countBits)) return NextSection::endMark;
+    const bool isForeign = header.plane >= bounds.planes || header.order > bounds.levels;
+    return isForeign ? NextSection::foreign : NextSection::present;
+}
+
+void writeEndMark(CBitWriter& out) {
+    out.writeInt(kEndMark, kPlaneBits);
+    out.writeInt(0, kEndPaddingBits);
+}
+
+}  // namespace qmx

@@ -1,0 +1,161 @@
+// The kernel of the coefficient decoder alone: sections, windows and rows that stand between pages which may
+// not be touched.
+
+#include <list>
+
+#include "coding/decode/DecodeKernels.h"
+#include "reference/ReferenceSections.h"
+#include "support/CpuLevels.h"
+#include "support/FoldedData.h"
+#include "support/GuardedBuffer.h"
+#include "support/KernelData.h"
+
+namespace {
+
+using namespace qmx;
+using test::Bytes;
+using test::Density;
+using test::GuardedBuffer;
+using test::kLongestRow;
+using test::Side;
+
+/// Coefficients that rows of all lengths need.
+constexpr std::size_t kMostCoefficients = kLongestRow * (kLongestRow + 1) / 2;
+/// The least that a window may hold, so that it is filled most often, and more.
+constexpr std::uint32_t kLeastCapacity = 256;
+constexpr std::uint32_t kLargerCapacity = 4160;
+
+constexpr ScanLine kLines[] = {{0, 0, 1}, {0, 0, 2}, {0, 1, 2}, {0, 4, 8}, {0, 0, 32}};
+
+/// The sections that a stream has got: those of bit planes from `lowest` on, and above `unrefined`.
+struct Cut {
+    int lowest;
+    int unrefined;
+};
+constexpr Cut kWhole{0, -1};
+constexpr Cut kCuts[] = {kWhole, {0, 2}, {2, 2}, {3, 1}, {1, 5}, {9, 16}};
+
+/// Coefficients of one order, and the payloads of their sections.
+template <class T>
+struct CodedOrder {
+    explicit CodedOrder(Density density)
+        : folded(test::foldedData<T>(density, kMostCoefficients, 1)) {
+        const reference::FoldedValues values(folded.begin(), folded.end());
+        std::int64_t all = 0;
+        for (const std::int64_t value : values)
+            all |= reference::magnitude(value);
+        for (int p = 0; p < bitLength(static_cast<std::uint64_t>(all)); ++p) {
+            significances.push_back(reference::nSection(values, p).payload.toBytes());
+            refinements.push_back(reference::uSection(values, p).payload.toBytes());
+        }
+    }
+
+    std::vector<T> folded;
+    std::vector<Bytes> significances;
+    std::vector<Bytes> refinements;
+};
+
+/// The sections while they are being decoded.
+template <class T>
+class GuardedSections {
+public:
+    GuardedSections(const CodedOrder<T>& coded, Cut cut, Side bufferSide, std::uint32_t capacity)
+        : side(bufferSide) {
+        open.highest = static_cast<int>(coded.significances.size()) - 1;
+        open.lowest = cut.lowest;
+        open.unrefined = cut.unrefined;
+        open.capacity = capacity;
+        for (int p = 0; p <= open.highest; ++p) {
+            const auto place = static_cast<std::size_t>(p);
+            read(significances[p], coded.significances[place]);
+            decoders[p].attach(&significances[p]);
+            unsigned char* const news = bitmap();
+            open.windows[p] = {&decoders[p], news, bitmap(), 0, 0, decoders[p].getRun()};
+            read(refinements[p], coded.refinements[place]);
+            open.refinements[p] = {&refinements[p], refinements[p].loadedBits()};
+        }
+    }
+
+    OrderWindows<T> open{};
+
+private:
+    unsigned char* buffer(const Bytes& bytes) { return buffers.emplace_back(bytes, side).data(); }
+    unsigned char* bitmap() {
+        return buffer(Bytes(open.capacity / 8 + SectionWindow::kSlackBytes));
+    }
+    void read(CBitInfiniteReader& reader, const Bytes& payload) {
+        CBitReader source(buffer(payload), payload.size());
+        reader.create(&source, 8 * payload.size());
+    }
+
+    Side side;
+    std::list<GuardedBuffer<unsigned char>> buffers;
+    CBitInfiniteReader significances[kTableBitPlanes<T>];
+    CBitInfiniteReader refinements[kTableBitPlanes<T>];
+    CBitDecoder decoders[kTableBitPlanes<T>];
+};
+
+template <class T>
+using Rows = std::vector<std::vector<T>>;
+
+/// Decodes rows of all lengths up to kLongestRow, one after the other.
+template <class T>
+Rows<T> decodeRows(CpuLevel level, const CodedOrder<T>& coded, Cut cut, const ScanLine& line,
+                   Side side, std::uint32_t capacity = kLeastCapacity) {
+    const auto sections = std::make_unique<GuardedSections<T>>(coded, cut, side, capacity);
+    Rows<T> rows;
+    for (std::size_t width = 0; width <= kLongestRow; ++width) {
+        const GuardedBuffer<T> row(std::vector<T>(width), side);
+        decodeKernels<T>(level).decodeLine(sections->open, row.data(), line,
+                                           static_cast<int>(width));
+        rows.push_back(row.samples());
+    }
+    return rows;
+}
+
+template <class T>
+Rows<T> expectedRows(const std::vector<T>& folded, const ScanLine& line) {
+    Rows<T> rows;
+    auto next = folded.begin();
+    for (std::size_t width = 0; width <= kLongestRow; ++width) {
+        std::vector<T>& row = rows.emplace_back(width);
+        for (auto c = static_cast<std::size_t>(line.firstColumn); c < width;
+             c += static_cast<std::size_t>(line.stepColumns)) {
+            const std::int64_t value = *next++;
+            const auto magnitude = static_cast<T>(reference::magnitude(value));
+            row[c] = static_cast<T>(value % 2 != 0 ? -magnitude : magnitude);
+        }
+    }
+    return rows;
+}
+
+using DecodeLineTest = test::AtCpuLevel;
+
+template <class T>
+void expectLines(CpuLevel level, Density density) {
+    const CodedOrder<T> coded(density);
+    for (const ScanLine& line : kLines)
+        for (const Side side : test::kBothSides) {
+            SCOPED_TRACE(testing::Message() << sizeof(T) << " bytes, " << nameOf(density) << ", "
+                                            << nameOf(side) << ", step " << line.stepColumns);
+            for (const std::uint32_t capacity : {kLeastCapacity, kLargerCapacity})
+                ASSERT_EQ(decodeRows(level, coded, kWhole, line, side, capacity),
+                          expectedRows(coded.folded, line))
+                    << capacity;
+            for (const Cut& cut : kCuts)
+                ASSERT_EQ(decodeRows(level, coded, cut, line, side),
+                          decodeRows(CpuLevel::scalar, coded, cut, line, side))
+                    << cut.lowest << ", " << cut.unrefined;
+        }
+}
+
+TEST_P(DecodeLineTest, RowsOfAllLengthsBetweenGuardPagesAreDecoded) {
+    for (const Density density : test::kDensities) {
+        expectLines<short>(GetParam(), density);
+        expectLines<int>(GetParam(), density);
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Levels, DecodeLineTest, test::allCpuLevels(), test::cpuLevelName());
+
+}  // namespace
