@@ -98,9 +98,4 @@ const PixelKernels kPixelsScalar{widenBytes,
                                  joinBytes,
                                  joinColours};
 
-const PixelKernels& pixelKernels(CpuLevel level) {
-    if (level == CpuLevel::scalar) return kPixelsScalar;
-    return level == CpuLevel::avx2 ? kPixelsAvx2 : kPixelsAvx512;
-}
-
 }  // namespace qmx

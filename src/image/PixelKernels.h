@@ -2,7 +2,7 @@
 
 #include <cstddef>
 
-#include "image/CpuLevel.h"
+#include "image/KernelTables.h"
 
 namespace qmx {
 
@@ -49,16 +49,17 @@ struct PixelKernels {
                         SampleRange<short> range);
 };
 
+extern const PixelKernels kPixelsScalar;
+extern const PixelKernels kPixelsAvx2;
+extern const PixelKernels kPixelsAvx512;
+
 /// Returns: the kernels of a level. Requires: the processor has it.
-const PixelKernels& pixelKernels(CpuLevel level);
+inline const PixelKernels& pixelKernels(CpuLevel level) {
+    return atLevel(level, kPixelsScalar, kPixelsAvx2, kPixelsAvx512);
+}
 
 inline const PixelKernels& activePixelKernels() {
     return pixelKernels(activeCpuLevel());
 }
-
-// The tables of the levels, which pixelKernels chooses from.
-extern const PixelKernels kPixelsScalar;
-extern const PixelKernels kPixelsAvx2;
-extern const PixelKernels kPixelsAvx512;
 
 }  // namespace qmx

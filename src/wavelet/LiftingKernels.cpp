@@ -1,7 +1,5 @@
 #include "wavelet/LiftingKernels.h"
 
-#include <type_traits>
-
 #include "wavelet/LiftingLines.h"
 
 namespace qmx {
@@ -44,23 +42,11 @@ void putEvens(T* __restrict line, const T* __restrict evens, std::size_t count) 
 }
 
 template <class T>
-constexpr LiftingKernels<T> kScalar{filterLine<T>,   unfilterLine<T>, filterRows<T>,
-                                    unfilterRows<T>, takeEvens<T>,    putEvens<T>};
+constexpr LiftingKernels<T> kTable{filterLine<T>,   unfilterLine<T>, filterRows<T>,
+                                   unfilterRows<T>, takeEvens<T>,    putEvens<T>};
 
 }  // namespace
 
-template <class T>
-const LiftingKernels<T>& liftingKernels(CpuLevel level) {
-    constexpr bool kIsShort = std::is_same_v<T, short>;
-    if (level == CpuLevel::scalar) return kScalar<T>;
-    if constexpr (kIsShort) {
-        return level == CpuLevel::avx2 ? kLiftingShortAvx2 : kLiftingShortAvx512;
-    } else {
-        return level == CpuLevel::avx2 ? kLiftingIntAvx2 : kLiftingIntAvx512;
-    }
-}
-
-template const LiftingKernels<short>& liftingKernels<short>(CpuLevel);
-template const LiftingKernels<int>& liftingKernels<int>(CpuLevel);
+const KernelTables<LiftingKernels> kLiftingScalar{kTable<short>, kTable<int>};
 
 }  // namespace qmx

@@ -2,7 +2,7 @@
 
 #include <cstddef>
 
-#include "image/CpuLevel.h"
+#include "image/KernelTables.h"
 
 namespace qmx {
 
@@ -29,22 +29,19 @@ struct LiftingKernels {
     void (*putEvens)(T* line, const T* evens, std::size_t count);
 };
 
+extern const KernelTables<LiftingKernels> kLiftingScalar;
+extern const KernelTables<LiftingKernels> kLiftingAvx2;
+extern const KernelTables<LiftingKernels> kLiftingAvx512;
+
 /// Returns: the kernels of a level. Requires: the processor has it.
 template <class T>
-const LiftingKernels<T>& liftingKernels(CpuLevel level);
+const LiftingKernels<T>& liftingKernels(CpuLevel level) {
+    return atLevel(level, kLiftingScalar, kLiftingAvx2, kLiftingAvx512).template of<T>();
+}
 
 template <class T>
 const LiftingKernels<T>& activeLiftingKernels() {
     return liftingKernels<T>(activeCpuLevel());
 }
-
-extern template const LiftingKernels<short>& liftingKernels<short>(CpuLevel);
-extern template const LiftingKernels<int>& liftingKernels<int>(CpuLevel);
-
-// The tables of the levels, which liftingKernels chooses from.
-extern const LiftingKernels<short> kLiftingShortAvx2;
-extern const LiftingKernels<int> kLiftingIntAvx2;
-extern const LiftingKernels<short> kLiftingShortAvx512;
-extern const LiftingKernels<int> kLiftingIntAvx512;
 
 }  // namespace qmx

@@ -157,7 +157,6 @@ struct IntVec : Vec {
 
 }  // namespace
 
-const LiftingKernels<short> kLiftingShortAvx2 = kTable<ShortVec>;
-const LiftingKernels<int> kLiftingIntAvx2 = kTable<IntVec>;
+const KernelTables<LiftingKernels> kLiftingAvx2{kTable<ShortVec>, kTable<IntVec>};
 
 }  // namespace qmx

@@ -187,7 +187,6 @@ struct IntVec : Vec {
 
 }  // namespace
 
-const LiftingKernels<short> kLiftingShortAvx512 = kTable<ShortVec>;
-const LiftingKernels<int> kLiftingIntAvx512 = kTable<IntVec>;
+const KernelTables<LiftingKernels> kLiftingAvx512{kTable<ShortVec>, kTable<IntVec>};
 
 }  // namespace qmx

@@ -115,37 +115,8 @@ struct Lanes {
 
 #include "coding/decode/DecodeKernelsBody.inl"
 
-template <class T>
-constexpr DecodeKernels<T> kScalar{decodeLine<T>};
-
-const DecodeKernels<short>& ofAvx2(short) {
-    return kDecodeShortAvx2;
-}
-const DecodeKernels<int>& ofAvx2(int) {
-    return kDecodeIntAvx2;
-}
-const DecodeKernels<short>& ofAvx512(short) {
-    return kDecodeShortAvx512;
-}
-const DecodeKernels<int>& ofAvx512(int) {
-    return kDecodeIntAvx512;
-}
-
 }  // namespace
 
-template <class T>
-const DecodeKernels<T>& decodeKernels(CpuLevel level) {
-    switch (level) {
-        case CpuLevel::avx512:
-            return ofAvx512(T{});
-        case CpuLevel::avx2:
-            return ofAvx2(T{});
-        default:
-            return kScalar<T>;
-    }
-}
-
-template const DecodeKernels<short>& decodeKernels<short>(CpuLevel);
-template const DecodeKernels<int>& decodeKernels<int>(CpuLevel);
+const KernelTables<DecodeKernels> kDecodeScalar{{decodeLine<short>}, {decodeLine<int>}};
 
 }  // namespace qmx

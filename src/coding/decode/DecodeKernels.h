@@ -2,7 +2,7 @@
 
 #include "coding/decode/SectionWindow.h"
 #include "coding/syntax/ScanOrder.h"
-#include "image/CpuLevel.h"
+#include "image/KernelTables.h"
 
 namespace qmx {
 
@@ -17,17 +17,19 @@ struct DecodeKernels {
     void (*decodeLine)(OrderWindows<T>& sections, T* row, const ScanLine& line, int width);
 };
 
+extern const KernelTables<DecodeKernels> kDecodeScalar;
+extern const KernelTables<DecodeKernels> kDecodeAvx2;
+extern const KernelTables<DecodeKernels> kDecodeAvx512;
+
 /// Returns: the kernels of a level. Requires: the processor has it.
 template <class T>
-const DecodeKernels<T>& decodeKernels(CpuLevel level);
+const DecodeKernels<T>& decodeKernels(CpuLevel level) {
+    return atLevel(level, kDecodeScalar, kDecodeAvx2, kDecodeAvx512).template of<T>();
+}
 
-extern template const DecodeKernels<short>& decodeKernels<short>(CpuLevel);
-extern template const DecodeKernels<int>& decodeKernels<int>(CpuLevel);
-
-// The tables of the levels, one file each; all others get them from decodeKernels.
-extern const DecodeKernels<short> kDecodeShortAvx2;
-extern const DecodeKernels<int> kDecodeIntAvx2;
-extern const DecodeKernels<short> kDecodeShortAvx512;
-extern const DecodeKernels<int> kDecodeIntAvx512;
+template <class T>
+const DecodeKernels<T>& activeDecodeKernels() {
+    return decodeKernels<T>(activeCpuLevel());
+}
 
 }  // namespace qmx

@@ -102,7 +102,6 @@ struct Lanes {
 
 }  // namespace
 
-const DecodeKernels<short> kDecodeShortAvx2{decodeLine<short>};
-const DecodeKernels<int> kDecodeIntAvx2{decodeLine<int>};
+const KernelTables<DecodeKernels> kDecodeAvx2{{decodeLine<short>}, {decodeLine<int>}};
 
 }  // namespace qmx

@@ -91,7 +91,6 @@ struct Lanes {
 
 }  // namespace
 
-const DecodeKernels<short> kDecodeShortAvx512{decodeLine<short>};
-const DecodeKernels<int> kDecodeIntAvx512{decodeLine<int>};
+const KernelTables<DecodeKernels> kDecodeAvx512{{decodeLine<short>}, {decodeLine<int>}};
 
 }  // namespace qmx

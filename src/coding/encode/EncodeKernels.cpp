@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <bit>
-#include <type_traits>
 
 #include "coding/encode/RunTables.h"
 
@@ -115,24 +114,9 @@ void takeNew(OrderSections& order, int p, std::uint64_t fresh, std::uint64_t abo
 #define QMX_TARGET
 #include "coding/encode/EncodeGroups.inl"
 
-template <class T>
-constexpr EncodeKernels<T> kEncodeScalar{encodeGroups<T>, keptNothing};
-
 }  // namespace
 
-template <class T>
-const EncodeKernels<T>& encodeKernels(CpuLevel level) {
-    if constexpr (std::is_same_v<T, short>) {
-        if (level >= CpuLevel::avx512) return kEncodeShortAvx512;
-        if (level >= CpuLevel::avx2) return kEncodeShortAvx2;
-    } else {
-        if (level >= CpuLevel::avx512) return kEncodeIntAvx512;
-        if (level >= CpuLevel::avx2) return kEncodeIntAvx2;
-    }
-    return kEncodeScalar<T>;
-}
-
-template const EncodeKernels<short>& encodeKernels(CpuLevel);
-template const EncodeKernels<int>& encodeKernels(CpuLevel);
+const KernelTables<EncodeKernels> kEncodeScalar{{encodeGroups<short>, keptNothing},
+                                                {encodeGroups<int>, keptNothing}};
 
 }  // namespace qmx

@@ -3,7 +3,7 @@
 #include <cstddef>
 
 #include "coding/encode/OrderSections.h"
-#include "image/CpuLevel.h"
+#include "image/KernelTables.h"
 
 namespace qmx {
 
@@ -21,12 +21,19 @@ struct EncodeKernels {
     void (*finish)(OrderSections& order);
 };
 
-template <class T>
-const EncodeKernels<T>& encodeKernels(CpuLevel level);
+extern const KernelTables<EncodeKernels> kEncodeScalar;
+extern const KernelTables<EncodeKernels> kEncodeAvx2;
+extern const KernelTables<EncodeKernels> kEncodeAvx512;
 
-extern const EncodeKernels<short> kEncodeShortAvx2;
-extern const EncodeKernels<int> kEncodeIntAvx2;
-extern const EncodeKernels<short> kEncodeShortAvx512;
-extern const EncodeKernels<int> kEncodeIntAvx512;
+/// Returns: the kernels of a level. Requires: the processor has it.
+template <class T>
+const EncodeKernels<T>& encodeKernels(CpuLevel level) {
+    return atLevel(level, kEncodeScalar, kEncodeAvx2, kEncodeAvx512).template of<T>();
+}
+
+template <class T>
+const EncodeKernels<T>& activeEncodeKernels() {
+    return encodeKernels<T>(activeCpuLevel());
+}
 
 }  // namespace qmx

@@ -133,7 +133,7 @@ struct Slices {
 
 }  // namespace
 
-const EncodeKernels<short> kEncodeShortAvx2{encodeGroups<short>, keptNothing};
-const EncodeKernels<int> kEncodeIntAvx2{encodeGroups<int>, keptNothing};
+const KernelTables<EncodeKernels> kEncodeAvx2{{encodeGroups<short>, keptNothing},
+                                              {encodeGroups<int>, keptNothing}};
 
 }  // namespace qmx

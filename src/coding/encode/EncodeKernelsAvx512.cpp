@@ -142,7 +142,7 @@ QMX_TARGET inline void takeNew(OrderSections& order, int p, std::uint64_t fresh,
 
 }  // namespace
 
-const EncodeKernels<short> kEncodeShortAvx512{encodeGroups<short>, appendQueues};
-const EncodeKernels<int> kEncodeIntAvx512{encodeGroups<int>, appendQueues};
+const KernelTables<EncodeKernels> kEncodeAvx512{{encodeGroups<short>, appendQueues},
+                                                {encodeGroups<int>, appendQueues}};
 
 }  // namespace qmx

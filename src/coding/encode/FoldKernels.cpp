@@ -1,7 +1,5 @@
 #include "coding/encode/FoldKernels.h"
 
-#include <type_traits>
-
 #include "coding/syntax/FoldedValue.h"
 
 namespace qmx {
@@ -29,24 +27,9 @@ void splitRow(const T* row, std::size_t pairs, T* even, T* odd) {
     }
 }
 
-template <class T>
-constexpr FoldKernels<T> kFoldScalar{foldRow<T>, splitRow<T>};
-
 }  // namespace
 
-template <class T>
-const FoldKernels<T>& foldKernels(CpuLevel level) {
-    if constexpr (std::is_same_v<T, short>) {
-        if (level >= CpuLevel::avx512) return kFoldShortAvx512;
-        if (level >= CpuLevel::avx2) return kFoldShortAvx2;
-    } else {
-        if (level >= CpuLevel::avx512) return kFoldIntAvx512;
-        if (level >= CpuLevel::avx2) return kFoldIntAvx2;
-    }
-    return kFoldScalar<T>;
-}
-
-template const FoldKernels<short>& foldKernels(CpuLevel);
-template const FoldKernels<int>& foldKernels(CpuLevel);
+const KernelTables<FoldKernels> kFoldScalar{{foldRow<short>, splitRow<short>},
+                                            {foldRow<int>, splitRow<int>}};
 
 }  // namespace qmx

@@ -3,7 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "image/CpuLevel.h"
+#include "image/KernelTables.h"
 
 namespace qmx {
 
@@ -26,12 +26,19 @@ struct FoldKernels {
     void (*split)(const T* row, std::size_t pairs, T* even, T* odd);
 };
 
-template <class T>
-const FoldKernels<T>& foldKernels(CpuLevel level);
+extern const KernelTables<FoldKernels> kFoldScalar;
+extern const KernelTables<FoldKernels> kFoldAvx2;
+extern const KernelTables<FoldKernels> kFoldAvx512;
 
-extern const FoldKernels<short> kFoldShortAvx2;
-extern const FoldKernels<int> kFoldIntAvx2;
-extern const FoldKernels<short> kFoldShortAvx512;
-extern const FoldKernels<int> kFoldIntAvx512;
+/// Returns: the kernels of a level. Requires: the processor has it.
+template <class T>
+const FoldKernels<T>& foldKernels(CpuLevel level) {
+    return atLevel(level, kFoldScalar, kFoldAvx2, kFoldAvx512).template of<T>();
+}
+
+template <class T>
+const FoldKernels<T>& activeFoldKernels() {
+    return foldKernels<T>(activeCpuLevel());
+}
 
 }  // namespace qmx

@@ -95,7 +95,7 @@ QMX_TARGET void foldRow(const T* row, std::size_t count, T* out, FoldedUnion<T>&
         }
     }
     all.bits = static_cast<T>(all.bits | unionOf<T>(bits));
-    foldKernels<T>(CpuLevel::scalar).fold(row + i, count - i, out + i, all);
+    kFoldScalar.of<T>().fold(row + i, count - i, out + i, all);
 }
 
 template <class T>
@@ -107,12 +107,12 @@ QMX_TARGET void splitRow(const T* row, std::size_t pairs, T* even, T* odd) {
         store(even + i, Vec<T>::even(a, b));
         store(odd + i, Vec<T>::odd(a, b));
     }
-    foldKernels<T>(CpuLevel::scalar).split(row + 2 * i, pairs - i, even + i, odd + i);
+    kFoldScalar.of<T>().split(row + 2 * i, pairs - i, even + i, odd + i);
 }
 
 }  // namespace
 
-const FoldKernels<short> kFoldShortAvx2{foldRow<short>, splitRow<short>};
-const FoldKernels<int> kFoldIntAvx2{foldRow<int>, splitRow<int>};
+const KernelTables<FoldKernels> kFoldAvx2{{foldRow<short>, splitRow<short>},
+                                          {foldRow<int>, splitRow<int>}};
 
 }  // namespace qmx

@@ -92,12 +92,12 @@ QMX_TARGET void foldRow(const T* row, std::size_t count, T* out, FoldedUnion<T>&
 /// Wider vectors have not been tried since rows come from the cache; from memory they gained nothing.
 template <class T>
 void splitRow(const T* row, std::size_t pairs, T* even, T* odd) {
-    foldKernels<T>(CpuLevel::avx2).split(row, pairs, even, odd);
+    kFoldAvx2.of<T>().split(row, pairs, even, odd);
 }
 
 }  // namespace
 
-const FoldKernels<short> kFoldShortAvx512{foldRow<short>, splitRow<short>};
-const FoldKernels<int> kFoldIntAvx512{foldRow<int>, splitRow<int>};
+const KernelTables<FoldKernels> kFoldAvx512{{foldRow<short>, splitRow<short>},
+                                            {foldRow<int>, splitRow<int>}};
 
 }  // namespace qmx
