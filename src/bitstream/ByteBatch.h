@@ -54,8 +54,8 @@ struct ByteBatch {
     /// As in BitBatch.
     unsigned char* end;
     std::uint64_t accumulator;
-    /// Of another size than its neighbour, or g++ 12 keeps both in one vector register through the loops of
-    /// appends, which takes longer.
+    /// 32 bits on purpose: beside a second 64-bit field, g++ 12 keeps both in one vector register through
+    /// the loops of appends, which takes longer.
     std::uint32_t pending;
 };
 

@@ -9,13 +9,11 @@
 #include "coding/decode/CWaveletDecoder.h"
 #include "coding/syntax/FoldedValue.h"
 #include "wavelet/CFilter5_3.h"
+#include "wavelet/LevelGeometry.h"
 #include "wavelet/OutputConversion.h"
 
 namespace qmx {
 namespace {
-
-/// Lines of fewer samples are not filtered.
-constexpr int kShortestFilteredLine = 4;
 
 template <class T>
 std::uint64_t countOf(const CWaveletEncoder<T>& encoder, Loss loss) {
@@ -136,7 +134,7 @@ Loss suspectLoss(const CWaveletEncoder<T>& encoder, const TKHeader& header, bool
     if (shorter == 0) return Loss::none;
     if (shorter == 1) return Loss::sideOfOne;
     if (encoder.getLostCoefficients() != 0) return Loss::wrappedCoefficient;
-    if (encoder.getLevels() < 1 && longer >= kShortestFilteredLine) return Loss::thinImage;
+    if (encoder.getLevels() < 1 && longer >= kShortestLine) return Loss::thinImage;
     if (encoder.getEndlessSections() != 0) return Loss::endlessRun;
     if (encoder.getOverlongSections() != 0) return Loss::overlongSection;
     if (wasSuspended) return Loss::suspension;

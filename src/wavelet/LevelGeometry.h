@@ -4,6 +4,8 @@ namespace qmx {
 
 // Format: docs/format.md, 6.3 Level count to 6.6 Inverse transform.
 
+/// Lines of fewer samples are not filtered. Format: docs/format.md, 6.2 One line.
+inline constexpr int kShortestLine = 4;
 inline constexpr int kMaxLevels = 5;
 /// Orders run from 0 to the number of levels.
 inline constexpr int kMaxOrders = kMaxLevels + 1;

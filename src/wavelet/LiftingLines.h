@@ -2,12 +2,10 @@
 
 #include <cstddef>
 
+#include "wavelet/LevelGeometry.h"
 #include "wavelet/LiftingSteps.h"
 
 namespace qmx {
-
-/// Lines shorter than this are not filtered.
-inline constexpr int kShortestLine = 4;
 
 /// Parallel lines, addressed by position: position i of all lines is one step, so that a batch of
 /// neighbouring columns walks through memory row by row.

@@ -48,7 +48,7 @@ constexpr DepositTable kDeposit = makeDepositTable();
 inline std::uint64_t deposit(std::uint64_t bits, std::uint64_t mask) {
     if (mask == ~std::uint64_t{0}) return bits;
     std::uint64_t placed = 0;
-    for (int shift = 0; shift < kGroup; shift += kDepositBits) {
+    for (int shift = 0; shift < kGroupSize; shift += kDepositBits) {
         const std::uint64_t part = (mask >> shift) % kDepositMasks;
         placed |= std::uint64_t{kDeposit.placed[part][bits % kDepositMasks]} << shift;
         bits >>= kDeposit.ones[part];
@@ -75,7 +75,7 @@ struct Lanes {
 
     /// Sets bytes[i] to the bits of coefficient i in the eight planes up to plane last.
     void gatherBytes(int last, unsigned char* bytes) const {
-        for (int first = 0; first < kGroup; first += 8) {
+        for (int first = 0; first < kGroupSize; first += 8) {
             std::uint64_t word = 0;
             for (int p = std::max(last - 7, 0); p <= last; ++p)
                 word = 2 * word + kSpread[(planes[p] >> first) % 256];
@@ -84,24 +84,24 @@ struct Lanes {
     }
 
     void store(T* out, std::uint64_t negatives) const {
-        Unsigned magnitudes[kGroup] = {};
-        unsigned char bytes[kGroup];
+        Unsigned magnitudes[kGroupSize] = {};
+        unsigned char bytes[kGroupSize];
         for (int shift = 0; shift < count; shift += 8) {
             gatherBytes(count - 1 - shift, bytes);
-            for (int i = 0; i < kGroup; ++i)
+            for (int i = 0; i < kGroupSize; ++i)
                 magnitudes[i] =
                     static_cast<Unsigned>(magnitudes[i] | static_cast<Unsigned>(bytes[i]) << shift);
         }
-        for (int first = 0; first < kGroup; first += 8)
+        for (int first = 0; first < kGroupSize; first += 8)
             storeWord(bytes + first, kSpread[(negatives >> first) % 256]);
-        for (int i = 0; i < kGroup; ++i) {
+        for (int i = 0; i < kGroupSize; ++i) {
             const auto negative = static_cast<Unsigned>(0U - bytes[i]);
             out[i] = static_cast<T>((magnitudes[i] ^ negative) - negative);
         }
     }
 
     void storeToEven(T* out, std::uint64_t negatives) const {
-        T all[kGroup];
+        T all[kGroupSize];
         store(all, negatives);
         for (const T coefficient : all) {
             *out = coefficient;

@@ -67,7 +67,7 @@ struct Vec<int> {
 template <class T>
 struct Lanes {
     static constexpr int kLanes = 32 / static_cast<int>(sizeof(T));
-    static constexpr int kVectors = kGroup / kLanes;
+    static constexpr int kVectors = kGroupSize / kLanes;
 
     QMX_TARGET Lanes() {
         for (auto& v : vectors)

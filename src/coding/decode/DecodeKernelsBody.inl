@@ -3,7 +3,7 @@
 //   kRefillWindows         the parser, see WindowRefill.h
 //   countOnes(mask)        number of set bits
 //   deposit(bits, mask)    bit i of bits at the place of the i-th set bit of mask
-//   Lanes<T>               kGroup magnitudes that start as 0: shiftIn(mask) appends one bit to each,
+//   Lanes<T>               kGroupSize magnitudes that start as 0: shiftIn(mask) appends one bit to each,
 //                          store(out, negatives) gives them their signs and stores them to all
 //                          elements of out, storeToEven(...) to every second one
 //
@@ -107,7 +107,7 @@ QMX_TARGET void decodeCut(OrderWindows<T>& s, int top, GroupState& group, Lanes<
 template <class T>
 QMX_TARGET void storeSome(const Lanes<T>& lanes, std::uint64_t negatives, T* out, int step,
                           int count) {
-    T all[kGroup];
+    T all[kGroupSize];
     lanes.store(all, negatives);
     for (int i = 0; i < count; ++i, out += step)
         *out = all[i];
@@ -116,8 +116,8 @@ QMX_TARGET void storeSome(const Lanes<T>& lanes, std::uint64_t negatives, T* out
 /// Decodes the next group of a line, which has left coefficients left.
 template <class T>
 QMX_TARGET inline void decodeGroup(OrderWindows<T>& s, T* out, int step, int left) {
-    const int count = std::min(left, kGroup);
-    GroupState group{~std::uint64_t{0} >> (kGroup - count), count};
+    const int count = std::min(left, kGroupSize);
+    GroupState group{~std::uint64_t{0} >> (kGroupSize - count), count};
     const int top = skipEmptyPlanes(s, group);
     if (top < 0) return;
     Lanes<T> lanes;
@@ -126,9 +126,9 @@ QMX_TARGET inline void decodeGroup(OrderWindows<T>& s, T* out, int step, int lef
     else
         decodeCut(s, top, group, lanes);
     // storeToEven writes the element behind the last coefficient again: there must be one.
-    if (step == 1 && count == kGroup) {
+    if (step == 1 && count == kGroupSize) {
         lanes.store(out, group.negatives);
-    } else if (step == 2 && left > kGroup) {
+    } else if (step == 2 && left > kGroupSize) {
         lanes.storeToEven(out, group.negatives);
     } else {
         storeSome(lanes, group.negatives, out, step, count);
@@ -139,11 +139,11 @@ template <class T>
 QMX_TARGET void decodeLine(OrderWindows<T>& s, T* row, const ScanLine& line, int width) {
     if (s.highest < s.lowest) return;
     T* out = row + line.firstColumn;
-    for (int left = line.countFrom(line.firstColumn, width); left > 0; left -= kGroup) {
+    for (int left = line.countFrom(line.firstColumn, width); left > 0; left -= kGroupSize) {
         if (s.groupsReady == 0)
             s.groupsReady = kRefillWindows(s.windows + s.lowest, s.windows + s.highest, s.capacity);
         --s.groupsReady;
         decodeGroup(s, out, line.stepColumns, left);
-        out += static_cast<std::ptrdiff_t>(kGroup) * line.stepColumns;
+        out += static_cast<std::ptrdiff_t>(kGroupSize) * line.stepColumns;
     }
 }

@@ -17,7 +17,7 @@ constexpr std::uint64_t kSamplesPerCandidate = 32;
 std::uint32_t capacityOf(int order, std::uint64_t samplesPerPlane) {
     const std::uint64_t wanted = (samplesPerPlane >> order) / kSamplesPerCandidate;
     return static_cast<std::uint32_t>(std::clamp<std::uint64_t>(
-        wanted / kGroup * kGroup, kLeastCapacities[order], kMostCapacities[order]));
+        wanted / kGroupSize * kGroupSize, kLeastCapacities[order], kMostCapacities[order]));
 }
 
 template <class T>

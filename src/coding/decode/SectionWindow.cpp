@@ -4,7 +4,7 @@
 
 namespace qmx {
 
-bool readPairLiterally(SectionWindow& window) {
+bool readSignedRunLiterally(SectionWindow& window) {
     const bool negative = window.decoder->readRawBit() != 0;
     window.decoder->readRun();
     window.nextNew += 1 + window.decoder->getRun();
@@ -14,7 +14,7 @@ bool readPairLiterally(SectionWindow& window) {
 std::uint64_t readRefinementLiterally(RefinementBits& bits, int count) {
     if (bits.span.end != 0) bits.reader->goOnAt(bits.span.next);
     // Two fields, because a reader takes widths modulo 64.
-    const int lowWidth = std::min(count, kGroup / 2);
+    const int lowWidth = std::min(count, kGroupSize / 2);
     const std::uint64_t low = bits.reader->readInt(lowWidth);
     const std::uint64_t high = bits.reader->readInt(count - lowWidth);
     bits.span = bits.reader->loadedBits();

@@ -6,25 +6,24 @@
 #include "bitstream/CBitDecoder.h"
 #include "bitstream/CBitInfiniteReader.h"
 #include "coding/syntax/CoderStreams.h"
+#include "coding/syntax/CoefficientGroup.h"
 
 namespace qmx {
 
-/// Coefficients that are decoded together.
-inline constexpr int kGroup = 64;
-
-/// Bits of a span that must be left where a group or a batch of pairs is read from memory, so that all
+/// Bits of a span that must be left where a group or a batch of signed runs is read from memory, so that all
 /// its loads stay inside.
 inline constexpr std::uint64_t kLoadBits = 128;
 
 /// An n section that is parsed ahead of the coefficients. Its candidates, the coefficients that it
-/// covers, are counted from the start of the window.
+/// covers, are counted from the start of the window. A candidate is new when it becomes significant in
+/// this bit plane. Behind a new one stands a signed run: its sign, and the run of zeros up to the next.
 ///
-///  - taken <= filled <= nextNew; filled is nextNew or kGroup more than the capacity
+///  - taken <= filled <= nextNew; filled is nextNew or kGroupSize more than the capacity
 ///  - bits taken to filled - 1 of `news` and `negatives` say which candidates are new and which of
 ///    those are negative, the others have 0 there; in front of a refill all bits behind filled are 0
 ///  - the candidates from filled to nextNew - 1 are not new, nextNew is: its sign has not been read
 struct SectionWindow {
-    /// Bytes of a bitmap beyond its capacity: batches of pairs and loads of words reach over it.
+    /// Bytes of a bitmap beyond its capacity: batches of runs and loads of words reach over it.
     static constexpr std::size_t kSlackBytes = 32;
 
     CBitDecoder* decoder;
@@ -57,9 +56,9 @@ struct OrderWindows {
     RefinementBits refinements[kTableBitPlanes<T>];
 };
 
-/// Reads the sign and the run at the place of a window's decoder, however odd, and lets nextNew pass
-/// over the run. Returns: whether the candidate that was new is negative. Throws: std::bad_alloc.
-bool readPairLiterally(SectionWindow& window);
+/// Reads the signed run at the place of a window's decoder, of any kind, and lets nextNew pass over
+/// the run. Returns: whether the candidate that was new is negative. Throws: std::bad_alloc.
+bool readSignedRunLiterally(SectionWindow& window);
 
 /// Returns: the next 1 to 64 bits of a u section whose span does not hold them; the ones above are 0.
 /// Throws: std::bad_alloc.

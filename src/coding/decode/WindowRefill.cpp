@@ -4,7 +4,7 @@
 #include <bit>
 #include <cstring>
 
-#include "coding/decode/RunTable.h"
+#include "coding/decode/RunLookUp.h"
 
 #define QMX_TARGET
 

@@ -43,7 +43,7 @@ QMX_TARGET inline void makeRoom(SectionWindow& w, std::uint64_t capacity) {
     std::memset(w.negatives + kept, 0, behind);
     w.taken -= 8 * bytes;
     w.nextNew -= 8 * bytes;
-    w.filled = std::min(w.nextNew, capacity + kGroup);
+    w.filled = std::min(w.nextNew, capacity + kGroupSize);
 }
 
 /// A window that is being filled from memory.
@@ -51,15 +51,15 @@ struct Parsing {
     SectionWindow* window;
     Filling filling;
     BitSpan span;
-    /// The next pair is left to the decoder.
-    bool odd;
+    /// The next signed run is left to the decoder.
+    bool stuck;
 };
 
 QMX_TARGET inline void open(Parsing& p, SectionWindow& w) {
     p.window = &w;
     p.filling = fillingOf(w);
     p.span = w.decoder->source()->loadedBits();
-    p.odd = false;
+    p.stuck = false;
 }
 
 QMX_TARGET inline void close(Parsing& p) {
@@ -76,16 +76,16 @@ QMX_TARGET inline std::uint64_t nextBits(const BitSpan& span) {
     return loadWord(span.bytes + span.next / 8) >> (span.next % 8);
 }
 
-/// Appends the pairs in the next bits of N streams, of which 57 are loaded, up to one that
+/// Appends the signed runs in the next bits of N streams, of which 57 are loaded, up to one that
 /// no table entry holds: `stalled` says where the last look-up met such a one.
 ///
 /// Plain way: read a sign, count zeros, read the suffix, and store one bit for the candidate. Here
-/// each look-up passes over all pairs that stand in 11 bits. A one above the bits that are left moves
+/// each look-up passes over all signed runs that stand in 11 bits. A one above the bits that are left moves
 /// down with them and so counts what was consumed. One look-up waits for the one before; those of
 /// other streams fill the time: 3.2 ns per sample with one stream, 2.7 with two, 2.5 with three, 2.8
 /// with four (8 bits at 4.9 bits per sample, 2026-11-21).
 template <std::size_t N>
-QMX_TARGET inline void appendPairs(Filling* fillings, BitSpan* spans, bool* stalled) {
+QMX_TARGET inline void appendRuns(Filling* fillings, BitSpan* spans, bool* stalled) {
     std::uint64_t bits[N];
     std::uint64_t news[N] = {};
     std::uint64_t negatives[N] = {};
@@ -94,7 +94,7 @@ QMX_TARGET inline void appendPairs(Filling* fillings, BitSpan* spans, bool* stal
         bits[k] = nextBits(spans[k]) | std::uint64_t{1} << 63;
     for (int i = 0; i < kLookUps; ++i)
         for (std::size_t k = 0; k < N; ++k) {
-            const RunTableEntry& entry = kRunTable[bits[k] % (1U << kRunTableBits)];
+            const RunLookUp& entry = kRunLookUps[bits[k] % (1U << kLookUpBits)];
             news[k] |= std::uint64_t{entry.news} << count[k];
             negatives[k] |= std::uint64_t{entry.negatives} << count[k];
             count[k] += entry.candidates;
@@ -108,9 +108,9 @@ QMX_TARGET inline void appendPairs(Filling* fillings, BitSpan* spans, bool* stal
     }
 }
 
-/// Appends the next pair, whatever its run. Returns: false, with nothing changed, when it may not
+/// Appends the next signed run, of any length. Returns: false, with nothing changed, when it may not
 /// stand in 57 bits or is no run.
-QMX_TARGET inline bool appendPair(Filling& f, BitSpan& span) {
+QMX_TARGET inline bool appendNextRun(Filling& f, BitSpan& span) {
     constexpr int kMostZeros = 27;
     const std::uint64_t bits = nextBits(span);
     const int zeros = std::countr_zero((bits >> 1) | std::uint64_t{1} << 62);
@@ -125,11 +125,11 @@ QMX_TARGET inline bool appendPair(Filling& f, BitSpan& span) {
 
 /// Fills N windows alternately until one of them cannot go on. Requires: all can.
 ///
-/// Where the look-ups have met a pair that is not in the table, it is taken in the plain way. Asking for that
-/// is 2 % faster than taking a pair that way behind all look-ups (2026-11-21).
+/// Where the look-ups have met a signed run that is not in the table, it is taken in the plain way. Asking
+/// for that is 2 % faster than taking one that way behind all look-ups (2026-11-21).
 template <std::size_t N>
 QMX_TARGET void fillTogether(Parsing* streams, std::uint64_t capacity) {
-    // Copies, because the stores of bytes might be stores into the originals.
+    // Local copies: the stores of bytes may alias the originals.
     Filling fillings[N];
     BitSpan spans[N];
     for (std::size_t k = 0; k < N; ++k) {
@@ -138,10 +138,10 @@ QMX_TARGET void fillTogether(Parsing* streams, std::uint64_t capacity) {
     }
     for (bool all = true; all;) {
         bool stalled[N];
-        appendPairs<N>(fillings, spans, stalled);
+        appendRuns<N>(fillings, spans, stalled);
         for (std::size_t k = 0; k < N; ++k) {
-            const bool taken = !stalled[k] || appendPair(fillings[k], spans[k]);
-            streams[k].odd = !taken;
+            const bool taken = !stalled[k] || appendNextRun(fillings[k], spans[k]);
+            streams[k].stuck = !taken;
             all = all && taken && canGoOn(fillings[k], spans[k], capacity);
         }
     }
@@ -153,14 +153,14 @@ QMX_TARGET void fillTogether(Parsing* streams, std::uint64_t capacity) {
 
 QMX_TARGET inline void fillByOne(SectionWindow& w) {
     Filling f = fillingOf(w);
-    const bool negative = readPairLiterally(w);
+    const bool negative = readSignedRunLiterally(w);
     appendRun(f, negative ? 1 : 0, w.nextNew - f.next - 1);
 }
 
 /// Leaves to the decoder what cannot be read from memory. Returns: whether p goes on from memory;
 /// else its window is full.
-QMX_TARGET inline bool settle(Parsing& p, std::uint64_t capacity) {
-    if (!p.odd && canGoOn(p.filling, p.span, capacity)) return true;
+QMX_TARGET inline bool resume(Parsing& p, std::uint64_t capacity) {
+    if (!p.stuck && canGoOn(p.filling, p.span, capacity)) return true;
     close(p);
     SectionWindow& w = *p.window;
     while (w.nextNew < capacity) {
@@ -169,7 +169,7 @@ QMX_TARGET inline bool settle(Parsing& p, std::uint64_t capacity) {
         open(p, w);
         if (canGoOn(p.filling, p.span, capacity)) return true;
     }
-    w.filled = std::min(w.nextNew, capacity + kGroup);
+    w.filled = std::min(w.nextNew, capacity + kGroupSize);
     return false;
 }
 
@@ -192,7 +192,7 @@ QMX_TARGET void fillUntil(ParsingSet& set, int fewest, std::uint64_t capacity) {
         else
             fillTogether<1>(set.streams, capacity);
         for (int k = set.active - 1; k >= 0; --k)
-            if (!settle(set.streams[k], capacity)) set.streams[k] = set.streams[--set.active];
+            if (!resume(set.streams[k], capacity)) set.streams[k] = set.streams[--set.active];
     }
 }
 
@@ -204,12 +204,12 @@ QMX_TARGET std::uint32_t refill(SectionWindow* first, SectionWindow* last, std::
         makeRoom(*w, capacity);
         if (w->nextNew >= capacity) continue;
         open(set.streams[set.active], *w);
-        if (settle(set.streams[set.active], capacity)) ++set.active;
+        if (resume(set.streams[set.active], capacity)) ++set.active;
         fillUntil(set, kTogether, capacity);
     }
     fillUntil(set, 1, capacity);
     std::uint64_t least = capacity;
     for (const SectionWindow* w = first; w <= last; ++w)
         least = std::min(least, w->filled - w->taken);
-    return static_cast<std::uint32_t>(least / kGroup);
+    return static_cast<std::uint32_t>(least / kGroupSize);
 }

@@ -2,7 +2,7 @@
 #include <bit>
 #include <cstring>
 
-#include "coding/decode/RunTable.h"
+#include "coding/decode/RunLookUp.h"
 #include "coding/decode/WindowRefill.h"
 #include "image/CpuLevel.h"
 

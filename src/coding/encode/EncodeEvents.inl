@@ -45,9 +45,11 @@ QMX_TARGET inline void appendEvents(ByteBatch& section, std::uint64_t run, std::
 QMX_TARGET inline void takeNew(OrderSections& order, int p, std::uint64_t fresh,
                                std::uint64_t above, std::uint64_t negative) {
     order.makeRoomForRuns(p);
-    SectionPair& pair = order.pairs[p];
+    PlaneSections& sections = order.bitPlanes[p];
     const std::uint64_t candidates = extract(fresh, ~above);
-    appendEvents(pair.significance, pair.run(order.position), candidates, extract(negative, fresh));
-    pair.coded = order.position - pair.excluded + static_cast<unsigned>(bitLength(candidates));
-    pair.newCount += countOnes(fresh);
+    appendEvents(sections.significance, sections.run(order.position), candidates,
+                 extract(negative, fresh));
+    sections.coded =
+        order.position - sections.excluded + static_cast<unsigned>(bitLength(candidates));
+    sections.newCount += countOnes(fresh);
 }

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <bit>
 
-#include "coding/encode/RunTables.h"
+#include "coding/encode/WindowCodes.h"
 
 namespace qmx {
 namespace {
@@ -89,11 +89,11 @@ static_assert(countOnes(~std::uint64_t{0}) == 64 && countOnes(0x8000000000000101
 void takeNew(OrderSections& order, int p, std::uint64_t fresh, std::uint64_t above,
              std::uint64_t negative) {
     order.makeRoomForRuns(p);
-    SectionPair& pair = order.pairs[p];
-    ByteBatch batch = pair.significance;
-    std::uint64_t run = pair.run(order.position);
+    PlaneSections& sections = order.bitPlanes[p];
+    ByteBatch batch = sections.significance;
+    std::uint64_t run = sections.run(order.position);
     std::uint64_t passed = 0;
-    pair.newCount += countOnes(fresh);
+    sections.newCount += countOnes(fresh);
     for (; fresh != 0; fresh &= fresh - 1, run = 0) {
         const std::uint64_t below = (fresh & (std::uint64_t{0} - fresh)) - 1;
         const std::uint64_t index = countOnes(~above & below);
@@ -107,8 +107,8 @@ void takeNew(OrderSections& order, int p, std::uint64_t fresh, std::uint64_t abo
             appendEvent(batch, run, sign);
         }
     }
-    pair.significance = batch;
-    pair.coded = order.position - pair.excluded + passed;
+    sections.significance = batch;
+    sections.coded = order.position - sections.excluded + passed;
 }
 
 #define QMX_TARGET

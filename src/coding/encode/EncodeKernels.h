@@ -3,12 +3,10 @@
 #include <cstddef>
 
 #include "coding/encode/OrderSections.h"
+#include "coding/syntax/CoefficientGroup.h"
 #include "image/KernelTables.h"
 
 namespace qmx {
-
-/// Coefficients that are coded together: one bit of a word for each.
-inline constexpr std::size_t kGroupSize = 64;
 
 /// The coefficient encoder of folded values. Format: docs/format.md, 10 Sections.
 template <class T>

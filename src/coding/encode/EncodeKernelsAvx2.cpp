@@ -3,7 +3,7 @@
 #include <immintrin.h>
 
 #include "coding/encode/EncodeKernels.h"
-#include "coding/encode/RunTables.h"
+#include "coding/encode/WindowCodes.h"
 
 #define QMX_TARGET QMX_TARGET_AVX2
 

@@ -4,7 +4,7 @@
 #include <immintrin.h>
 
 #include "coding/encode/EncodeKernels.h"
-#include "coding/encode/EventBlocks.h"
+#include "coding/encode/EventBlocksAvx512.h"
 
 #define QMX_TARGET QMX_TARGET_AVX512
 
@@ -119,7 +119,7 @@ QMX_TARGET inline void takeNew(OrderSections& order, int p, std::uint64_t fresh,
                                std::uint64_t above, std::uint64_t negative) {
     constexpr std::uint64_t kFarthest = (1U << EventQueue::kSpanBits) - kGroupSize;
     EventQueue& queue = order.queues[p];
-    const std::uint64_t index = order.position - order.pairs[p].excluded;
+    const std::uint64_t index = order.position - order.bitPlanes[p].excluded;
     if (queue.count > EventQueue::kEvents - kGroupSize || index - queue.base > kFarthest)
         [[unlikely]] {
         avx512::appendQueue(order, p);

@@ -7,7 +7,7 @@ namespace {
 
 template <class T>
 void foldRow(const T* row, std::size_t count, T* folded, FoldedUnion<T>& all) {
-    T bits = 0;  // a local one: all might stand in folded, for all that the compiler knows
+    T bits = 0;  // local copy: the stores into folded may alias all.bits
     unsigned lost = 0;
     for (std::size_t i = 0; i < count; ++i) {
         const T value = fold(row[i]);

@@ -2,16 +2,16 @@
 
 namespace qmx {
 
-void OrderSections::begin(SectionPair* pairStorage, EventQueue* queueStorage,
+void OrderSections::begin(PlaneSections* planeStorage, EventQueue* queueStorage,
                           CBitChunkEncoder* runCoders, CBitChunkWriter* rawCoders, int planeCount) {
-    pairs = pairStorage;
+    bitPlanes = planeStorage;
     queues = queueStorage;
     encoders = runCoders;
     refinements = rawCoders;
     planes = planeCount;
     for (int p = 0; p < planes; ++p) {
-        pairs[p] = {ByteBatch(encoders[p].writer().beginBatch()), refinements[p].beginBatch(), 0,
-                    std::uint64_t{0} - encoders[p].getRun(), 0};
+        bitPlanes[p] = {ByteBatch(encoders[p].writer().beginBatch()), refinements[p].beginBatch(),
+                        0, std::uint64_t{0} - encoders[p].getRun(), 0};
         queues[p].count = 0;
         queues[p].base = 0;
     }
@@ -19,12 +19,12 @@ void OrderSections::begin(SectionPair* pairStorage, EventQueue* queueStorage,
 
 void OrderSections::end(std::uint64_t* newCounts) {
     for (int p = 0; p < planes; ++p) {
-        SectionPair& pair = pairs[p];
-        encoders[p].writer().endBatch(pair.significance);
-        refinements[p].endBatch(pair.refinement);
-        encoders[p].addCoded(pair.coded + encoders[p].getRun());
-        encoders[p].setRun(pair.run(position));
-        newCounts[p] += pair.newCount;
+        PlaneSections& sections = bitPlanes[p];
+        encoders[p].writer().endBatch(sections.significance);
+        refinements[p].endBatch(sections.refinement);
+        encoders[p].addCoded(sections.coded + encoders[p].getRun());
+        encoders[p].setRun(sections.run(position));
+        newCounts[p] += sections.newCount;
     }
 }
 
@@ -33,22 +33,22 @@ void OrderSections::encode(std::uint64_t folded) {
     const int newPlane = bitLength(magnitude) - 1;
     for (int p = 0; p < newPlane; ++p) {
         makeRoomForBits(p);
-        pairs[p].refinement.append((magnitude >> p) & 1, 1);
-        ++pairs[p].excluded;
+        bitPlanes[p].refinement.append((magnitude >> p) & 1, 1);
+        ++bitPlanes[p].excluded;
     }
     makeRoomForRuns(newPlane);
-    SectionPair& pair = pairs[newPlane];
-    appendEvent(pair.significance, pair.run(position), folded & 1);
-    pair.coded = position - pair.excluded + 1;
-    ++pair.newCount;
+    PlaneSections& sections = bitPlanes[newPlane];
+    appendEvent(sections.significance, sections.run(position), folded & 1);
+    sections.coded = position - sections.excluded + 1;
+    ++sections.newCount;
 }
 
 void OrderSections::growRuns(int p) {
-    encoders[p].writer().makeRoom(pairs[p].significance);
+    encoders[p].writer().makeRoom(bitPlanes[p].significance);
 }
 
 void OrderSections::growBits(int p) {
-    refinements[p].makeRoom(pairs[p].refinement);
+    refinements[p].makeRoom(bitPlanes[p].refinement);
 }
 
 }  // namespace qmx

@@ -9,16 +9,17 @@
 
 namespace qmx {
 
-/// The two sections of one bit plane while they are being coded.
-struct SectionPair {
-    /// Run codes and signs.
+/// The n and the u section of one bit plane while they are being coded.
+struct PlaneSections {
+    /// The significance pass: run codes and signs.
     ByteBatch significance;
-    /// Raw bits.
+    /// The refinement pass: raw bits.
     BitBatch refinement;
     /// Coefficients of the order so far that the n section does not cover.
     std::uint64_t excluded;
-    /// Covered coefficients up to and with the last new one.
+    /// Covered coefficients up to and with the last newly significant one.
     std::uint64_t coded;
+    /// Coefficients that are newly significant in the bit plane.
     std::uint64_t newCount;
 
     /// Returns: the run after the last new coefficient, when position coefficients of the order have
@@ -30,9 +31,9 @@ struct SectionPair {
 /// next. Only some kernels keep events back.
 struct EventQueue {
     static constexpr std::size_t kEvents = 512;
-    /// Bits of a count of covered coefficients from `base`: so few that one append takes any two
-    /// neighbours. A run and its sign are 2 n + 3 bits, 2^n the highest bit of the run, and not both runs are
-    /// half of what can be counted.
+    /// Bits of a count of covered coefficients from `base`. With 14, the codes of two neighbouring events
+    /// always fit one append: a run and its sign take 2 n + 3 bits, where 2^n is the highest bit of the
+    /// run, and two runs that add up to less than 2^14 have n = 13 and 12 at most.
     static constexpr int kSpanBits = 14;
     static_assert(2 * ((kSpanBits - 1) + (kSpanBits - 2)) + 2 * 3 <= ByteBatch::kMaxBits);
 
@@ -52,7 +53,7 @@ struct EventQueue {
 struct OrderSections {
     /// Takes over from the coders of planeCount bit planes. Requires: they and both storages, one
     /// element for each, outlive this object.
-    void begin(SectionPair* pairStorage, EventQueue* queueStorage, CBitChunkEncoder* runCoders,
+    void begin(PlaneSections* planeStorage, EventQueue* queueStorage, CBitChunkEncoder* runCoders,
                CBitChunkWriter* rawCoders, int planeCount);
     /// Gives the coders all bits and runs. Requires: the queues are empty. Throws: std::bad_alloc.
     void end(std::uint64_t* newCounts);
@@ -63,13 +64,13 @@ struct OrderSections {
 
     // To be called before each batch of appends, of at least one bit.
     void makeRoomForRuns(int p) {
-        if (pairs[p].significance.isFull()) growRuns(p);
+        if (bitPlanes[p].significance.isFull()) growRuns(p);
     }
     void makeRoomForBits(int p) {
-        if (pairs[p].refinement.isFull()) growBits(p);
+        if (bitPlanes[p].refinement.isFull()) growBits(p);
     }
 
-    SectionPair* pairs = nullptr;
+    PlaneSections* bitPlanes = nullptr;
     EventQueue* queues = nullptr;
     std::uint64_t position = 0;
     int planes = 0;

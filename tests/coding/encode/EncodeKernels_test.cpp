@@ -112,7 +112,7 @@ void expectSectionsOfRows(Density density, Side side) {
     constexpr auto kPlanes = std::size_t{kTableBitPlanes<T>};
     GuardedHeap heap(side);
     const auto streams = std::make_unique<EncoderStreams<T>>(&heap);
-    const GuardedBuffer<SectionPair> pairs(std::vector<SectionPair>(kPlanes), side);
+    const GuardedBuffer<PlaneSections> pairs(std::vector<PlaneSections>(kPlanes), side);
     const GuardedBuffer<EventQueue> queues(std::vector<EventQueue>(kPlanes), side);
     const auto& kernels = encodeKernels<T>(activeCpuLevel());
     OrderSections order;

@@ -1,4 +1,4 @@
-#include "coding/decode/RunTable.h"
+#include "coding/decode/RunLookUp.h"
 
 #include <bit>
 
@@ -8,13 +8,13 @@ namespace qmx {
 namespace {
 
 /// A sign and the run behind it. bits is 0 when they do not stand in the bits that were given.
-struct SignAndRun {
+struct SignedRun {
     int bits;
     bool negative;
     int run;
 };
 
-constexpr SignAndRun firstPair(unsigned window, int windowBits) {
+constexpr SignedRun firstSignedRun(unsigned window, int windowBits) {
     const int zeros = std::countr_zero(window >> 1);
     const int suffix = zeros > kRunParameter ? suffixBits(zeros, kRunParameter) : 0;
     const int bits = 1 + zeros + 1 + suffix;
@@ -25,22 +25,22 @@ constexpr SignAndRun firstPair(unsigned window, int windowBits) {
     return {bits, (window & 1) != 0, static_cast<int>(run)};
 }
 
-constexpr RunTableEntry entryOf(unsigned window) {
-    RunTableEntry entry{};
+constexpr RunLookUp entryOf(unsigned window) {
+    RunLookUp entry{};
     for (;;) {
-        const SignAndRun pair = firstPair(window >> entry.bits, kRunTableBits - entry.bits);
-        const int candidates = entry.candidates + 1 + pair.run;
-        if (pair.bits == 0 || candidates > kRunTableCandidates) return entry;
+        const SignedRun next = firstSignedRun(window >> entry.bits, kLookUpBits - entry.bits);
+        const int candidates = entry.candidates + 1 + next.run;
+        if (next.bits == 0 || candidates > kLookUpCandidates) return entry;
         entry.news = static_cast<std::uint16_t>(entry.news | 1U << entry.candidates);
-        if (pair.negative)
+        if (next.negative)
             entry.negatives = static_cast<std::uint16_t>(entry.negatives | 1U << entry.candidates);
-        entry.bits = static_cast<std::uint8_t>(entry.bits + pair.bits);
+        entry.bits = static_cast<std::uint8_t>(entry.bits + next.bits);
         entry.candidates = static_cast<std::uint8_t>(candidates);
     }
 }
 
-constexpr RunTable makeRunTable() {
-    RunTable table{};
+constexpr RunLookUps makeRunLookUps() {
+    RunLookUps table{};
     for (unsigned window = 0; window < table.size(); ++window)
         table[window] = entryOf(window);
     return table;
@@ -48,6 +48,6 @@ constexpr RunTable makeRunTable() {
 
 }  // namespace
 
-constexpr RunTable kRunTable = makeRunTable();
+constexpr RunLookUps kRunLookUps = makeRunLookUps();
 
 }  // namespace qmx

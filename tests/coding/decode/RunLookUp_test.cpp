@@ -1,4 +1,4 @@
-#include "coding/decode/RunTable.h"
+#include "coding/decode/RunLookUp.h"
 
 #include <gtest/gtest.h>
 
@@ -8,7 +8,7 @@ namespace {
 
 using namespace qmx;
 
-/// What the decoder makes of the pairs that an entry says it holds.
+/// What the decoder makes of the signed runs that an entry says it holds.
 struct Plain {
     unsigned bits = 0;
     unsigned candidates = 0;
@@ -33,9 +33,9 @@ Plain decode(unsigned window, unsigned wholeBits) {
     return plain;
 }
 
-TEST(RunTable, EntriesAreWhatTheDecoderReads) {
-    for (unsigned window = 0; window < kRunTable.size(); ++window) {
-        const RunTableEntry& entry = kRunTable[window];
+TEST(RunLookUp, EntriesAreWhatTheDecoderReads) {
+    for (unsigned window = 0; window < kRunLookUps.size(); ++window) {
+        const RunLookUp& entry = kRunLookUps[window];
         const Plain plain = decode(window, entry.bits);
         ASSERT_EQ(entry.bits, plain.bits) << window;
         ASSERT_EQ(entry.candidates, plain.candidates) << window;
@@ -44,14 +44,14 @@ TEST(RunTable, EntriesAreWhatTheDecoderReads) {
     }
 }
 
-TEST(RunTable, EntriesHoldAsManyPairsAsFit) {
-    for (unsigned window = 0; window < kRunTable.size(); ++window) {
-        const RunTableEntry& entry = kRunTable[window];
-        ASSERT_LE(entry.bits, kRunTableBits);
-        ASSERT_LE(entry.candidates, kRunTableCandidates);
+TEST(RunLookUp, EntriesHoldAsManySignedRunsAsFit) {
+    for (unsigned window = 0; window < kRunLookUps.size(); ++window) {
+        const RunLookUp& entry = kRunLookUps[window];
+        ASSERT_LE(entry.bits, kLookUpBits);
+        ASSERT_LE(entry.candidates, kLookUpCandidates);
         const Plain longer = decode(window, entry.bits + 1U);
-        const bool fits = longer.bits <= unsigned{kRunTableBits} &&
-                          longer.candidates <= unsigned{kRunTableCandidates};
+        const bool fits = longer.bits <= unsigned{kLookUpBits} &&
+                          longer.candidates <= unsigned{kLookUpCandidates};
         ASSERT_FALSE(fits) << window;
     }
 }

@@ -5,10 +5,10 @@
 #include <immintrin.h>
 
 #include "coding/encode/OrderSections.h"
-#include "coding/encode/RunTables.h"
+#include "coding/encode/WindowCodes.h"
 #include "image/CpuLevel.h"
 
-/// Events of a queue as run codes with signs, 32 at once with AVX-512.
+/// Events of a queue as run codes with signs, 32 at once. For AVX-512 alone.
 ///
 /// Plain way: appendEvent for each. Runs are differences of neighbouring events; codes of short runs come
 /// from a table of two vectors, those of long ones from the position of their highest bit; signs follow

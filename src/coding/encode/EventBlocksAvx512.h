@@ -1,9 +1,9 @@
 #pragma once
 
 #include "bitstream/ByteBatch.h"
-#include "coding/encode/EventCodes.h"
+#include "coding/encode/EventCodesAvx512.h"
 
-/// Queues of events on their way into n sections, with AVX-512.
+/// Queues of events on their way into n sections. For AVX-512 alone.
 ///
 /// Format: docs/format.md, 10.2 n section.
 namespace qmx::avx512 {
@@ -25,8 +25,8 @@ struct CodeWords {
     std::size_t count = 0;
 };
 
-/// Stores the codes of eight lanes behind the first `count` words; two to a word where all pairs fit.
-/// Returns: the new count.
+/// Stores the codes of eight lanes behind the first `count` words; two to a word where any two
+/// neighbours fit. Returns: the new count.
 QMX_TARGET_AVX512 inline std::size_t storeWords(CodeWords& words, std::size_t count,
                                                 const CodeLanes& lanes) {
     const __m512i bits = _mm512_add_epi64(lanes.bits, _mm512_bsrli_epi128(lanes.bits, 8));
@@ -49,7 +49,7 @@ QMX_TARGET_AVX512 inline std::size_t storeWords(CodeWords& words, std::size_t co
 /// Codes blocks from event `first` on, up to the next one with a long run. Returns: the event behind them.
 QMX_TARGET_AVX512 inline std::size_t addShortBlocks(CodeWords& words, const EventQueue& queue,
                                                     std::size_t first) {
-    const std::size_t end = queue.count;  // in a register: words might lie there, for the compiler
+    const std::size_t end = queue.count;  // local copy: the stores into words may alias the counter
     const __m512i last = _mm512_set1_epi16(kTableRuns - 1);
     std::size_t count = words.count;
     for (; first < end; first += kBlockEvents) {
@@ -78,14 +78,14 @@ QMX_TARGET_AVX512 inline void appendWords(OrderSections& order, int p, ByteBatch
                                           const CodeWords& words) {
     for (std::size_t i = 0; i < words.count; i += kWordsAtOnce) {
         if (batch.isFull()) [[unlikely]] {
-            order.pairs[p].significance = batch;
+            order.bitPlanes[p].significance = batch;
             order.makeRoomForRuns(p);
-            batch = order.pairs[p].significance;
+            batch = order.bitPlanes[p].significance;
         }
         for (std::size_t k = i; k < i + kWordsAtOnce; ++k)
             batch.append(words.codes[k], words.bits[k]);
     }
-    order.pairs[p].significance = batch;
+    order.bitPlanes[p].significance = batch;
 }
 
 /// Codes all events of bit plane p, and counts them. Throws: std::bad_alloc.
@@ -96,10 +96,10 @@ QMX_TARGET_AVX512 inline void appendWords(OrderSections& order, int p, ByteBatch
 QMX_TARGET_AVX512 inline void appendQueue(OrderSections& order, int p) {
     EventQueue& queue = order.queues[p];
     if (queue.count == 0) return;
-    SectionPair& pair = order.pairs[p];
+    PlaneSections& sections = order.bitPlanes[p];
     order.makeRoomForRuns(p);
-    ByteBatch batch = pair.significance;
-    appendEvent(batch, queue.base + queue.events[0] / 2 - pair.coded, queue.events[0] & 1U);
+    ByteBatch batch = sections.significance;
+    appendEvent(batch, queue.base + queue.events[0] / 2 - sections.coded, queue.events[0] & 1U);
     CodeWords words;
     std::size_t i = addShortBlocks(words, queue, 1);
     while (i < queue.count) {
@@ -107,8 +107,8 @@ QMX_TARGET_AVX512 inline void appendQueue(OrderSections& order, int p) {
         i = addShortBlocks(words, queue, i + kBlockEvents);
     }
     appendWords(order, p, batch, words);
-    pair.coded = queue.base + queue.events[queue.count - 1] / 2 + 1;
-    pair.newCount += queue.count;
+    sections.coded = queue.base + queue.events[queue.count - 1] / 2 + 1;
+    sections.newCount += queue.count;
     queue.count = 0;
 }
 
