@@ -1,60 +1,11 @@
-#if defined(__GNUC__) && !defined(__clang__)
-// The intrinsics of g++ 12 pass operands that no lane uses on without a value, and are warned about.
-#pragma GCC diagnostic ignored "-Wuninitialized"
-#pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
-#endif
-
-#include <immintrin.h>
-
+#include "image/LanesAvx512.h"
 #include "image/PixelKernels.h"
-
-#define QMX_TARGET QMX_TARGET_AVX512
 
 namespace qmx {
 namespace {
 
-struct Shorts {
-    using Lanes = __m512i;
-    static constexpr std::size_t kSamples = 32;
-
-    QMX_TARGET static Lanes load(const void* from) { return _mm512_loadu_si512(from); }
-    QMX_TARGET static void store(void* to, Lanes lanes) { _mm512_storeu_si512(to, lanes); }
-    QMX_TARGET static Lanes all(short sample) { return _mm512_set1_epi16(sample); }
-    QMX_TARGET static Lanes add(Lanes a, Lanes b) { return _mm512_add_epi16(a, b); }
-    QMX_TARGET static Lanes sub(Lanes a, Lanes b) { return _mm512_sub_epi16(a, b); }
-    QMX_TARGET static Lanes halve(Lanes lanes) { return _mm512_srai_epi16(lanes, 1); }
-    /// (a + b) >> 1, without the carry that a + b may need.
-    QMX_TARGET static Lanes floorMean(Lanes a, Lanes b) {
-        return _mm512_add_epi16(_mm512_and_si512(a, b), halve(_mm512_xor_si512(a, b)));
-    }
-    QMX_TARGET static Lanes clamp(Lanes lanes, Lanes least, Lanes greatest) {
-        return _mm512_min_epi16(_mm512_max_epi16(lanes, least), greatest);
-    }
-    QMX_TARGET static Lanes loadBytes(const unsigned char* from) {
-        return _mm512_cvtepu8_epi16(_mm256_loadu_si256(reinterpret_cast<const __m256i*>(from)));
-    }
-    QMX_TARGET static void storeBytes(unsigned char* to, Lanes lanes) {
-        _mm256_storeu_si256(reinterpret_cast<__m256i*>(to), _mm512_cvtepi16_epi8(lanes));
-    }
-};
-
-struct Ints {
-    using Lanes = __m512i;
-    static constexpr std::size_t kSamples = 16;
-
-    QMX_TARGET static Lanes load(const void* from) { return _mm512_loadu_si512(from); }
-    QMX_TARGET static void store(void* to, Lanes lanes) { _mm512_storeu_si512(to, lanes); }
-    QMX_TARGET static Lanes all(int sample) { return _mm512_set1_epi32(sample); }
-    QMX_TARGET static Lanes clamp(Lanes lanes, Lanes least, Lanes greatest) {
-        return _mm512_min_epi32(_mm512_max_epi32(lanes, least), greatest);
-    }
-    QMX_TARGET static Lanes loadShorts(const unsigned char* from) {
-        return _mm512_cvtepu16_epi32(_mm256_loadu_si256(reinterpret_cast<const __m256i*>(from)));
-    }
-    QMX_TARGET static void storeShorts(unsigned char* to, Lanes lanes) {
-        _mm256_storeu_si256(reinterpret_cast<__m256i*>(to), _mm512_cvtepi32_epi16(lanes));
-    }
-};
+using avx512::Vec;
+using Shorts = Vec<short>;
 
 struct ThreeVecs {
     Shorts::Lanes first;
@@ -110,9 +61,8 @@ QMX_TARGET inline Shorts::Lanes colourOf(const ByteIndices& indices, __m512i fro
 
 /// Takes 32 pixels apart.
 QMX_TARGET inline ThreeVecs loadPixels(const unsigned char* from) {
-    const __m512i front = _mm512_loadu_si512(from);
-    const __m512i rest = _mm512_castsi256_si512(
-        _mm256_loadu_si256(reinterpret_cast<const __m256i*>(from + kVectorBytes)));
+    const __m512i front = Shorts::load(from);
+    const __m512i rest = _mm512_castsi256_si512(Shorts::loadHalf(from + kVectorBytes));
     return {colourOf(kColours[0], front, rest), colourOf(kColours[1], front, rest),
             colourOf(kColours[2], front, rest)};
 }
@@ -128,10 +78,9 @@ QMX_TARGET inline __m512i pixelsOf(const ByteIndices& indices, __mmask64 isThird
 QMX_TARGET inline void storePixels(unsigned char* to, const ThreeVecs& colours) {
     constexpr __mmask64 kThirdInFront = thirdColours(0);
     constexpr __mmask64 kThirdInRest = thirdColours(kVectorBytes);
-    _mm512_storeu_si512(to, pixelsOf(kFrontPixels, kThirdInFront, colours));
+    Shorts::store(to, pixelsOf(kFrontPixels, kThirdInFront, colours));
     const __m512i rest = pixelsOf(kRestOfPixels, kThirdInRest, colours);
-    _mm256_storeu_si256(reinterpret_cast<__m256i*>(to + kVectorBytes),
-                        _mm512_castsi512_si256(rest));
+    Shorts::storeHalf(to + kVectorBytes, Shorts::lowHalf(rest));
 }
 
 #include "image/PixelKernelsSimd.inl"

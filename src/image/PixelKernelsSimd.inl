@@ -1,6 +1,5 @@
 // The pixel kernels on vectors, for the files PixelKernels<level>.cpp. Requires before it:
-//  - QMX_TARGET, the function attribute of the level;
-//  - structs Shorts and Ints of lane operations on kSamples samples;
+//  - the Vec of the level, with QMX_TARGET;
 //  - ThreeVecs, one vector of shorts for each colour; loadPixels and storePixels, which take
 //    Shorts::kSamples pixels of three bytes apart and put them together.
 //
@@ -20,7 +19,7 @@ QMX_TARGET inline ThreeVecs forwardVecs(const ThreeVecs& rgb) {
 }
 
 QMX_TARGET inline ThreeVecs inverseVecs(const ThreeVecs& coded) {
-    const auto quarter = Shorts::halve(Shorts::floorMean(coded.second, coded.third));
+    const auto quarter = Shorts::halved(Shorts::floorMean(coded.second, coded.third));
     const auto green = Shorts::sub(coded.first, quarter);
     return {Shorts::add(green, coded.second), green, Shorts::add(green, coded.third)};
 }
@@ -35,23 +34,45 @@ QMX_TARGET inline void storeRows(short* const rows[3], std::size_t i, const Thre
     Shorts::store(rows[2] + i, vecs.third);
 }
 
-QMX_TARGET inline ThreeVecs limit(const ThreeVecs& vecs, Shorts::Lanes least,
-                                  Shorts::Lanes greatest) {
-    return {Shorts::clamp(vecs.first, least, greatest), Shorts::clamp(vecs.second, least, greatest),
-            Shorts::clamp(vecs.third, least, greatest)};
+/// Lanes within a range.
+template <class V>
+struct Limits {
+    typename V::Lanes least;
+    typename V::Lanes greatest;
+};
+
+template <class V>
+QMX_TARGET inline Limits<V> limitsOf(SampleRange<typename V::Sample> range) {
+    return {V::all(range.least), V::all(range.greatest)};
+}
+
+template <class V>
+QMX_TARGET inline typename V::Lanes limited(typename V::Lanes v, const Limits<V>& limits) {
+    return V::least(V::greatest(v, limits.least), limits.greatest);
+}
+
+QMX_TARGET inline ThreeVecs limited(const ThreeVecs& vecs, const Limits<Shorts>& limits) {
+    return {limited<Shorts>(vecs.first, limits), limited<Shorts>(vecs.second, limits),
+            limited<Shorts>(vecs.third, limits)};
+}
+
+/// Widens samples of half the size of T. Returns: how many are done.
+template <class T>
+QMX_TARGET inline std::size_t widenVecs(T* row, const unsigned char* samples, std::size_t count) {
+    using V = Vec<T>;
+    std::size_t i = 0;
+    for (; i + V::kSamples <= count; i += V::kSamples)
+        V::store(row + i, V::widened(V::loadHalf(samples + i * (sizeof(T) / 2))));
+    return i;
 }
 
 QMX_TARGET void widenBytes(short* row, const unsigned char* samples, std::size_t count) {
-    std::size_t i = 0;
-    for (; i + Shorts::kSamples <= count; i += Shorts::kSamples)
-        Shorts::store(row + i, Shorts::loadBytes(samples + i));
+    const std::size_t i = widenVecs(row, samples, count);
     kPixelsScalar.widenBytes(row + i, samples + i, count - i);
 }
 
 QMX_TARGET void widenShorts(int* row, const unsigned char* samples, std::size_t count) {
-    std::size_t i = 0;
-    for (; i + Ints::kSamples <= count; i += Ints::kSamples)
-        Ints::store(row + i, Ints::loadShorts(samples + 2 * i));
+    const std::size_t i = widenVecs(row, samples, count);
     kPixelsScalar.widenShorts(row + i, samples + 2 * i, count - i);
 }
 
@@ -85,54 +106,56 @@ QMX_TARGET void inverseColours(short* const rows[3], std::size_t count) {
     kPixelsScalar.inverseColours(ThreeRows<short>(rows, i).rows, count - i);
 }
 
-QMX_TARGET void narrowToBytes(unsigned char* samples, const short* row, std::size_t count,
-                              SampleRange<short> range) {
-    const auto least = Shorts::all(range.least);
-    const auto greatest = Shorts::all(range.greatest);
+/// Limits samples and narrows them to half the size of T. Returns: how many are done.
+template <class T>
+QMX_TARGET inline std::size_t narrowVecs(unsigned char* samples, const T* row, std::size_t count,
+                                         SampleRange<T> range) {
+    using V = Vec<T>;
+    const auto limits = limitsOf<V>(range);
     std::size_t i = 0;
-    for (; i + Shorts::kSamples <= count; i += Shorts::kSamples)
-        Shorts::storeBytes(samples + i, Shorts::clamp(Shorts::load(row + i), least, greatest));
-    kPixelsScalar.narrowToBytes(samples + i, row + i, count - i, range);
+    for (; i + V::kSamples <= count; i += V::kSamples)
+        V::storeHalf(samples + i * (sizeof(T) / 2),
+                     V::narrowed(limited<V>(V::load(row + i), limits)));
+    return i;
 }
 
-QMX_TARGET void limitShorts(unsigned char* samples, const short* row, std::size_t count,
-                            SampleRange<short> range) {
-    const auto least = Shorts::all(range.least);
-    const auto greatest = Shorts::all(range.greatest);
-    std::size_t i = 0;
-    for (; i + Shorts::kSamples <= count; i += Shorts::kSamples)
-        Shorts::store(samples + 2 * i, Shorts::clamp(Shorts::load(row + i), least, greatest));
-    kPixelsScalar.limitShorts(samples + 2 * i, row + i, count - i, range);
+QMX_TARGET void narrowToBytes(unsigned char* samples, const short* row, std::size_t count,
+                              SampleRange<short> range) {
+    const std::size_t i = narrowVecs(samples, row, count, range);
+    kPixelsScalar.narrowToBytes(samples + i, row + i, count - i, range);
 }
 
 QMX_TARGET void narrowToShorts(unsigned char* samples, const int* row, std::size_t count,
                                SampleRange<int> range) {
-    const auto least = Ints::all(range.least);
-    const auto greatest = Ints::all(range.greatest);
-    std::size_t i = 0;
-    for (; i + Ints::kSamples <= count; i += Ints::kSamples)
-        Ints::storeShorts(samples + 2 * i, Ints::clamp(Ints::load(row + i), least, greatest));
+    const std::size_t i = narrowVecs(samples, row, count, range);
     kPixelsScalar.narrowToShorts(samples + 2 * i, row + i, count - i, range);
+}
+
+QMX_TARGET void limitShorts(unsigned char* samples, const short* row, std::size_t count,
+                            SampleRange<short> range) {
+    const auto limits = limitsOf<Shorts>(range);
+    std::size_t i = 0;
+    for (; i + Shorts::kSamples <= count; i += Shorts::kSamples)
+        Shorts::store(samples + 2 * i, limited<Shorts>(Shorts::load(row + i), limits));
+    kPixelsScalar.limitShorts(samples + 2 * i, row + i, count - i, range);
 }
 
 QMX_TARGET void joinBytes(unsigned char* samples, const short* const rows[3], std::size_t count,
                           SampleRange<short> range) {
-    const auto least = Shorts::all(range.least);
-    const auto greatest = Shorts::all(range.greatest);
+    const auto limits = limitsOf<Shorts>(range);
     std::size_t i = 0;
     for (; i + Shorts::kSamples <= count; i += Shorts::kSamples)
-        storePixels(samples + 3 * i, limit(loadRows(rows, i), least, greatest));
+        storePixels(samples + 3 * i, limited(loadRows(rows, i), limits));
     kPixelsScalar.joinBytes(samples + 3 * i, ThreeRows<const short>(rows, i).rows, count - i,
                             range);
 }
 
 QMX_TARGET void joinColours(unsigned char* samples, const short* const rows[3], std::size_t count,
                             SampleRange<short> range) {
-    const auto least = Shorts::all(range.least);
-    const auto greatest = Shorts::all(range.greatest);
+    const auto limits = limitsOf<Shorts>(range);
     std::size_t i = 0;
     for (; i + Shorts::kSamples <= count; i += Shorts::kSamples)
-        storePixels(samples + 3 * i, limit(inverseVecs(loadRows(rows, i)), least, greatest));
+        storePixels(samples + 3 * i, limited(inverseVecs(loadRows(rows, i)), limits));
     kPixelsScalar.joinColours(samples + 3 * i, ThreeRows<const short>(rows, i).rows, count - i,
                               range);
 }
