@@ -95,6 +95,24 @@ struct Vec<short> : AnyVec {
     QMX_TARGET static void putEvens(short* pairs, Half evens) {
         store(pairs, _mm256_blend_epi16(_mm256_cvtepu16_epi32(evens), load(pairs), 0xAA));
     }
+    /// 2 v, and 1 more in lane i where bit i is set; bits behind the lanes do not count.
+    QMX_TARGET static Lanes twiceAndBits(Lanes v, std::uint64_t bits) {
+        return sub(add(v, v), whereSet(bits));
+    }
+    /// -v in lane i where bit i is set: (v ^ -1) - -1.
+    QMX_TARGET static Lanes negatedWhere(Lanes v, std::uint64_t bits) {
+        const Lanes isSet = whereSet(bits);
+        return sub(differing(v, isSet), isSet);
+    }
+
+private:
+    /// -1 in lane i where bit i is set.
+    QMX_TARGET static Lanes whereSet(std::uint64_t bits) {
+        const Lanes select = _mm256_setr_epi16(1, 2, 4, 8, 16, 32, 64, 128, 256, 512, 1024, 2048,
+                                               4096, 8192, 16384, -32768);
+        const Lanes spread = _mm256_set1_epi16(static_cast<short>(bits));
+        return _mm256_cmpeq_epi16(both(spread, select), select);
+    }
 };
 
 template <>
@@ -130,8 +148,19 @@ struct Vec<int> : AnyVec {
     QMX_TARGET static void putEvens(int* pairs, Half evens) {
         store(pairs, _mm256_blend_epi32(_mm256_cvtepu32_epi64(evens), load(pairs), 0xAA));
     }
+    QMX_TARGET static Lanes twiceAndBits(Lanes v, std::uint64_t bits) {
+        return sub(add(v, v), whereSet(bits));
+    }
+    QMX_TARGET static Lanes negatedWhere(Lanes v, std::uint64_t bits) {
+        const Lanes isSet = whereSet(bits);
+        return sub(differing(v, isSet), isSet);
+    }
 
 private:
+    QMX_TARGET static Lanes whereSet(std::uint64_t bits) {
+        const Lanes select = _mm256_setr_epi32(1, 2, 4, 8, 16, 32, 64, 128);
+        return _mm256_cmpeq_epi32(both(all(static_cast<int>(bits)), select), select);
+    }
     template <int Places>
     QMX_TARGET static Lanes picked(Lanes first, Lanes second) {
         return inOrder(_mm256_castps_si256(

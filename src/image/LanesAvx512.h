@@ -106,6 +106,13 @@ struct Vec<short> : AnyVec {
     QMX_TARGET static void putEvens(short* pairs, Half evens) {
         _mm512_mask_storeu_epi16(pairs, kEvens, _mm512_cvtepu16_epi32(evens));
     }
+    QMX_TARGET static Lanes twiceAndBits(Lanes v, std::uint64_t bits) {
+        const Lanes twice = add(v, v);
+        return _mm512_mask_sub_epi16(twice, static_cast<Mask>(bits), twice, all(-1));
+    }
+    QMX_TARGET static Lanes negatedWhere(Lanes v, std::uint64_t bits) {
+        return _mm512_mask_sub_epi16(v, static_cast<Mask>(bits), zero(), v);
+    }
 };
 
 template <>
@@ -148,6 +155,13 @@ struct Vec<int> : AnyVec {
     }
     QMX_TARGET static void putEvens(int* pairs, Half evens) {
         _mm512_mask_storeu_epi32(pairs, kEvens, _mm512_cvtepu32_epi64(evens));
+    }
+    QMX_TARGET static Lanes twiceAndBits(Lanes v, std::uint64_t bits) {
+        const Lanes twice = add(v, v);
+        return _mm512_mask_sub_epi32(twice, static_cast<Mask>(bits), twice, all(-1));
+    }
+    QMX_TARGET static Lanes negatedWhere(Lanes v, std::uint64_t bits) {
+        return _mm512_mask_sub_epi32(v, static_cast<Mask>(bits), zero(), v);
     }
 };
 
