@@ -70,6 +70,11 @@ struct Vec<short> : AnyVec {
     QMX_TARGET static Lanes floorMean(Lanes a, Lanes b) {
         return add(both(a, b), halved(differing(a, b)));
     }
+    /// Returns: the union of all lanes.
+    QMX_TARGET static std::uint32_t unionOf(Lanes v) {
+        const std::uint64_t two = joined(v) | joined(v) >> 32;
+        return static_cast<std::uint32_t>((two | two >> 16) & 0xFFFF);
+    }
     QMX_TARGET static std::uint64_t countZeros(Lanes v) {
         const Lanes isZero = _mm256_cmpeq_epi16(v, zero());
         return static_cast<unsigned>(
@@ -127,6 +132,9 @@ struct Vec<int> : AnyVec {
     QMX_TARGET static Lanes greatest(Lanes a, Lanes b) { return _mm256_max_epi32(a, b); }
     QMX_TARGET static Lanes magnitudes(Lanes v) { return _mm256_abs_epi32(v); }
     QMX_TARGET static Lanes signs(Lanes v) { return _mm256_srai_epi32(v, 31); }
+    QMX_TARGET static std::uint32_t unionOf(Lanes v) {
+        return static_cast<std::uint32_t>(joined(v) | joined(v) >> 32);
+    }
     QMX_TARGET static std::uint64_t countZeros(Lanes v) {
         const Lanes isZero = _mm256_cmpeq_epi32(v, zero());
         return static_cast<unsigned>(

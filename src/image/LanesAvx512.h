@@ -90,6 +90,12 @@ struct Vec<short> : AnyVec {
     QMX_TARGET static Lanes floorMean(Lanes a, Lanes b) {
         return add(both(a, b), halved(differing(a, b)));
     }
+    /// Mask of the lanes that have one of the bits.
+    QMX_TARGET static Mask whereAny(Lanes v, Lanes bits) { return _mm512_test_epi16_mask(v, bits); }
+    QMX_TARGET static std::uint32_t unionOf(Lanes v) {
+        const std::uint64_t two = joined(v) | joined(v) >> 32;
+        return static_cast<std::uint32_t>((two | two >> 16) & 0xFFFF);
+    }
     QMX_TARGET static std::uint64_t countZeros(Lanes v) {
         return static_cast<unsigned>(_mm_popcnt_u32(_mm512_testn_epi16_mask(v, v)));
     }
@@ -138,6 +144,10 @@ struct Vec<int> : AnyVec {
     QMX_TARGET static Lanes greatest(Lanes a, Lanes b) { return _mm512_max_epi32(a, b); }
     QMX_TARGET static Lanes magnitudes(Lanes v) { return _mm512_abs_epi32(v); }
     QMX_TARGET static Lanes signs(Lanes v) { return _mm512_srai_epi32(v, 31); }
+    QMX_TARGET static Mask whereAny(Lanes v, Lanes bits) { return _mm512_test_epi32_mask(v, bits); }
+    QMX_TARGET static std::uint32_t unionOf(Lanes v) {
+        return static_cast<std::uint32_t>(joined(v) | joined(v) >> 32);
+    }
     QMX_TARGET static std::uint64_t countZeros(Lanes v) {
         return static_cast<unsigned>(_mm_popcnt_u32(_mm512_testn_epi32_mask(v, v)));
     }

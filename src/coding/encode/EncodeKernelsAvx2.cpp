@@ -1,14 +1,15 @@
 #include <algorithm>
-#include <bit>
-#include <immintrin.h>
 
 #include "coding/encode/EncodeKernels.h"
 #include "coding/encode/WindowCodes.h"
-
-#define QMX_TARGET QMX_TARGET_AVX2
+#include "image/LanesAvx2.h"
 
 namespace qmx {
 namespace {
+
+using avx2::Vec;
+
+#include "coding/encode/EncodeKernelsSimd.inl"
 
 /// The same number of bits in each byte of `low` and `high`, for values 0 to 31 and 32 to 63.
 struct ByteHalves {
@@ -27,10 +28,9 @@ QMX_TARGET inline std::uint64_t topBits(const ByteHalves& bytes) {
     return low | std::uint64_t{high} << 32;
 }
 
-/// Returns: the low bytes of 32 values. The pack works on each 128-bit half by itself:
-/// a0 b0 a1 b1, in quarters, comes out for a and b, and the permutation makes it a0 a1 b0 b1.
+/// Returns: the low bytes of 32 values.
 QMX_TARGET inline __m256i packBytes(__m256i a, __m256i b) {
-    return _mm256_permute4x64_epi64(_mm256_packus_epi16(a, b), 0xD8);
+    return Vec<short>::inOrder(_mm256_packus_epi16(a, b));
 }
 
 QMX_TARGET inline ByteHalves lowBytes(const Words& words) {
@@ -62,59 +62,21 @@ QMX_TARGET inline void sliceWords(const Words& words, int count, std::uint64_t* 
     if (count > 8) sliceBytes(highBytes(words), count - 8, bits + 8);
 }
 
-QMX_TARGET inline std::uint32_t unionOfInts(__m256i all) {
-    __m128i half = _mm_or_si128(_mm256_castsi256_si128(all), _mm256_extracti128_si256(all, 1));
-    half = _mm_or_si128(half, _mm_unpackhi_epi64(half, half));
-    half = _mm_or_si128(half, _mm_srli_epi64(half, 32));
-    return static_cast<std::uint32_t>(_mm_cvtsi128_si32(half));
-}
-
-QMX_TARGET inline __m256i positiveShorts(const short* values, int index) {
-    const auto* const lanes = reinterpret_cast<const __m256i*>(values) + index;
-    return _mm256_max_epi16(_mm256_loadu_si256(lanes), _mm256_setzero_si256());
-}
-
-QMX_TARGET inline __m256i positiveInts(const int* values, int index) {
-    const auto* const lanes = reinterpret_cast<const __m256i*>(values) + index;
-    return _mm256_max_epi32(_mm256_loadu_si256(lanes), _mm256_setzero_si256());
-}
-
-QMX_TARGET inline std::uint32_t unionOf(const short* folded) {
-    __m256i all = _mm256_setzero_si256();
-    for (int i = 0; i < 4; ++i)
-        all = _mm256_or_si256(all, positiveShorts(folded, i));
-    const std::uint32_t both = unionOfInts(all);
-    return (both | both >> 16) & 0xFFFF;
-}
-
 QMX_TARGET inline void slice(const short* folded, int count, std::uint64_t* bits) {
     Words words;
-    for (int i = 0; i < 4; ++i)
-        words.at[i] = positiveShorts(folded, i);
+    for (std::size_t i = 0; i < 4; ++i)
+        words.at[i] = positive(folded, i);
     sliceWords(words, count, bits);
 }
 
-/// Returns: the low words of 16 values; the permutation is that of packBytes.
-QMX_TARGET inline __m256i packWords(__m256i a, __m256i b) {
-    return _mm256_permute4x64_epi64(_mm256_packus_epi32(a, b), 0xD8);
-}
-
-QMX_TARGET inline std::uint32_t unionOf(const int* folded) {
-    __m256i all = _mm256_setzero_si256();
-    for (int i = 0; i < 8; ++i)
-        all = _mm256_or_si256(all, positiveInts(folded, i));
-    return unionOfInts(all);
-}
-
 QMX_TARGET inline void slice(const int* folded, int count, std::uint64_t* bits) {
-    const __m256i mask = _mm256_set1_epi32(0xFFFF);
     Words low;
     Words high;
-    for (int i = 0; i < 4; ++i) {
-        const __m256i a = positiveInts(folded, 2 * i);
-        const __m256i b = positiveInts(folded, 2 * i + 1);
-        low.at[i] = packWords(_mm256_and_si256(a, mask), _mm256_and_si256(b, mask));
-        high.at[i] = packWords(_mm256_srli_epi32(a, 16), _mm256_srli_epi32(b, 16));
+    for (std::size_t i = 0; i < 4; ++i) {
+        const __m256i a = positive(folded, 2 * i);
+        const __m256i b = positive(folded, 2 * i + 1);
+        low.at[i] = Vec<short>::evensOf(a, b);
+        high.at[i] = Vec<short>::oddsOf(a, b);
     }
     sliceWords(low, count < 16 ? count : 16, bits);
     if (count > 16) sliceWords(high, count - 16, bits + 16);
@@ -128,7 +90,52 @@ struct Slices {
     std::uint64_t bits[8 * sizeof(T)];
 };
 
-#include "coding/encode/EncodeEvents.inl"
+/// Appends the events among the candidates of an n section. Requires: candidates is not 0; bit i of
+/// signs is the sign of event i.
+///
+/// Plain way: one event after the other, each a run code and a sign. Most runs are short, so the
+/// events behind the first one come from a table of all patterns of kWindowBits candidates: it holds
+/// what the plain way would append, with gaps for the signs, which one pdep fills.
+QMX_TARGET inline void appendEvents(ByteBatch& section, std::uint64_t run, std::uint64_t candidates,
+                                    std::uint64_t signs) {
+    ByteBatch batch = section;
+    for (;;) {
+        const auto zeros = static_cast<std::uint64_t>(_tzcnt_u64(candidates));
+        run += zeros;
+        candidates = candidates >> zeros >> 1;
+        std::uint64_t codes = 0;
+        std::uint64_t bits = 0;
+        if (run < kShortRuns) [[likely]] {
+            const RunWord first = kRunWords[run];
+            codes = first.code | (signs & 1) << first.bits;
+            bits = first.bits + 1;
+        } else {
+            appendEvent(batch, run, signs & 1);
+        }
+        signs >>= 1;
+        const WindowCode window = kWindowCodes[candidates & lowBits(kWindowBits)];
+        codes |= (window.codes() | _pdep_u64(signs, window.signSlots())) << bits;
+        batch.append(codes, bits + window.bits());
+        candidates >>= window.passed();
+        signs >>= window.events();
+        if (candidates == 0) break;
+        run = 0;
+    }
+    section = batch;
+}
+
+QMX_TARGET inline void takeNew(OrderSections& order, int p, std::uint64_t fresh,
+                               std::uint64_t above, std::uint64_t negative) {
+    order.makeRoomForRuns(p);
+    PlaneSections& sections = order.bitPlanes[p];
+    const std::uint64_t candidates = extract(fresh, ~above);
+    appendEvents(sections.significance, sections.run(order.position), candidates,
+                 extract(negative, fresh));
+    sections.coded =
+        order.position - sections.excluded + static_cast<unsigned>(bitLength(candidates));
+    sections.newCount += countOnes(fresh);
+}
+
 #include "coding/encode/EncodeGroups.inl"
 
 }  // namespace

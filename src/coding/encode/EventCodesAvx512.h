@@ -2,11 +2,10 @@
 
 #include <algorithm>
 #include <array>
-#include <immintrin.h>
 
 #include "coding/encode/OrderSections.h"
 #include "coding/encode/WindowCodes.h"
-#include "image/CpuLevel.h"
+#include "image/LanesAvx512.h"
 
 /// Events of a queue as run codes with signs, 32 at once. For AVX-512 alone.
 ///
@@ -17,12 +16,6 @@
 ///
 /// Format: docs/format.md, 10.2 n section and 11 Run code.
 namespace qmx::avx512 {
-
-/// Returns: the lower or the upper half. The form without a mask warns with g++ 12.
-template <int Index>
-QMX_TARGET_AVX512 inline __m256i half(__m512i v) {
-    return _mm512_maskz_extracti64x4_epi64(0xFF, v, Index);
-}
 
 /// Events that are coded together.
 inline constexpr std::size_t kBlockEvents = 32;
@@ -48,7 +41,7 @@ struct CodeLanes {
 };
 
 /// Returns: the codes of the lanes 2i and 2i + 1 joined, in lanes of twice the size.
-QMX_TARGET_AVX512 inline CodeLanes joined16(const CodeLanes& lanes) {
+QMX_TARGET inline CodeLanes joined16(const CodeLanes& lanes) {
     const __m512i low = _mm512_set1_epi32(0xFFFF);
     const __m512i firstBits = _mm512_and_si512(lanes.bits, low);
     const __m512i second = _mm512_maskz_srli_epi32(0xFFFF, lanes.code, 16);
@@ -57,7 +50,7 @@ QMX_TARGET_AVX512 inline CodeLanes joined16(const CodeLanes& lanes) {
             _mm512_add_epi32(firstBits, _mm512_maskz_srli_epi32(0xFFFF, lanes.bits, 16))};
 }
 
-QMX_TARGET_AVX512 inline CodeLanes joined32(const CodeLanes& lanes) {
+QMX_TARGET inline CodeLanes joined32(const CodeLanes& lanes) {
     const __m512i low = _mm512_set1_epi64(0xFFFFFFFF);
     const __m512i firstBits = _mm512_and_si512(lanes.bits, low);
     const __m512i second = _mm512_maskz_srli_epi64(0xFF, lanes.code, 32);
@@ -74,8 +67,7 @@ struct Block {
 };
 
 /// The events from `first` on, below `end`. Requires: 0 < first < end.
-QMX_TARGET_AVX512 inline Block loadBlock(const EventQueue& queue, std::size_t first,
-                                         std::size_t end) {
+QMX_TARGET inline Block loadBlock(const EventQueue& queue, std::size_t first, std::size_t end) {
     const std::size_t count = std::min(kBlockEvents, end - first);
     const auto lanes = static_cast<__mmask32>(lowBits(static_cast<int>(count)));
     const __m512i here = _mm512_maskz_loadu_epi16(lanes, queue.events + first);
@@ -86,7 +78,7 @@ QMX_TARGET_AVX512 inline Block loadBlock(const EventQueue& queue, std::size_t fi
     return {_mm512_sub_epi16(distance, one), _mm512_and_si512(here, one), lanes};
 }
 
-QMX_TARGET_AVX512 inline CodeLanes shortCodes(const Block& block) {
+QMX_TARGET inline CodeLanes shortCodes(const Block& block) {
     const __m512i entries = _mm512_maskz_permutex2var_epi16(
         block.lanes, _mm512_load_si512(kTableCodes.data()), block.runs,
         _mm512_load_si512(kTableCodes.data() + kTableRuns / 2));
@@ -97,7 +89,7 @@ QMX_TARGET_AVX512 inline CodeLanes shortCodes(const Block& block) {
 }
 
 /// The form of appendEvent, 16 events at once.
-QMX_TARGET_AVX512 inline CodeLanes longCodes(__m256i runs16, __m256i signs16, __mmask16 lanes) {
+QMX_TARGET inline CodeLanes longCodes(__m256i runs16, __m256i signs16, __mmask16 lanes) {
     const __m512i one = _mm512_set1_epi32(1);
     const __m512i runs = _mm512_maskz_cvtepu16_epi32(lanes, runs16);
     const __m512i signs = _mm512_maskz_cvtepu16_epi32(lanes, signs16);

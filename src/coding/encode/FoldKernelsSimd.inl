@@ -34,9 +34,7 @@ QMX_TARGET void foldRow(const T* row, std::size_t count, T* out, FoldedUnion<T>&
         V::storeFirst(out + i, foldLanes<T>(V::loadFirst(row + i, count - i), found), count - i);
     else
         kFoldScalar.of<T>().fold(row + i, count - i, out + i, all);
-    const std::uint64_t bits = V::joined(found.bits);
-    for (unsigned shift = 0; shift < 64; shift += 8 * sizeof(T))
-        all.bits = static_cast<T>(all.bits | static_cast<T>(bits >> shift));
+    all.bits = static_cast<T>(all.bits | static_cast<T>(V::unionOf(found.bits)));
     all.lost += found.lost;
 }
 
