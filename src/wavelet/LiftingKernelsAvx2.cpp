@@ -1,53 +1,33 @@
-#include <immintrin.h>
-
+#include "image/LanesAvx2.h"
 #include "wavelet/LiftingKernels.h"
 #include "wavelet/LiftingLines.h"
-
-#define QMX_TARGET QMX_TARGET_AVX2
 
 namespace qmx {
 namespace {
 
-/// What both coefficient types have in common.
-struct Vec {
-    using Lanes = __m256i;
-    static constexpr bool kHasMasks = false;
+using avx2::Vec;
+using Lanes = Vec<int>::Lanes;
 
-    QMX_TARGET static Lanes zero() { return _mm256_setzero_si256(); }
-    QMX_TARGET static Lanes addInts(Lanes a, Lanes b) { return _mm256_add_epi32(a, b); }
-    /// Plain way: half(s), in 32-bit lanes. The comparison is -1 for s >= 0.
-    QMX_TARGET static Lanes half(Lanes sums) {
-        const Lanes isPositive = _mm256_cmpgt_epi32(sums, _mm256_set1_epi32(-1));
-        return _mm256_srai_epi32(_mm256_sub_epi32(sums, isPositive), 1);
-    }
-    /// Plain way: quarter(s), in 32-bit lanes.
-    QMX_TARGET static Lanes quarter(Lanes sums) {
-        const Lanes isPositive = _mm256_cmpgt_epi32(sums, _mm256_set1_epi32(-1));
-        const Lanes sumsAndOne = _mm256_add_epi32(sums, _mm256_set1_epi32(1));
-        return _mm256_srai_epi32(_mm256_sub_epi32(sumsAndOne, isPositive), 2);
-    }
-    QMX_TARGET static Lanes loadLanes(const void* address) {
-        return _mm256_loadu_si256(static_cast<const __m256i*>(address));
-    }
-    QMX_TARGET static void storeLanes(void* address, Lanes lanes) {
-        _mm256_storeu_si256(static_cast<__m256i*>(address), lanes);
-    }
-};
+/// Plain way: half(s) of each 32-bit lane. The comparison is -1 for s >= 0.
+QMX_TARGET inline Lanes halves(Lanes sums) {
+    const Lanes isPositive = _mm256_cmpgt_epi32(sums, _mm256_set1_epi32(-1));
+    return _mm256_srai_epi32(_mm256_sub_epi32(sums, isPositive), 1);
+}
 
-struct ShortVec : Vec {
-    using Sample = short;
-    static constexpr std::size_t kSamples = 16;
+/// Plain way: quarter(s) of each 32-bit lane.
+QMX_TARGET inline Lanes quarters(Lanes sums) {
+    const Lanes isPositive = _mm256_cmpgt_epi32(sums, _mm256_set1_epi32(-1));
+    const Lanes sumsAndOne = _mm256_add_epi32(sums, _mm256_set1_epi32(1));
+    return _mm256_srai_epi32(_mm256_sub_epi32(sumsAndOne, isPositive), 2);
+}
 
-    QMX_TARGET static Lanes load(const short* from) { return loadLanes(from); }
-    QMX_TARGET static void store(short* to, Lanes lanes) { storeLanes(to, lanes); }
-    QMX_TARGET static Lanes add(Lanes a, Lanes b) { return _mm256_add_epi16(a, b); }
-    QMX_TARGET static Lanes sub(Lanes a, Lanes b) { return _mm256_sub_epi16(a, b); }
-
+/// Lanes of a type with the steps of the filter.
+struct ShortVec : Vec<short> {
     /// even + next even. The vector one sample later has the next evens in its odd lanes; the
     /// multiplication by 1 adds the two of each pair up in 32 bits.
     QMX_TARGET static Lanes evenSums(Lanes pairs, Lanes oneLater) {
-        const Lanes both = _mm256_blend_epi16(pairs, oneLater, 0xAA);
-        return _mm256_madd_epi16(both, _mm256_set1_epi16(1));
+        const Lanes neighbours = _mm256_blend_epi16(pairs, oneLater, 0xAA);
+        return _mm256_madd_epi16(neighbours, _mm256_set1_epi16(1));
     }
     /// The evens of the pairs, or their odds, in 32 bits.
     QMX_TARGET static Lanes evens(Lanes pairs) {
@@ -76,45 +56,19 @@ struct ShortVec : Vec {
     // floor(floor(s / 2) / 2), and 1 more where floor(s / 2) is odd, unless s < 0 and s is even.
 
     QMX_TARGET static Lanes halfOfSum(Lanes a, Lanes b) {
-        const Lanes differing = _mm256_xor_si256(a, b);
-        const Lanes floor =
-            _mm256_add_epi16(_mm256_and_si256(a, b), _mm256_srai_epi16(differing, 1));
-        const Lanes isNegative = _mm256_srai_epi16(floor, 15);
-        const Lanes lost = _mm256_andnot_si256(isNegative, differing);
-        return _mm256_add_epi16(floor, _mm256_and_si256(lost, _mm256_set1_epi16(1)));
+        const Lanes floor = floorMean(a, b);
+        const Lanes lost = _mm256_andnot_si256(signs(floor), differing(a, b));
+        return add(floor, both(lost, all(1)));
     }
     QMX_TARGET static Lanes quarterOfSum(Lanes a, Lanes b) {
-        const Lanes differing = _mm256_xor_si256(a, b);
-        const Lanes floor =
-            _mm256_add_epi16(_mm256_and_si256(a, b), _mm256_srai_epi16(differing, 1));
-        const Lanes isPositive = _mm256_cmpgt_epi16(floor, _mm256_set1_epi16(-1));
-        const Lanes lost = _mm256_and_si256(_mm256_or_si256(differing, isPositive), floor);
-        return _mm256_add_epi16(_mm256_srai_epi16(floor, 1),
-                                _mm256_and_si256(lost, _mm256_set1_epi16(1)));
-    }
-
-    QMX_TARGET static Lanes evensOf(Lanes first, Lanes second) {
-        const Lanes zero = _mm256_setzero_si256();
-        const Lanes evens = _mm256_packus_epi32(_mm256_blend_epi16(first, zero, 0xAA),
-                                                _mm256_blend_epi16(second, zero, 0xAA));
-        // f0 s0 f1 s1 -> f0 f1 s0 s1
-        return _mm256_permute4x64_epi64(evens, 0xD8);
-    }
-    QMX_TARGET static Lanes withEvens(Lanes pairs, const short* evens) {
-        const __m128i eight = _mm_loadu_si128(reinterpret_cast<const __m128i*>(evens));
-        return _mm256_blend_epi16(_mm256_cvtepu16_epi32(eight), pairs, 0xAA);
+        const Lanes floor = floorMean(a, b);
+        const Lanes isPositive = _mm256_cmpgt_epi16(floor, all(-1));
+        const Lanes lost = both(either(differing(a, b), isPositive), floor);
+        return add(halved(floor), both(lost, all(1)));
     }
 };
 
-struct IntVec : Vec {
-    using Sample = int;
-    static constexpr std::size_t kSamples = 8;
-
-    QMX_TARGET static Lanes load(const int* from) { return loadLanes(from); }
-    QMX_TARGET static void store(int* to, Lanes lanes) { storeLanes(to, lanes); }
-    QMX_TARGET static Lanes add(Lanes a, Lanes b) { return _mm256_add_epi32(a, b); }
-    QMX_TARGET static Lanes sub(Lanes a, Lanes b) { return _mm256_sub_epi32(a, b); }
-
+struct IntVec : Vec<int> {
     /// even + next even in the even lanes; the odd lanes do not count. The vector one sample later
     /// has the next evens in its odd lanes.
     QMX_TARGET static Lanes evenSums(Lanes pairs, Lanes oneLater) {
@@ -138,19 +92,8 @@ struct IntVec : Vec {
         return _mm256_insert_epi32(lanes, sample, 0);
     }
 
-    QMX_TARGET static Lanes halfOfSum(Lanes a, Lanes b) { return half(add(a, b)); }
-    QMX_TARGET static Lanes quarterOfSum(Lanes a, Lanes b) { return quarter(add(a, b)); }
-
-    QMX_TARGET static Lanes evensOf(Lanes first, Lanes second) {
-        const __m256 evens =
-            _mm256_shuffle_ps(_mm256_castsi256_ps(first), _mm256_castsi256_ps(second), 0x88);
-        // f0 s0 f1 s1 -> f0 f1 s0 s1
-        return _mm256_permute4x64_epi64(_mm256_castps_si256(evens), 0xD8);
-    }
-    QMX_TARGET static Lanes withEvens(Lanes pairs, const int* evens) {
-        const __m128i four = _mm_loadu_si128(reinterpret_cast<const __m128i*>(evens));
-        return _mm256_blend_epi32(_mm256_cvtepu32_epi64(four), pairs, 0xAA);
-    }
+    QMX_TARGET static Lanes halfOfSum(Lanes a, Lanes b) { return halves(add(a, b)); }
+    QMX_TARGET static Lanes quarterOfSum(Lanes a, Lanes b) { return quarters(add(a, b)); }
 };
 
 #include "wavelet/LiftingKernelsSimd.inl"

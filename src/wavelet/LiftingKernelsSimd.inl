@@ -1,6 +1,7 @@
 // The lifting kernels on vectors, for the files LiftingKernels<level>.cpp. Requires before it:
-//  - QMX_TARGET, the function attribute of the level;
-//  - for each coefficient type a struct V of lane operations, which it describes in the file.
+//  - the Vec of the level, with QMX_TARGET;
+//  - halves and quarters of 32-bit lanes; for each coefficient type a struct V, its Vec with the steps of
+//    the filter, which it describes in the file.
 //
 // A vector of a line holds pairs (even, odd). Sums of two neighbours of a pair's sample are formed in
 // 32 bits; half and quarter round them as LiftingRounding.h does. Where there are masks, the last
@@ -32,20 +33,20 @@ struct Part {
 /// detail - half(even + next even), in the odd lanes of pairs. next: the vector one sample later.
 template <class V>
 QMX_TARGET inline typename V::Lanes predicted(typename V::Lanes pairs, typename V::Lanes next) {
-    return V::sub(pairs, V::toOdd(V::half(V::evenSums(pairs, next))));
+    return V::sub(pairs, V::toOdd(halves(V::evenSums(pairs, next))));
 }
 
 /// Updates with the odds before and in a vector, as V::odds gives them.
 template <class V>
 QMX_TARGET inline typename V::Lanes oddQuarters(typename V::Lanes before, typename V::Lanes odds) {
-    return V::toEven(V::quarter(V::addInts(V::pairBefore(odds, before), odds)));
+    return V::toEven(quarters(Vec<int>::add(V::pairBefore(odds, before), odds)));
 }
 
 /// The inverse of predicted, with the evens in a vector and behind it, as V::evens gives them.
 template <class V>
 QMX_TARGET inline typename V::Lanes unpredicted(typename V::Lanes pairs, typename V::Lanes evens,
                                                 typename V::Lanes after) {
-    return V::add(pairs, V::toOdd(V::half(V::addInts(evens, V::pairAfter(evens, after)))));
+    return V::add(pairs, V::toOdd(halves(Vec<int>::add(evens, V::pairAfter(evens, after)))));
 }
 
 /// Filters the last part of a line, with the odds before it. Requires: 1 to V::kSamples samples.
@@ -253,7 +254,7 @@ QMX_TARGET void putEvens(typename V::Sample* line, const typename V::Sample* eve
     constexpr std::size_t kPairs = V::kSamples / 2;
     std::size_t i = 0;
     for (; i + kPairs + 1 <= count; i += kPairs)
-        V::store(line + 2 * i, V::withEvens(V::load(line + 2 * i), evens + i));
+        V::putEvens(line + 2 * i, V::loadHalf(evens + i));
     for (; i < count; ++i)
         line[2 * i] = evens[i];
 }
