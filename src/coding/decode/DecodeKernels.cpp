@@ -6,14 +6,16 @@
 #include <cstring>
 #include <type_traits>
 
-#include "coding/decode/WindowRefill.h"
+#include "coding/decode/RunLookUp.h"
 
 #define QMX_TARGET
 
 namespace qmx {
 namespace {
 
-constexpr auto* kRefillWindows = refillWindowsPlain;
+#include "coding/decode/WindowRefill.inl"
+
+constexpr auto* kRefillWindows = refill;
 
 inline int countOnes(std::uint64_t mask) {
     return std::popcount(mask);

@@ -1,5 +1,5 @@
-// Body of the parser of n sections, included once for each level. QMX_TARGET is the attribute of every
-// function.
+// Parsing of n sections into their windows, included once for each level. QMX_TARGET is the attribute of
+// every function. All levels leave the same state. Format: docs/format.md, 10.2 n section and 11 Run code.
 
 /// Where a window is being filled. Zeros stand in both bitmaps from the candidate `next` on.
 struct Filling {
@@ -196,7 +196,12 @@ QMX_TARGET void fillUntil(ParsingSet& set, int fewest, std::uint64_t capacity) {
     }
 }
 
-QMX_TARGET std::uint32_t refill(SectionWindow* first, SectionWindow* last, std::uint32_t capacity) {
+/// Fills the windows from first to last, inclusive, that have room for a quarter of their candidates.
+/// Returns: the groups that can be taken from all of them before the next call, at least 1.
+/// Requires: first <= last; capacity is a multiple of 64 from 256 on and what the windows have room
+/// for. Throws: std::bad_alloc, when a reader needs its file window.
+[[gnu::noinline]] QMX_TARGET std::uint32_t refill(SectionWindow* first, SectionWindow* last,
+                                                  std::uint32_t capacity) {
     ParsingSet set;
     // The lowest bit planes have the most to fill; together they keep all streams busy.
     for (SectionWindow* w = first; w <= last; ++w) {
