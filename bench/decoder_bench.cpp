@@ -1,5 +1,5 @@
-// The coefficient decoder alone, at every CPU level: readWavelet on the streams of generated images,
-// from memory, without the inverse transform. Times are for each sample.
+// The coefficient decoder alone, at every CPU level, on the streams of generated images, from memory:
+// section headers and rows of coefficients, without the inverse transform. Times are for each sample.
 
 #include <benchmark/benchmark.h>
 #include <cstring>
@@ -10,9 +10,8 @@
 
 #include "SampleScene.h"
 #include "bitstream/CBitReader.h"
-#include "coding/decode/CWaveletDecoder.h"
-#include "image/CpuLevel.h"
-#include "wavelet/CFilter5_3.h"
+#include "coding/decode/CReceivedSections.h"
+#include "coding/decode/PlaneDecoder.h"
 
 namespace {
 
@@ -59,14 +58,26 @@ Bytes streamOf(const sample::Layout& layout, int noise) {
 }
 
 template <class T>
+void decodePlane(qmx::CReceivedSections<T>& sections, T* row) {
+    qmx::PlaneDecoder<T> decoder(sections.streams(), sections.counters(), 0, sections.topPlane(),
+                                 sections.levels(), sections.shape().samplesPerPlane(),
+                                 sections.memory());
+    const qmx::DecodeKernels<T>& kernels = qmx::decodeKernels<T>(qmx::activeCpuLevel());
+    for (int r = 0; r < kHeight; ++r) {
+        std::fill_n(row, kWidth, T{0});
+        decoder.decodeRow(kernels, r, row, kWidth);
+    }
+}
+
+template <class T>
 void decode(benchmark::State& state, const Stream& stream, qmx::CpuLevel level) {
     const qmx::CCpuLevelGuard guard(level);
-    qmx::CImageData<T> image(kWidth, kHeight, 1);
-    qmx::CFilter5_3<T> filter;
+    std::vector<T> row(kWidth);
     for (auto _ : state) {
         qmx::CBitReader reader(stream.bytes.data() + 16, stream.bytes.size() - 16);
-        qmx::CWaveletDecoder<T> decoder(&image, &filter, false);
-        if (decoder.readWavelet(reader, 0) != 0) state.SkipWithError("the stream is not complete");
+        qmx::CReceivedSections<T> sections({kWidth, kHeight, 1}, std::pmr::new_delete_resource());
+        if (sections.read(reader) != 0) state.SkipWithError("the stream is not complete");
+        decodePlane(sections, row.data());
     }
     const double samples = double{kWidth} * kHeight;
     state.counters["bits/sample"] = 8.0 * static_cast<double>(stream.bytes.size()) / samples;

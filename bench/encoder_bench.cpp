@@ -6,11 +6,8 @@
 
 #include "SampleScene.h"
 #include "bitstream/CBitWriter.h"
-#include "coding/encode/CWaveletEncoder.h"
-#include "coding/encode/FoldKernels.h"
-#include "coding/encode/OrderEncoder.h"
-#include "image/CpuLevel.h"
-#include "wavelet/CFilter5_3.h"
+#include "coding/encode/CRowLines.h"
+#include "support/RingLines.h"
 
 namespace {
 
@@ -35,30 +32,47 @@ std::vector<T> coefficientsOf(int bits, int shift) {
     CImageData<T> image(kWidth, kHeight, 1);
     for (std::size_t i = 0; i < kSamples; ++i)
         image.plane[0][i] = static_cast<T>((bytes[2 * i] | bytes[2 * i + 1] << 8) >> shift);
-    CFilter5_3<T> filter;
-    CWaveletEncoder<T> encoder(&image, &filter, false);
-    encoder.transform();
-    return {image.plane[0], image.plane[0] + kSamples};
+    return test::coefficientsOf(image, 0);
+}
+
+/// Gives the lines of a sweep what is transformed already.
+template <class T>
+void passThrough(CRowLines<T>& lines, int level, int r) {
+    if (r % 2 != 0 || level + 1 == lines.count()) return lines.done(level, r);
+    lines.passOn(level, r);
+    passThrough(lines, level + 1, r / 2);
+}
+
+template <class T>
+void encodeInto(CCodedSections<T>& sections, const std::vector<T>& coefficients) {
+    CPlaneEncoder<T> encoder(sections, 0, 0);
+    CImageData<T> rows(kWidth, CRowLines<T>::kRows, 1);
+    CRowLines<T> lines(sections.shape(), sections.levels(), rows, 0, encoder, sections.memory());
+    for (int r = 0; r < kHeight; ++r) {
+        std::copy_n(coefficients.begin() + std::ptrdiff_t{r} * kWidth, kWidth, lines.line(0, r));
+        passThrough(lines, 0, r);
+    }
+    encoder.finish();
+    sections.close(encoder.getFound());
 }
 
 template <class T>
 void encodeCoefficients(benchmark::State& state, CpuLevel level,
                         const std::vector<T>& coefficients) {
     const CCpuLevelGuard guard(level);
-    CImageData<T> image(kWidth, kHeight, 1);
-    CFilter5_3<T> filter;
     std::vector<unsigned char> out(8 * kSamples);
     std::uint64_t bits = 0;
     for (auto _ : state) {
         state.PauseTiming();
-        std::copy(coefficients.begin(), coefficients.end(), image.plane[0]);
-        auto encoder = std::make_unique<CWaveletEncoder<T>>(&image, &filter, false);
+        auto sections = std::make_unique<CCodedSections<T>>(ImageShape{kWidth, kHeight, 1},
+                                                            std::pmr::new_delete_resource());
         CBitWriter writer(out.data(), out.size());
         state.ResumeTiming();
-        encoder->writeWavelet(writer, 0);
+        encodeInto(*sections, coefficients);
+        sections->writeStream(writer);
         state.PauseTiming();
         bits = writer.getTotal();
-        encoder.reset();
+        sections.reset();
         state.ResumeTiming();
     }
     report(state, kSamples);
@@ -99,7 +113,8 @@ void encodeGroups(benchmark::State& state, CpuLevel level, const std::vector<T>&
     foldKernels<T>(level).fold(coefficients.data(), kSamples, folded.data(), all);
     for (auto _ : state) {
         state.PauseTiming();
-        auto streams = std::make_unique<EncoderStreams<T>>(std::pmr::new_delete_resource());
+        auto streams =
+            std::make_unique<EncoderStreams<T>>(1, 0, kSamples, std::pmr::new_delete_resource());
         auto encoder = std::make_unique<OrderEncoder<T>>(*streams, 0, 0);
         state.ResumeTiming();
         encoder->encodeRow(folded.data(), kSamples);

@@ -1,13 +1,12 @@
-// The 5/3 transform: each kernel, and whole planes, at every CPU level that this processor has.
+// The 5/3 transform: each kernel, and planes row by row, at every CPU level that this processor has.
 // "time/sample" is the time for one sample.
 
 #include <benchmark/benchmark.h>
 #include <string>
 #include <vector>
 
-#include "coding/decode/CWaveletDecoder.h"
-#include "coding/encode/CWaveletEncoder.h"
-#include "wavelet/CFilter5_3.h"
+#include "support/RingLines.h"
+#include "wavelet/CRowRestorer.h"
 #include "wavelet/LiftingKernels.h"
 
 namespace {
@@ -67,21 +66,21 @@ template <class T>
 void transformPlane(benchmark::State& state, CpuLevel level, int width, int height) {
     const qmx::CCpuLevelGuard guard(level);
     qmx::CImageData<T> image(width, height, 1);
-    image.clear();
-    qmx::CFilter5_3<T> filter;
+    std::fill_n(image.row(0, 0), std::ptrdiff_t{image.stride} * height, T{0});
     for (auto _ : state)
-        qmx::CWaveletEncoder<T>(&image, &filter, false).transform();
+        test::sweepForward(
+            image, 0, [](int, int, const T* line, std::size_t) { benchmark::DoNotOptimize(line); });
     report(state, static_cast<std::size_t>(width) * static_cast<std::size_t>(height));
 }
 
 template <class T>
 void untransformPlane(benchmark::State& state, CpuLevel level, int width, int height) {
     const qmx::CCpuLevelGuard guard(level);
-    qmx::CImageData<T> image(width, height, 1);
-    image.clear();
-    qmx::CFilter5_3<T> filter;
-    for (auto _ : state)
-        qmx::CWaveletDecoder<T>(&image, &filter, false).untransform();
+    for (auto _ : state) {
+        qmx::CRowRestorer<T> restorer({width, height, 1}, std::pmr::new_delete_resource());
+        for (int r = 0; r < height; ++r)
+            restorer.restore(r, [](int, int, T*) { return true; });
+    }
     report(state, static_cast<std::size_t>(width) * static_cast<std::size_t>(height));
 }
 

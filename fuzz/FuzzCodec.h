@@ -10,9 +10,10 @@
 #include "api/CTeskDecompressor.h"
 #include "bitstream/CBitReader.h"
 #include "bitstream/Status.h"
-#include "coding/decode/CWaveletDecoder.h"
-#include "container/SampleDispatch.h"
-#include "wavelet/CFilter5_3.h"
+#include "coding/decode/DecodeRows.h"
+#include "container/CPixelSink.h"
+#include "container/CoefficientDispatch.h"
+#include "container/ImageJob.h"
 
 // All ways in which a stream is decoded, each with the same answer.
 
@@ -41,15 +42,14 @@ Outcome withinMemory(Work work) {
 
 template <class T>
 Outcome decodeAs(const qmx::TKHeader& header, qmx::CBitReader& reader) {
-    qmx::CImageData<T> image(header.xSize, header.ySize, header.planes());
-    qmx::CFilter5_3<T> filter;
-    qmx::CWaveletDecoder<T> decoder(&image, &filter, false);
+    // The other ways need a buffer before they look at the stream, which may be refused.
     Bytes pixels(header.rawBytes());
-    const int status = decoder.readWavelet(reader, 0);
+    qmx::CReceivedSections<T> sections(qmx::shapeOf(header), std::pmr::new_delete_resource());
+    const int status = sections.read(reader);
     if (!qmx::isUsable(status)) return {status, {}};
-    decoder.untransform();
-    decoder.convertAndCopyToT(pixels.data(), header.bytesPerPixel,
-                              status == qmx::kCut ? header.bitsPerPixel : 0);
+    qmx::CPixelSink<T> sink(header, qmx::limitOf<T>(status, header), pixels.data(),
+                            header.rawRowBytes());
+    require(qmx::decodeRows(sections, sink), "all rows are decoded");
     return {status, std::move(pixels)};
 }
 
@@ -57,8 +57,8 @@ Outcome decodeAs(const qmx::TKHeader& header, qmx::CBitReader& reader) {
 inline Outcome decode(const qmx::TKHeader& header, qmx::CBitReader& reader,
                       qmx::MostBitsOfShort mostBits) {
     return withinMemory([&] {
-        return qmx::dispatchSamples(
-            header, mostBits, [&]<class T, class P>() { return decodeAs<T>(header, reader); },
+        return qmx::dispatchCoefficients(
+            header, mostBits, [&]<class T>() { return decodeAs<T>(header, reader); },
             [] {
                 return Outcome{qmx::kInvalidSection, {}};
             });

@@ -4,7 +4,7 @@
 
 namespace fuzz {
 
-/// Images of so many rows are made large enough to go row by row.
+/// Images of so many rows, more than any ring of rows holds, are made large.
 inline constexpr std::uint32_t kFewestLargeRows = 256;
 
 /// An image whose geometry and samples come from the input.
@@ -15,11 +15,11 @@ struct Image {
     bool isLarge() const { return geometry.height >= kFewestLargeRows; }
 };
 
-/// One image in ten is large enough to go row by row.
+/// One image in ten is large.
 inline constexpr std::uint64_t kFirstLargeShape = 230;
 
-/// Takes the sides of an image: up to 139 each, up to 2999 x 11, or large enough to go row by row, which
-/// takes 256 rows and 65536 pixels, and some more so that sections may be too long.
+/// Takes the sides of an image: up to 139 each, up to 2999 x 11, or large: 256 rows and 65536 pixels at
+/// least, and some more so that sections may be too long.
 inline void takeSides(FuzzInput& input, tesk_image& geometry) {
     const std::uint64_t shape = input.below(256);
     if (shape >= kFirstLargeShape) {

@@ -6,16 +6,10 @@
 #include <limits>
 #include <new>
 
-#include "image/HugePages.h"
-
 namespace qmx {
 
 AllocatorHooks defaultHooks() {
-    return {[](void*, std::size_t sizeBytes) {
-                void* memory = std::malloc(sizeBytes);
-                if (memory != nullptr) adviseHugePages(memory, sizeBytes);
-                return memory;
-            },
+    return {[](void*, std::size_t sizeBytes) { return std::malloc(sizeBytes); },
             [](void*, void* memory) { std::free(memory); }, nullptr};
 }
 

@@ -1,23 +1,38 @@
 #include "api/CTeskCompressor.h"
 
+#include <atomic>
 #include <cstdlib>
 
 #include "api/CBitTeskWriter.h"
 #include "api/CompressorLoss.h"
 #include "bitstream/CAligned.h"
 #include "bitstream/Status.h"
-#include "coding/encode/CWaveletEncoder.h"
+#include "coding/encode/EncodeRows.h"
 #include "container/Budget.h"
-#include "container/RawPixels.h"
-#include "container/SampleDispatch.h"
-#include "wavelet/CFilter5_3.h"
+#include "container/CoefficientDispatch.h"
 
 namespace qmx {
 namespace {
 
 constexpr unsigned long kBlockAlignmentBytes = 8;
 
+std::unique_ptr<unsigned char[]> copyOf(const void* data, std::size_t sizeBytes) {
+    auto copy = std::make_unique_for_overwrite<unsigned char[]>(sizeBytes);
+    if (sizeBytes != 0) std::memcpy(copy.get(), data, sizeBytes);
+    return copy;
+}
+
 }  // namespace
+
+struct CTeskCompressor::Encoder {
+    Encoder(const TKHeader& header, const void* data)
+        : bytes(copyOf(data, header.rawBytes())), pixels(bytes.get(), header.rawRowBytes()) {}
+
+    std::unique_ptr<unsigned char[]> bytes;
+    CPixelsInMemory pixels;
+    CodedFacts facts;
+    std::atomic<bool> isStopped{false};
+};
 
 CTeskCompressor::CTeskCompressor(int width, int height, int sampleBits, int pixelBytes,
                                  const void* data, unsigned long budgetBytes, bool ownsBlock)
@@ -27,46 +42,45 @@ CTeskCompressor::CTeskCompressor(int width, int height, int sampleBits, int pixe
         status = kCut;
         return;
     }
-    dispatchSamples(
+    if (!isSupported()) return;
+    const std::uint64_t boundBytes = dispatchCoefficients(
         *this, MostBitsOfShort::inMemory,
-        [&]<class T, class P>() {
-            const std::uint64_t boundBytes = completeStreamBoundBytes(*this, 8 * sizeof(T));
-            writer = std::make_unique<CBitTeskWriter>(this, budgetBytes, boundBytes, ownsBlock);
-            setup<T, P>(data);
-        },
-        [] {});
-}
-
-template <class T, class P>
-void CTeskCompressor::setup(const void* data) {
-    auto image = std::make_unique<CImageData<T>>(xSize, ySize, planes());
-    loadPixels<P>(*image, data, rawRowBytes());
-    auto filter = std::make_unique<CFilter5_3<T>>();
-    // The encoder owns both from its constructor on; its own storage is there before they are let go.
-    encoder.reset(new CWaveletEncoder<T>(image.release(), filter.release(), true));
-    encoder->transform();
+        [&]<class T>() { return completeStreamBoundBytes(*this, 8 * sizeof(T)); },
+        [] { return std::uint64_t{0}; });
+    writer = std::make_unique<CBitTeskWriter>(this, budgetBytes, boundBytes, ownsBlock);
+    const TKHeader& header = *this;
+    encoder = std::make_unique<Encoder>(header, data);
 }
 
 CTeskCompressor::~CTeskCompressor() = default;
 
+template <class T>
+int CTeskCompressor::encode() {
+    CCodedSections<T> sections(shapeOf(*this), std::pmr::new_delete_resource());
+    CPixelSource<T> source(encoder->pixels, bytesPerPixel);
+    if (!encodeRows(source, sections, {false, 0, &encoder->isStopped}).isComplete)
+        return kSuspended;
+    writer->setSize(sections.estimateBytes());
+    const bool fits = sections.writeWhatFits(*writer);
+    encoder->facts = sections.facts();
+    return fits ? kComplete : kCut;
+}
+
 int CTeskCompressor::compress() {
     if (status != kNotRun && status != kKilled) return status;
-    if (encoder == nullptr) return status = kInvalidSection;
-    status = kCut;
-    try {
-        status = encoder->writeWavelet(*writer, 0);
-    } catch (int) {
-        // The budget is spent.
-    }
+    status = kCut;  // also behind an allocation that failed
+    status = dispatchCoefficients(
+        *this, MostBitsOfShort::inMemory, [&]<class T>() { return encode<T>(); },
+        [] { return kInvalidSection; });
     return status;
 }
 
 void CTeskCompressor::stop() {
-    if (encoder != nullptr) encoder->stop();
+    if (encoder != nullptr) encoder->isStopped.store(true, std::memory_order_relaxed);
 }
 
 void CTeskCompressor::kill() {
-    if (encoder != nullptr) encoder->kill();
+    stop();
 }
 
 void* CTeskCompressor::allocBlock(unsigned long sizeBytes) {
@@ -87,19 +101,15 @@ unsigned long CTeskCompressor::getStreamSize() const {
 
 LossReport findLoss(CTeskCompressor& compressor, bool hasRate) {
     const TKHeader& header = compressor;
+    const CodedFacts& facts = compressor.encoder->facts;
     StreamFate fate;
-    fate.stream = compressor.getBlock() + sizeof header;
-    fate.streamBytes = compressor.writer->getStoredBytes();
-    LossReport report = dispatchSamples(
-        header, MostBitsOfShort::inMemory,
-        [&]<class T, class P>() {
-            auto& encoder = static_cast<CWaveletEncoder<T>&>(*compressor.encoder);
-            fate.isLossAskedFor = hasRate && fate.streamBytes < (encoder.getStreamBits() + 7) / 8;
-            return findLoss(encoder, header, fate);
-        },
-        [] { return LossReport{}; });
+    fate.stream = {compressor.getBlock() + sizeof header, compressor.writer->getStoredBytes(),
+                   facts.misreadBit};
+    fate.isLossAskedFor = hasRate && fate.stream.sizeBytes < facts.streamBytes();
+    const ImageJob job{header, compressor.encoder->pixels};
+    LossReport report = findLoss(job, MostBitsOfShort::inMemory, facts, fate);
     // Decoders in memory take no header alone, though a header alone restores zeros elsewhere.
-    const bool isHeaderAlone = fate.streamBytes == 0 && !hasRate;
+    const bool isHeaderAlone = fate.stream.sizeBytes == 0 && !hasRate;
     if (isHeaderAlone && report.loss == Loss::none) report.loss = Loss::cut;
     return report;
 }

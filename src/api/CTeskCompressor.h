@@ -8,13 +8,12 @@
 namespace qmx {
 
 class CBitTeskWriter;
-class IWaveletEncoder;
 struct LossReport;
 
 #pragma GCC visibility push(default)
 
 /// Compresses one raw image into one block: 16 header bytes, then the stream, cut where the budget
-/// ends. The transform runs in the constructor, the coefficient coder in compress.
+/// ends.
 /// Format: docs/format.md, 12.2 Cutting at a budget, memory profile.
 ///
 /// To place the block elsewhere, derive and override allocBlock and freeBlock. Such a class, if it
@@ -32,7 +31,7 @@ public:
     ///    no stream of such an image can fill is made smaller.
     ///  - ownsBlock: whether the block is released with this object, else it is the caller's.
     ///
-    /// Throws: std::bad_alloc.
+    /// Throws: std::bad_alloc: the pixels are copied.
     CTeskCompressor(int width, int height, int sampleBits, int pixelBytes, const void* data,
                     unsigned long budgetBytes, bool ownsBlock);
     ~CTeskCompressor() override;
@@ -60,10 +59,12 @@ private:
     friend class CBitTeskWriter;
     friend LossReport findLoss(CTeskCompressor& compressor, bool hasRate);
 
-    template <class T, class P>
-    void setup(const void* data);
+    /// A copy of the pixels, which may go after the constructor, and what becomes of them.
+    struct Encoder;
+    template <class T>
+    int encode();
 
-    std::unique_ptr<IWaveletEncoder> encoder;
+    std::unique_ptr<Encoder> encoder;
     int status;
     std::unique_ptr<CBitTeskWriter> writer;
 };

@@ -1,64 +1,58 @@
 #include "api/CTeskDecompressor.h"
 
+#include <memory>
+
 #include "bitstream/CBitReader.h"
 #include "bitstream/Status.h"
-#include "coding/decode/CWaveletDecoder.h"
-#include "container/SampleDispatch.h"
-#include "wavelet/CFilter5_3.h"
+#include "coding/decode/DecodeRows.h"
+#include "container/CPixelSink.h"
+#include "container/CoefficientDispatch.h"
+#include "container/ImageJob.h"
 
 namespace qmx {
 
 CTeskDecompressor::CTeskDecompressor(const unsigned char* data, unsigned long lengthBytes)
-    : status(kNotRun), stream(nullptr), streamBytes(0) {
+    : stream(nullptr), streamBytes(0), status(kNotRun) {
     if (lengthBytes <= sizeof(TKHeader)) return;
     TKHeader& header = *this;
     std::memcpy(&header, data, sizeof header);
     stream = data + sizeof header;
     streamBytes = lengthBytes - sizeof header;
-    dispatchSamples(
-        header, MostBitsOfShort::inMemory, [&]<class T, class P>() { setup<T>(); }, [] {});
-}
-
-template <class T>
-void CTeskDecompressor::setup() {
-    auto image = std::make_unique<CImageData<T>>(xSize, ySize, planes());
-    auto filter = std::make_unique<CFilter5_3<T>>();
-    // The decoder owns both from its constructor on; its own storage is there before they are let go.
-    decoder.reset(new CWaveletDecoder<T>(image.release(), filter.release(), true));
 }
 
 CTeskDecompressor::~CTeskDecompressor() = default;
 
-void CTeskDecompressor::readCoefficients() {
-    // A decoder that was killed begins again.
-    reader = std::make_unique<CBitReader>(stream, streamBytes);
-    status = kCut;
-    try {
-        status = decoder->readWavelet(*reader, 0);
-    } catch (int) {
-        // The data ran out.
-    }
+/// Sets the status. Returns: it, or -1 when out is too small.
+template <class T>
+int CTeskDecompressor::decode(void* out, unsigned long sizeBytes) {
+    CReceivedSections<T> sections(shapeOf(*this), std::pmr::new_delete_resource());
+    CBitReader reader(stream, streamBytes);
+    status = sections.read(reader, 0, &isKilled);
+    if (!isUsable(status)) return status;
+    if (ySize != 0 && isStopped.load(std::memory_order_relaxed)) return status = kSuspended;
+    if (sizeBytes < rawBytes()) return kBufferTooSmall;
+    // Whoever is stopped has written nothing to out.
+    const auto staging = std::make_unique_for_overwrite<unsigned char[]>(rawBytes());
+    CPixelSink<T> pixels(*this, limitOf<T>(status, *this), staging.get(), rawRowBytes());
+    if (!decodeRows(sections, pixels, {0, &isStopped})) return status = kSuspended;
+    if (rawBytes() != 0) std::memcpy(out, staging.get(), rawBytes());
+    return status;
 }
 
 int CTeskDecompressor::decompress(void* out, unsigned long sizeBytes) {
     if (status != kNotRun && status != kKilled) return status;
-    if (decoder == nullptr) return status = kInvalidSection;
-    readCoefficients();
-    if (!isUsable(status)) return status;
-    if (sizeBytes < rawBytes()) return kBufferTooSmall;
-    // Quirk 17: a kill from here on leaves the image unfinished and the status as it is.
-    decoder->untransform();
-    // Only a stream that ended early can leave the range of its samples by itself.
-    decoder->convertAndCopyToT(out, bytesPerPixel, status == kCut ? bitsPerPixel : 0);
-    return status;
+    return dispatchCoefficients(
+        *this, MostBitsOfShort::inMemory, [&]<class T>() { return decode<T>(out, sizeBytes); },
+        [this] { return status = kInvalidSection; });
 }
 
 void CTeskDecompressor::stop() {
-    if (decoder != nullptr) decoder->stop();
+    isStopped.store(true, std::memory_order_relaxed);
 }
 
 void CTeskDecompressor::kill() {
-    if (decoder != nullptr) decoder->kill();
+    isKilled.store(true, std::memory_order_relaxed);
+    stop();
 }
 
 }  // namespace qmx

@@ -1,14 +1,11 @@
 #pragma once
 
-#include <memory>
+#include <atomic>
 
 #include "ITeskDecompressor.h"
 #include "TKHeader.h"
 
 namespace qmx {
-
-class CBitReader;
-class IWaveletDecoder;
 
 #pragma GCC visibility push(default)
 
@@ -16,8 +13,7 @@ class IWaveletDecoder;
 /// Format: docs/format.md, 13 Decoding, memory profile.
 class CTeskDecompressor : public ITeskDecompressor, protected CTeskHeader {
 public:
-    /// Reads the header and allocates the planes of the image: look at the header first where the
-    /// data may be hostile. A stream of 16 bytes or less has a header of zeros.
+    /// Reads the header. A stream of 16 bytes or less has a header of zeros.
     /// Requires: data holds lengthBytes bytes (it may be null when that is 0) and stays as it is
     /// until this object is destroyed. Throws: std::bad_alloc.
     CTeskDecompressor(const unsigned char* data, unsigned long lengthBytes);
@@ -35,14 +31,14 @@ public:
 
 private:
     template <class T>
-    void setup();
-    void readCoefficients();
+    int decode(void* out, unsigned long sizeBytes);
 
-    std::unique_ptr<IWaveletDecoder> decoder;
-    int status;
-    std::unique_ptr<CBitReader> reader;
     const unsigned char* stream;
     unsigned long streamBytes;
+    int status;
+    std::atomic<bool> isKilled{false};
+    /// Also when it is killed.
+    std::atomic<bool> isStopped{false};
 };
 
 #pragma GCC visibility pop

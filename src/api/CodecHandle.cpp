@@ -3,8 +3,7 @@
 #include <limits>
 #include <new>
 
-#include "coding/encode/CRowLines.h"
-#include "container/SampleDispatch.h"
+#include "container/CoefficientDispatch.h"
 #include "image/CImageData.h"
 
 #define QMX_TEXT_OF(x) #x
@@ -12,9 +11,6 @@
 
 namespace qmx {
 namespace {
-
-/// Rows of an image that goes row by row, of which compression holds the fewest.
-constexpr int kRowsInWork = CRowLines<short>::kRows;
 
 constexpr char kVersion[] =
     QMX_TEXT(TESK_VERSION_MAJOR) "." QMX_TEXT(TESK_VERSION_MINOR) "." QMX_TEXT(TESK_VERSION_PATCH);
@@ -51,12 +47,13 @@ tesk_status checkPixels(const tesk_codec& codec, const TKHeader& header) {
 }
 
 std::size_t leastBytes(const TKHeader& header) {
-    const int rows = goesByRows(header.xSize, header.ySize) ? kRowsInWork : header.ySize;
-    return dispatchSamples(
-        header, MostBitsOfShort::inMemory,
-        [&]<class T, class P>() {
-            return CImageData<T>::storageBytes(header.xSize, rows, header.planes());
-        },
+    constexpr std::size_t kFewestRows = 4;
+    const std::size_t rows = std::min<std::size_t>(header.ySize, kFewestRows);
+    constexpr std::size_t kAlignment = CImageData<short>::kRowAlignmentSamples;
+    const std::size_t columns = (header.xSize + kAlignment - 1) / kAlignment * kAlignment;
+    const std::size_t samples = rows * columns * static_cast<std::size_t>(header.planes());
+    return dispatchCoefficients(
+        header, MostBitsOfShort::inMemory, [&]<class T>() { return samples * sizeof(T); },
         [] { return std::size_t{0}; });
 }
 

@@ -53,8 +53,8 @@ tesk_status readHeader(const void* stream, std::size_t streamBytes, TKHeader& he
 /// Returns: TESK_OK, or TESK_LIMIT_EXCEEDED when an image has more pixels than the codec allows.
 tesk_status checkPixels(const tesk_codec& codec, const TKHeader& header);
 
-/// Returns: bytes that every call holds at least for such an image: those of a few rows if it goes row
-/// by row, else of its planes. Requires: header is supported.
+/// Returns: bytes that every call holds at least for such an image, a few rows. Requires: header is
+/// supported.
 std::size_t leastBytes(const TKHeader& header);
 
 /// Returns: row_stride_bytes with its default filled in, or 0 when it is smaller than a row or the

@@ -49,10 +49,11 @@ tesk_status checkImage(const tesk_image& image, TKHeader& header) {
 
 tesk_status compressInto(CompressRequest& request, CCallMemory& memory) {
     if (!memory.allows(leastBytes(request.header))) return TESK_LIMIT_EXCEEDED;
+    CPixelsInMemory pixels(request.pixels, request.strideBytes);
+    ImageJob job{request.header, pixels, &memory, &request.codec.stopRequested};
     // A budget asks for as much as there can be, also of an image that no stream holds.
-    const bool isPlain = request.has(TESK_PLAIN) ||
-                         (request.budgetBytes != 0 && isOutOfReach(jobOf(request, memory)));
-    return isPlain ? runPlainCall(request, memory) : runExactCall(request, memory);
+    const bool isPlain = request.has(TESK_PLAIN) || (request.budgetBytes != 0 && isOutOfReach(job));
+    return isPlain ? runPlainCall(request, job, memory) : runExactCall(request, job, memory);
 }
 
 /// Says in result what a call came to.

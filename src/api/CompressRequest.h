@@ -2,7 +2,7 @@
 
 #include "api/CodecHandle.h"
 #include "bitstream/CBitWriter.h"
-#include "container/ExactEncoding.h"
+#include "container/CExactEncoder.h"
 #include "container/StreamReading.h"
 
 namespace qmx {
@@ -34,39 +34,32 @@ struct CompressRequest {
     bool has(std::uint32_t flag) const { return (codec.flags & flag) != 0; }
 };
 
-/// The image of a request, for the encoder. Requires: request and memory outlive the job.
-inline ExactJob jobOf(const CompressRequest& request, CCallMemory& memory) {
-    return {request.header, request.pixels, request.strideBytes, &memory,
-            &request.codec.stopRequested};
-}
-
 /// Puts header and stream of a coded image in their place, as far as the budget lets them. Sets
 /// request.streamBytes and isCut. Returns: what was written; its bytes are null when there is too little
 /// room. Throws: std::bad_alloc.
 template <class T>
-WrittenStream writeCoded(CompressRequest& request, CWaveletEncoder<T>& encoder,
-                         CCallMemory& memory) {
-    const std::size_t completeBytes = sizeof(TKHeader) + (encoder.getStreamBits() + 7) / 8;
+WrittenStream writeCoded(CompressRequest& request, const TKHeader& header,
+                         CCodedSections<T>& sections, CCallMemory& memory) {
+    const std::size_t completeBytes = sizeof header + sections.facts().streamBytes();
     request.isCut = request.budgetBytes != 0 && request.budgetBytes < completeBytes;
     request.streamBytes = request.isCut ? request.budgetBytes : completeBytes;
     unsigned char* out = request.place.take(request.streamBytes, memory);
     if (out == nullptr) return {};
-    std::memcpy(out, &request.header, sizeof(TKHeader));
-    out += sizeof(TKHeader);
-    const std::size_t bytesBehindHeader = request.streamBytes - sizeof(TKHeader);
+    std::memcpy(out, &header, sizeof header);
+    out += sizeof header;
+    const std::size_t bytesBehindHeader = request.streamBytes - sizeof header;
     CBitWriter writer(out, bytesBehindHeader);
-    try {
-        encoder.writeStream(writer);
-    } catch (int) {
-        // The budget is spent.
-    }
-    return {out, bytesBehindHeader, encoder.getMisreadBit()};
+    sections.writeWhatFits(writer, &request.codec.stopRequested);
+    return {out, bytesBehindHeader, sections.facts().misreadBit};
 }
 
 /// Compresses to the plain stream, cut at the budget. Throws: std::bad_alloc.
-tesk_status runPlainCall(CompressRequest& request, CCallMemory& memory);
+tesk_status runPlainCall(CompressRequest& request, const ImageJob& job, CCallMemory& memory);
 
 /// Compresses to a stream that restores the image, cut at the budget. Throws: std::bad_alloc.
-tesk_status runExactCall(CompressRequest& request, CCallMemory& memory);
+tesk_status runExactCall(CompressRequest& request, ImageJob& job, CCallMemory& memory);
+
+/// Returns: the number of the C interface for what a stream loses.
+tesk_loss lossNumber(const LossReport& report);
 
 }  // namespace qmx

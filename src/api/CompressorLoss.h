@@ -1,6 +1,6 @@
 #pragma once
 
-#include "container/Restoration.h"
+#include "container/Loss.h"
 
 namespace qmx {
 

@@ -3,10 +3,10 @@
 #include "api/CodecHandle.h"
 #include "bitstream/CBitReader.h"
 #include "bitstream/Status.h"
-#include "coding/decode/CWaveletDecoder.h"
-#include "container/SampleDispatch.h"
-#include "wavelet/CFilter5_3.h"
-#include "wavelet/OutputConversion.h"
+#include "coding/decode/DecodeRows.h"
+#include "container/CPixelSink.h"
+#include "container/CoefficientDispatch.h"
+#include "container/ImageJob.h"
 
 namespace qmx {
 namespace {
@@ -26,66 +26,19 @@ std::size_t outputExtent(const TKHeader& header, std::size_t strideBytes) {
     return strideBytes * (header.ySize - std::size_t{1}) + header.rawRowBytes();
 }
 
-/// Writes rows of an image to the caller's memory.
-template <class T>
-class CPixelRows final : public IRowSink<T> {
-public:
-    CPixelRows(const DecompressRequest& decompressRequest, int result)
-        : request(decompressRequest),
-          // Only a stream that ended early can leave the range of its samples by itself.
-          limit(result == kCut ? request.header.bitsPerPixel : 0) {}
-
-    bool take(const CImageData<T>& rows, int slot, int r) override {
-        if (request.codec.isStopped()) return false;
-        convertRow(rows, slot, request.header.bytesPerPixel, limit,
-                   request.out + static_cast<std::size_t>(r) * request.strideBytes);
-        return true;
-    }
-
-private:
-    const DecompressRequest& request;
-    SampleLimit<T> limit;
-};
-
-template <class T>
-tesk_status decompressByRows(const DecompressRequest& request, CWaveletDecoder<T>& decoder,
-                             CBitReader& reader) {
-    const int result = decoder.readSections(reader);
-    if (request.codec.isStopped()) return TESK_STOPPED;
-    if (!isUsable(result)) return TESK_INVALID_STREAM;
-    CPixelRows<T> pixels(request, result);
-    if (!decoder.restoreRows(pixels)) return TESK_STOPPED;
-    return result == kCut ? TESK_CUT : TESK_OK;
-}
-
-template <class T>
-tesk_status decompressPlanes(const DecompressRequest& request, CWaveletDecoder<T>& decoder,
-                             CBitReader& reader) {
-    CImageData<T>& image = decoder.getImage();
-    image.allocate();
-    const int result = decoder.readWavelet(reader, 0);
-    if (request.codec.isStopped()) return TESK_STOPPED;
-    if (!isUsable(result)) return TESK_INVALID_STREAM;
-    decoder.untransform();
-    CPixelRows<T> pixels(request, result);
-    // Without columns the output may be null, which takes no offset.
-    for (int r = 0; r < image.y && image.x != 0; ++r)
-        if (!pixels.take(image, r, r)) return TESK_STOPPED;
-    return result == kCut ? TESK_CUT : TESK_OK;
-}
-
 template <class T>
 tesk_status decompressImage(const DecompressRequest& request, CCallMemory& memory) {
     const TKHeader& header = request.header;
     if (!memory.allows(leastBytes(header))) return TESK_LIMIT_EXCEEDED;
-    CImageData<T> image(header.xSize, header.ySize, header.planes(), &memory, {});
-    CFilter5_3<T> filter;
-    CWaveletDecoder<T> decoder(&image, &filter, false, &memory);
-    decoder.watch(request.codec.stopRequested);
-
+    const std::atomic<bool>* stop = &request.codec.stopRequested;
+    CReceivedSections<T> sections(shapeOf(header), &memory);
     CBitReader reader(request.stream, request.streamBytes);
-    return decoder.gainsByRows() ? decompressByRows(request, decoder, reader)
-                                 : decompressPlanes(request, decoder, reader);
+    const int result = sections.read(reader, 0, stop);
+    if (request.codec.isStopped()) return TESK_STOPPED;
+    if (!isUsable(result)) return TESK_INVALID_STREAM;
+    CPixelSink<T> pixels(header, limitOf<T>(result, header), request.out, request.strideBytes);
+    if (!decodeRows(sections, pixels, {0, stop})) return TESK_STOPPED;
+    return result == kCut ? TESK_CUT : TESK_OK;
 }
 
 }  // namespace
@@ -115,9 +68,9 @@ tesk_status tesk_decompress(tesk_codec* codec, const void* stream, size_t stream
                                          static_cast<unsigned char*>(out),
                                          stride};
     return qmx::runCall(*codec, result, [&](qmx::CCallMemory& memory) {
-        return qmx::dispatchSamples(
+        return qmx::dispatchCoefficients(
             header, qmx::MostBitsOfShort::inMemory,
-            [&]<class T, class P>() { return qmx::decompressImage<T>(request, memory); },
+            [&]<class T>() { return qmx::decompressImage<T>(request, memory); },
             [] { return TESK_UNSUPPORTED_FORMAT; });
     });
 }

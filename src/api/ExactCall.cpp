@@ -1,9 +1,7 @@
 // Compression to a stream that restores the image, as long as no budget cuts it.
 
-#include <algorithm>
-
 #include "api/CompressRequest.h"
-#include "container/ExactCheck.h"
+#include "container/Comparison.h"
 
 namespace qmx {
 namespace {
@@ -23,27 +21,21 @@ tesk_status cut(CompressRequest& request) {
     return TESK_CUT;
 }
 
-tesk_loss impossibleLoss(const ExactJob& job) {
-    const bool isLine = std::min(job.header.xSize, job.header.ySize) == 1;
-    return isLine ? TESK_LOSS_SIDE_OF_ONE : TESK_LOSS_LONG_SECTION;
-}
-
 }  // namespace
 
-tesk_status runExactCall(CompressRequest& request, CCallMemory& memory) {
-    ExactJob job = jobOf(request, memory);
+tesk_status runExactCall(CompressRequest& request, ImageJob& job, CCallMemory& memory) {
+    Rescues rescues = 0;
     WrittenStream written;
-    const ExactOutcome outcome = encodeExactly(job, [&](auto& encoder) {
-        request.header = job.header;
-        written = writeCoded(request, encoder, memory);
+    const std::optional<Loss> loss = encodeExactly(job, rescues, [&](auto& sections) {
+        written = writeCoded(request, job.header, sections, memory);
     });
-    if (outcome == ExactOutcome::stopped || job.isStopped()) return TESK_STOPPED;
-    if (outcome == ExactOutcome::impossible) return refuse(request, impossibleLoss(job));
+    if (!loss || job.isStopped()) return TESK_STOPPED;
+    if (*loss != Loss::none) return refuse(request, lossNumber({*loss}));
     if (written.bytes == nullptr) return TESK_BUFFER_TOO_SMALL;
-    request.rescue = job.rescues;
+    request.rescue = rescues;
     if (request.isCut) return cut(request);
     if (request.budgetBytes != 0 || request.has(TESK_UNVERIFIED)) return TESK_OK;
-    const bool isRestored = restoresExactly(job, written.bytes, written.sizeBytes);
+    const bool isRestored = restoresExactly(job, written);
     if (job.isStopped()) return TESK_STOPPED;
     return isRestored ? TESK_OK : refuse(request, TESK_LOSS_UNKNOWN);
 }

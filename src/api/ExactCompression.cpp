@@ -3,34 +3,32 @@
 #include <cstring>
 
 #include "bitstream/CBitWriter.h"
-#include "container/ExactCheck.h"
+#include "container/CExactEncoder.h"
 
 namespace qmx {
 
 ExactStream compressExactly(int width, int height, int sampleBits, int pixelBytes, const void* data,
                             bool verify) {
     ExactStream stream;
-    ExactJob job{makeHeader(pixelBytes, sampleBits, width, height), data, 0,
-                 std::pmr::new_delete_resource()};
-    if (!job.header.isSupported()) return stream;
-    job.strideBytes = static_cast<std::size_t>(job.header.rawRowBytes());
-
+    const TKHeader header = makeHeader(pixelBytes, sampleBits, width, height);
+    if (!header.isSupported()) return stream;
+    CPixelsInMemory pixels(data, header.rawRowBytes());
+    ImageJob job{header, pixels};
     std::vector<unsigned char> bytes;
-    const ExactOutcome outcome = encodeExactly(job, [&](auto& encoder) {
-        bytes.resize(sizeof(TKHeader) +
-                     static_cast<std::size_t>((encoder.getStreamBits() + 7) / 8));
-        std::memcpy(bytes.data(), &job.header, sizeof(TKHeader));
-        CBitWriter writer(bytes.data() + sizeof(TKHeader), bytes.size() - sizeof(TKHeader));
-        encoder.writeStream(writer);
+    Rescues rescues = 0;
+    const std::optional<Loss> loss = encodeExactly(job, rescues, [&](auto& sections) {
+        bytes.resize(sizeof job.header + sections.facts().streamBytes());
+        std::memcpy(bytes.data(), &job.header, sizeof job.header);
+        CBitWriter writer(bytes.data() + sizeof job.header, bytes.size() - sizeof job.header);
+        sections.writeStream(writer);
     });
     stream.exactness = Exactness::impossible;
-    if (outcome != ExactOutcome::exact) return stream;
+    if (loss != Loss::none) return stream;
     stream.exactness = Exactness::refuted;
-    if (verify &&
-        !restoresExactly(job, bytes.data() + sizeof(TKHeader), bytes.size() - sizeof(TKHeader)))
-        return stream;
-    stream.exactness = job.rescues == 0 ? Exactness::plain : Exactness::rescued;
-    stream.rescues = job.rescues;
+    const WrittenStream written{bytes.data() + sizeof job.header, bytes.size() - sizeof job.header};
+    if (verify && !restoresExactly(job, written)) return stream;
+    stream.exactness = rescues == 0 ? Exactness::plain : Exactness::rescued;
+    stream.rescues = rescues;
     stream.bytes = std::move(bytes);
     return stream;
 }

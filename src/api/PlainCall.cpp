@@ -1,17 +1,49 @@
 // Compression to the stream that the command line tool makes as well.
 
+#include <new>
+
 #include "api/CompressRequest.h"
-#include "container/ExactCheck.h"
-#include "container/Restoration.h"
+#include "container/CExactEncoder.h"
+#include "container/CoefficientDispatch.h"
 
 namespace qmx {
 namespace {
 
-tesk_loss lossNumber(Loss loss) {
-    switch (loss) {
+/// Returns: what a stream loses, as far as there is memory to find out.
+tesk_loss lossOf(const CompressRequest& request, const ImageJob& job, const CodedFacts& facts,
+                 const WrittenStream& written) {
+    StreamFate fate;
+    fate.stream = written;
+    fate.isLossAskedFor = request.isCut;
+    fate.isFalseEndLoss = true;
+    try {
+        return lossNumber(findLoss(job, MostBitsOfShort::inMemory, facts, fate));
+    } catch (const std::bad_alloc&) {
+        return TESK_LOSS_UNCHECKED;
+    }
+}
+
+template <class T>
+tesk_status compressImage(CompressRequest& request, const ImageJob& job, CCallMemory& memory) {
+    CExactEncoder<T> encoder(job);
+    if (!encoder.encodePlain()) return TESK_STOPPED;
+    const WrittenStream written = writeCoded(request, job.header, encoder.sections(), memory);
+    if (written.bytes == nullptr) return TESK_BUFFER_TOO_SMALL;
+    if (job.isStopped()) return TESK_STOPPED;
+    request.loss = lossOf(request, job, encoder.sections().facts(), written);
+    // Decoders take a stream that only lacks padding for complete, but it was cut.
+    if (request.isCut && request.loss == TESK_LOSS_NONE) request.loss = TESK_LOSS_BUDGET;
+    if (job.isStopped()) return TESK_STOPPED;
+    return request.isCut ? TESK_CUT : TESK_OK;
+}
+
+}  // namespace
+
+tesk_loss lossNumber(const LossReport& report) {
+    switch (report.loss) {
         case Loss::none:
         case Loss::suspension:  // calls do not suspend
-            return TESK_LOSS_NONE;
+            return report.reading == Reading::part ? TESK_LOSS_BUDGET : TESK_LOSS_NONE;
         case Loss::sideOfOne:
             return TESK_LOSS_SIDE_OF_ONE;
         case Loss::thinImage:
@@ -28,53 +60,10 @@ tesk_loss lossNumber(Loss loss) {
     return TESK_LOSS_UNCHECKED;
 }
 
-/// Returns: what a complete stream loses, as far as there is memory to find out.
-template <class T>
-tesk_loss lossOfComplete(const CWaveletEncoder<T>& encoder, const ExactJob& job,
-                         const WrittenStream& written) {
-    const Loss suspect = suspectLoss(encoder, job.header);
-    if (isCertain(suspect) || !endsAtItsEnd(job.header, written, encoder.getStreamBits()))
-        return lossNumber(suspect);
-    try {
-        return restoresInMemory(job, written.bytes, written.sizeBytes) ? TESK_LOSS_NONE
-                                                                       : lossNumber(suspect);
-    } catch (const std::bad_alloc&) {
-        return TESK_LOSS_UNCHECKED;
-    }
-}
-
-/// The same for a stream that was cut, which decoders take for complete when it only lacks padding.
-template <class T>
-tesk_loss lossOfCut(const CWaveletEncoder<T>& encoder, const ExactJob& job,
-                    const WrittenStream& written) {
-    const Reading reading = readingOf(job.header, written);
-    if (reading == Reading::wrong || reading == Reading::refused) return TESK_LOSS_LONG_SECTION;
-    if (reading == Reading::part) return TESK_LOSS_BUDGET;
-    const tesk_loss loss = lossOfComplete(encoder, job, written);
-    return loss == TESK_LOSS_NONE ? TESK_LOSS_BUDGET : loss;
-}
-
-template <class T, class P>
-tesk_status compressImage(CompressRequest& request, CCallMemory& memory) {
-    ExactJob job = jobOf(request, memory);
-    CExactEncoder<T, P> coded(job);
-    if (!coded.encodePlain()) return TESK_STOPPED;
-    CWaveletEncoder<T>& encoder = coded.getEncoder();
-    const WrittenStream written = writeCoded(request, encoder, memory);
-    if (written.bytes == nullptr) return TESK_BUFFER_TOO_SMALL;
-    if (job.isStopped()) return TESK_STOPPED;
-    request.loss =
-        request.isCut ? lossOfCut(encoder, job, written) : lossOfComplete(encoder, job, written);
-    if (job.isStopped()) return TESK_STOPPED;
-    return request.isCut ? TESK_CUT : TESK_OK;
-}
-
-}  // namespace
-
-tesk_status runPlainCall(CompressRequest& request, CCallMemory& memory) {
-    return dispatchSamples(
+tesk_status runPlainCall(CompressRequest& request, const ImageJob& job, CCallMemory& memory) {
+    return dispatchCoefficients(
         request.header, MostBitsOfShort::inMemory,
-        [&]<class T, class P>() { return compressImage<T, P>(request, memory); },
+        [&]<class T>() { return compressImage<T>(request, job, memory); },
         [] { return TESK_UNSUPPORTED_FORMAT; });
 }
 

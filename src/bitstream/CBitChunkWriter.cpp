@@ -11,12 +11,8 @@ CBitChunkWriter::CBitChunkWriter() : CBitWriter(nullptr, 0) {
 }
 
 void CBitChunkWriter::appendChunk() {
-    if (current == nullptr) {
-        chunks = makeObject<CMemChunk<std::uint64_t>>(memory, kFirstChunkWords, memory);
-        current = chunks.get();
-    } else {
-        current = current->append(std::min(2 * current->words, kMostChunkWords));
-    }
+    const MemChunk* last = chunks.last();
+    chunks.append(last == nullptr ? firstWords : std::min(2 * last->words, kMostChunkWords));
 }
 
 void CBitChunkWriter::flushBuffer() {
@@ -31,8 +27,8 @@ void CBitChunkWriter::flushBuffer() {
 
 void CBitChunkWriter::enterChunk() {
     bitsInChunks += static_cast<std::uint64_t>(bufferWords) * kWordBits;
-    bufferWords = current->words;
-    buffer = reinterpret_cast<unsigned char*>(current->data.get());
+    bufferWords = chunks.last()->words;
+    buffer = reinterpret_cast<unsigned char*>(chunks.last()->data());
 }
 
 void CBitChunkWriter::standAt(std::int64_t word) {
@@ -71,11 +67,10 @@ std::uint64_t CBitChunkWriter::writeBitsTo(CBitWriter* destination, std::uint64_
     const std::uint64_t wanted = nbits == 0 ? total : std::min(nbits, total);
     flush();
     std::uint64_t left = wanted;
-    for (const auto* chunk = chunks.get(); chunk != nullptr && left != 0;
-         chunk = chunk->next.get()) {
+    for (MemChunk* chunk = chunks.first(); chunk != nullptr && left != 0; chunk = chunk->next) {
         const std::uint64_t held = static_cast<std::uint64_t>(chunk->words) * kWordBits;
         const std::uint64_t step = std::min(held, left);
-        destination->writeWords(chunk->data.get(), step);
+        destination->writeWords(chunk->data(), step);
         left -= step;
     }
     return wanted - left;

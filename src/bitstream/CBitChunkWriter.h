@@ -3,12 +3,12 @@
 #include "bitstream/BitBatch.h"
 #include "bitstream/ByteBatch.h"
 #include "bitstream/CBitWriter.h"
-#include "bitstream/CMemChunk.h"
+#include "bitstream/CChunkList.h"
 
 namespace qmx {
 
-/// 64-bit words in the first chunk of a section, 512 bytes, of which many images need no more. Each further
-/// chunk has twice as many as the one before it, up to 32 KiB. Implementation limits, not part of a stream.
+/// 64-bit words in the first chunk, 512 bytes, unless the writer is told another number. Each further chunk has
+/// twice as many as the one before it, up to 32 KiB. Implementation limits, not part of a stream.
 inline constexpr int kFirstChunkWords = 64;
 inline constexpr int kMostChunkWords = 4096;
 
@@ -18,9 +18,12 @@ class CBitChunkWriter final : public CBitWriter {
 public:
     CBitChunkWriter();
 
-    /// Takes chunks from chunkMemory instead of from new. Requires: nothing has been written yet;
-    /// chunkMemory outlives the writer.
-    void useMemory(std::pmr::memory_resource* chunkMemory) { memory = chunkMemory; }
+    /// Takes chunks from chunkMemory instead of from new, the first one of firstChunkWords. Requires: nothing
+    /// has been written yet; chunkMemory outlives the writer; firstChunkWords > kSlackWords.
+    void useMemory(std::pmr::memory_resource* chunkMemory, int firstChunkWords = kFirstChunkWords) {
+        chunks.useMemory(chunkMemory);
+        firstWords = firstChunkWords;
+    }
 
     const char* getType() const override { return "dynamic"; }
     std::uint64_t getTotal() const override { return bitsInChunks + CBitWriter::getTotal(); }
@@ -51,11 +54,10 @@ private:
     /// Moves the bytes from end to at into a new chunk, where both stand afterwards.
     void moveSurplus(unsigned char*& at, unsigned char*& end);
 
-    CMemChunk<std::uint64_t>* current = nullptr;
+    int firstWords = kFirstChunkWords;
     std::uint64_t inlineWord = 0;
     std::uint64_t bitsInChunks = 0;
-    MemoryObject<CMemChunk<std::uint64_t>> chunks;
-    std::pmr::memory_resource* memory = std::pmr::new_delete_resource();
+    CChunkList chunks;
 };
 
 }  // namespace qmx

@@ -3,7 +3,6 @@
 #include <cstdint>
 
 #include "bitstream/CBitStreamer.h"
-#include "bitstream/RunCode.h"
 
 namespace qmx {
 
@@ -20,9 +19,7 @@ public:
 
 protected:
     std::uint64_t run = 0;
-    int k = kRunParameter;
     std::uint64_t total = 0;
-    std::uint64_t finalTotal = 0;
 };
 
 }  // namespace qmx

@@ -1,15 +1,11 @@
 #include "bitstream/CBitDecoder.h"
 
-namespace qmx {
+#include "bitstream/RunCode.h"
 
-CBitDecoder::~CBitDecoder() {
-    if (ownsStream) delete stream;
-}
+namespace qmx {
 
 void CBitDecoder::attach(CBitReader* reader) {
     stream = reader;
-    ownsStream = false;
-    k = kRunParameter;
     run = 0;
     total = 0;
     terminated = false;
@@ -20,7 +16,8 @@ bool CBitDecoder::readPlainRun() {
     const int zeros = stream->countZeros(kEndZeros);
     run = static_cast<std::uint64_t>(zeros);
     if (zeros >= kEscapeZeros) return false;
-    if (zeros > k) run = runOf(zeros, stream->readInt(suffixBits(zeros, k)), k);
+    if (zeros > kRunParameter)
+        run = runOf(zeros, stream->readInt(suffixBits(zeros, kRunParameter)), kRunParameter);
     total += run + 1;
     --run;  // wraps for an empty run, which the caller's step up undoes
     return true;

@@ -9,9 +9,6 @@ namespace qmx {
 /// Format: docs/format.md, 11 Run code.
 class CBitDecoder final : public CBitCoder {
 public:
-    CBitDecoder() = default;
-    ~CBitDecoder() override;
-
     /// Empty before the first attach.
     const char* getType() const override { return stream == nullptr ? "" : stream->getType(); }
     /// Source bits delivered so far; one less than 0 before attach, 42 too few after Quirk 3.
@@ -42,7 +39,6 @@ private:
 
     CBitReader* stream = nullptr;
     bool terminated = false;
-    bool ownsStream = false;
 };
 
 }  // namespace qmx

@@ -2,14 +2,10 @@
 
 namespace qmx {
 
-CBitEncoder::~CBitEncoder() {
-    if (ownsStream) delete stream;
-}
-
 void CBitEncoder::terminate() {
     if (terminated) return;
     finalTotal = run + total;
-    if (stream->getTotal() != 0) writeRunCode(*stream, run, k);
+    if (stream->getTotal() != 0) writeRunCode(*stream, run, kRunParameter);
     run = 0;
     terminated = true;
 }

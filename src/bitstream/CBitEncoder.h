@@ -2,6 +2,7 @@
 
 #include "bitstream/CBitChunkWriter.h"
 #include "bitstream/CBitCoder.h"
+#include "bitstream/RunCode.h"
 
 namespace qmx {
 
@@ -9,9 +10,8 @@ namespace qmx {
 /// Format: docs/format.md, 11 Run code.
 class CBitEncoder : public CBitCoder {
 public:
-    /// Requires: writer outlives the encoder unless ownsWriter. Owns: writer if ownsWriter.
-    CBitEncoder(CBitWriter* writer, bool ownsWriter) : stream(writer), ownsStream(ownsWriter) {}
-    ~CBitEncoder() override;
+    /// Requires: writer outlives the encoder.
+    explicit CBitEncoder(CBitWriter* writer) : stream(writer) {}
 
     const char* getType() const override { return stream->getType(); }
     /// Source bits coded so far, zeros that wait for their one bit included.
@@ -22,7 +22,7 @@ public:
     /// or what the writer throws.
     void encodeOne(std::uint64_t zeros) {
         total += zeros + 1;
-        writeRunCode(*stream, zeros, k);
+        writeRunCode(*stream, zeros, kRunParameter);
         run = 0;
     }
     /// Counts zeros and one bits that were coded elsewhere, the last of them a one bit.
@@ -34,20 +34,20 @@ public:
     void leaveOpen();
     /// After terminate: sends zeros that terminate did not send, because there was no one bit.
     /// Throws: as encodeOne.
-    void sendFinalZeros() { writeRunCode(*stream, finalTotal, k); }
+    void sendFinalZeros() { writeRunCode(*stream, finalTotal, kRunParameter); }
     bool isTerminated() const { return terminated; }
 
 protected:
     CBitWriter* stream;
+    std::uint64_t finalTotal = 0;
     bool terminated = false;
-    bool ownsStream;
 };
 
 /// An encoder with a chunk list of its own to write into.
 class CBitChunkEncoder final : public CBitEncoder {
 public:
     // The base only keeps the address of the writer, which is constructed after it.
-    CBitChunkEncoder() : CBitEncoder(&chunkWriter, false) {}
+    CBitChunkEncoder() : CBitEncoder(&chunkWriter) {}
 
     CBitChunkWriter& writer() { return chunkWriter; }
 

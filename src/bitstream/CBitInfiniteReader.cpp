@@ -44,11 +44,6 @@ void CBitInfiniteReader::skip(std::uint64_t nbits) {
     CBitReader::skip(lastBit % kWordBits + 1);
 }
 
-void CBitInfiniteReader::reset() {
-    moveTo({});
-    accumulator = 1;
-}
-
 bool CBitInfiniteReader::fetchWindow() {
     if (next.file == nullptr) return false;
     if (!window) window = std::make_unique_for_overwrite<unsigned char[]>(kFileBufferBytes);
@@ -63,7 +58,6 @@ bool CBitInfiniteReader::fetchWindow() {
 
 void CBitInfiniteReader::fetch() {
     if (fetchWindow()) return;
-    if (!infinite) CBitReader::fetch();
     next = {};
     buffer = reinterpret_cast<const unsigned char*>(zeroBuffer.data());
     bufferWords = static_cast<std::int64_t>(zeroBuffer.size());

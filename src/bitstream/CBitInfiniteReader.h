@@ -19,18 +19,12 @@ public:
 
     /// Requires: source's data or file outlives this reader.
     void create(CBitReader* source, std::uint64_t lengthBits) override;
-    /// Installs the next window of the file, or zeros. Throws: std::bad_alloc; 3 only after
-    /// setInfinite(false).
+    /// Installs the next window of the file, or zeros. Throws: std::bad_alloc.
     void fetch() override;
 
-    /// Seeks if the data come from a file. Throws: 3 only after setInfinite(false).
+    /// Seeks if the data come from a file. Throws: as fetch.
     void skip(std::uint64_t nbits) override;
     FilePosition filePosition() const override;
-
-    /// Whether zeros follow the data, or 3 is thrown as by other readers.
-    void setInfinite(bool yieldsZeros) { infinite = yieldsZeros; }
-    /// Forgets its source: only zeros follow.
-    void reset();
 
 private:
     bool fetchWindow();
@@ -40,7 +34,6 @@ private:
     /// Read again and again by every infinite reader.
     static inline const std::array<std::uint64_t, 64> zeroBuffer{};
 
-    bool infinite = true;
     /// Where the data behind the window go on; no file when there are none.
     FilePosition next;
     std::unique_ptr<unsigned char[]> window;

@@ -86,10 +86,10 @@ protected:
 
     const unsigned char* buffer;
     std::int64_t bufferWords;
-    std::uint32_t tailBytes;
     /// Index of the next word to load. One beyond the tail once the tail has been loaded.
     std::int64_t cursor = 0;
     std::uint64_t accumulator = 1;
+    std::uint32_t tailBytes;
 
 private:
     /// Loads the next word. Returns: its first bit. Throws: 3.

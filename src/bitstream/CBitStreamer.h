@@ -1,9 +1,10 @@
 #pragma once
 
-#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <memory>
+#include <utility>
 
 #include "bitstream/CAligned.h"
 
@@ -13,10 +14,7 @@ namespace qmx {
 /// Format: docs/format.md, 4 Bit order.
 class CBitStreamer : public CAligned<8> {
 public:
-    /// Room for a name with the zero that ends it. Implementation limit.
-    static constexpr std::size_t kNameBytes = 48;
-
-    CBitStreamer() { name[0] = 0; }
+    CBitStreamer() = default;
     CBitStreamer(const CBitStreamer&) = delete;
     CBitStreamer& operator=(const CBitStreamer&) = delete;
     virtual ~CBitStreamer() = default;
@@ -33,16 +31,18 @@ public:
     virtual std::uint64_t getStoredTotal() const = 0;
 
     /// A label for people who debug; empty unless setName was called.
-    const char* getName() const { return name; }
-    /// Copies text, as far as there is room for it.
+    const char* getName() const { return name == nullptr ? "" : name.get(); }
+    /// Copies text. Throws: std::bad_alloc.
     void setName(const char* text) {
-        const std::size_t length = std::min(std::strlen(text), kNameBytes - 1);
-        std::memmove(name, text, length);
-        name[length] = 0;
+        const std::size_t bytes = std::strlen(text) + 1;
+        auto copy = std::make_unique_for_overwrite<char[]>(bytes);
+        std::memcpy(copy.get(), text, bytes);
+        name = std::move(copy);
     }
 
 private:
-    char name[kNameBytes];
+    /// Null without a name: there are hundreds of streams in a call, and none has one.
+    std::unique_ptr<char[]> name;
 };
 
 /// A stream of uncoded bits.

@@ -80,13 +80,13 @@ protected:
 
     unsigned char* buffer;
     std::int64_t bufferWords;
-    std::uint32_t tailBytes;
     /// Word index in buffer, not a pointer: it may stand one word beyond the tail, where a pointer
     /// would be undefined.
     std::int64_t cursor = 0;
     std::uint64_t accumulator = 0;
     std::uint64_t bitMask = 1;
     std::uint64_t endMask = 0;
+    std::uint32_t tailBytes;
 
 private:
     /// Requires: count whole words after the one at the cursor, and endMask is 0.

@@ -24,7 +24,7 @@ bool hasNegativeSide(const RawGeometry& geometry) {
     return geometry.width < 0 || geometry.height < 0;
 }
 
-template <class T, class P>
+template <class T>
 double readAndCompare(const CommandLine& line, int planes, std::FILE* first, std::FILE* second) {
     const RawGeometry geometry = asUsed(line.geometry);
     reportSurplus(first, line.inputName, geometry);
@@ -34,19 +34,19 @@ double readAndCompare(const CommandLine& line, int planes, std::FILE* first, std
     CImageData<T> firstImage(width, height, planes);
     CImageData<T> secondImage(width, height, planes);
     std::puts("Reading...");
-    firstImage.template rawReadT<P>(first);
-    secondImage.template rawReadT<P>(second);
+    firstImage.readRaw(first);
+    secondImage.readRaw(second);
     return firstImage.getMSE(&secondImage);
 }
 
 double meanSquaredError(const CommandLine& line, std::FILE* first, std::FILE* second) {
     switch (line.geometry.bytesPerPixel) {
         case 1:
-            return readAndCompare<short, unsigned char>(line, 1, first, second);
+            return readAndCompare<short>(line, 1, first, second);
         case 2:
-            return readAndCompare<int, unsigned short>(line, 1, first, second);
+            return readAndCompare<int>(line, 1, first, second);
         case 3:
-            return readAndCompare<short, unsigned char>(line, 3, first, second);
+            return readAndCompare<short>(line, 3, first, second);
         default:
             return 0.0;
     }

@@ -4,7 +4,7 @@
 
 #include "cli/CommandLine.h"
 #include "container/FileIo.h"
-#include "container/Restoration.h"
+#include "container/Loss.h"
 #include "container/TKHeader.h"
 
 namespace qmx {

@@ -4,10 +4,10 @@
 
 #include "cli/FatalErrors.h"
 #include "cli/RawSurplus.h"
+#include "container/CoefficientDispatch.h"
 #include "container/CompressDriver.h"
 #include "container/DecompressDriver.h"
 #include "container/FileIo.h"
-#include "container/SampleDispatch.h"
 
 namespace qmx {
 
@@ -55,13 +55,13 @@ int compressFile(const CommandLine& line) {
     if (!openJobFiles(line, files)) return 1;
     rememberRawInput(files.input.get(), line.inputName);
     writeAll(files.output.get(), FileRole::output, &header, sizeof header);
-    return dispatchSamples(
+    return dispatchCoefficients(
         header, MostBitsOfShort::inFiles,
-        [&]<class T, class P>() {
+        [&]<class T>() {
             reportSurplus(files.input.get(), line.inputName, header);
             LossReport loss;
-            const int status = compress<T, P>(header, files.input.release(), files.output.release(),
-                                              line.rate, line.upper, line.extra, &loss);
+            const int status = compress<T>(header, files.input.release(), files.output.release(),
+                                           line.rate, line.upper, line.extra, &loss);
             reportLoss(loss, line);
             return status;
         },
@@ -81,11 +81,11 @@ int decompressFile(const CommandLine& line) {
         return 1;
     }
     rememberGeometry(header);
-    return dispatchSamples(
+    return dispatchCoefficients(
         header, MostBitsOfShort::inFiles,
-        [&]<class T, class P>() {
-            return decompress<T, P>(header, files.input.release(), files.output.release(),
-                                    line.upper, line.extra);
+        [&]<class T>() {
+            return decompress<T>(header, files.input.release(), files.output.release(), line.upper,
+                                 line.extra);
         },
         refuseFormat);
 }

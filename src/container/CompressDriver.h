@@ -2,8 +2,7 @@
 
 #include <cstdio>
 
-#include "container/FileIo.h"
-#include "container/Restoration.h"
+#include "container/Loss.h"
 #include "container/TKHeader.h"
 
 namespace qmx {
@@ -18,22 +17,19 @@ namespace qmx {
 ///    loss says less of what a rate asked for.
 ///  - upper: build the stream in memory and cut it at the budget; else send it, complete, through a
 ///    buffer of 4096 bytes to the file.
-///  - extra: passed on to CWaveletEncoder::writeWavelet.
+///  - extra: below 0, suspends the encoder behind row -extra, see Suspension.h.
 ///  - loss: is told what the stream loses that no rate asked for; may be null.
 ///
-/// Requires: header.bytesPerPixel is 1 or 3 for 8-bit samples P, 2 for 16-bit ones.
+/// Requires: T are the coefficients of header in files.
 /// Returns: 0.
 /// Throws: 3 when the raw file is too short and upper is false; FileError; std::bad_alloc. Ends the
 /// process when upper is false and the file does not even take the last bytes of the stream.
-template <class T, class P>
+template <class T>
 int compress(TKHeader header, std::FILE* in, std::FILE* out, double rate, bool upper, int extra,
              LossReport* loss = nullptr);
 
-extern template int compress<short, unsigned char>(TKHeader, std::FILE*, std::FILE*, double, bool,
-                                                   int, LossReport*);
-extern template int compress<short, unsigned short>(TKHeader, std::FILE*, std::FILE*, double, bool,
-                                                    int, LossReport*);
-extern template int compress<int, unsigned short>(TKHeader, std::FILE*, std::FILE*, double, bool,
-                                                  int, LossReport*);
+extern template int compress<short>(TKHeader, std::FILE*, std::FILE*, double, bool, int,
+                                    LossReport*);
+extern template int compress<int>(TKHeader, std::FILE*, std::FILE*, double, bool, int, LossReport*);
 
 }  // namespace qmx

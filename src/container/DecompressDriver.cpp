@@ -1,35 +1,28 @@
 #include "container/DecompressDriver.h"
 
+#include <algorithm>
 #include <cerrno>
-#include <cstdint>
 #include <memory>
 
 #include "bitstream/CBitFileReader.h"
+#include "bitstream/Status.h"
 #include "bitstream/Throwing.h"
-#include "coding/decode/CWaveletDecoder.h"
-#include "container/ColourTransform.h"
+#include "coding/decode/DecodeRows.h"
+#include "container/CPixelSink.h"
 #include "container/DriverMessages.h"
 #include "container/FileIo.h"
-#include "wavelet/CFilter5_3.h"
-#include "wavelet/OutputConversion.h"
+#include "container/ImageJob.h"
+#include "container/MemoryPolicy.h"
+#include "container/Suspension.h"
 
 namespace qmx {
 namespace {
 
-/// Decodes the coefficients; a suspended call is repeated once, without the extra number
-/// (Quirk 10).
-int readCoefficients(IWaveletDecoder& decoder, CBitReader& reader, unsigned coefficientBits,
-                     int extra) {
-    std::printf(kReadingStream, coefficientBits);
-    const int result = decoder.readWavelet(reader, extra);
-    return result == kSuspended ? decoder.readWavelet(reader, 0) : result;
-}
-
-/// Writes rows of an image to a file as they come, and samples within limits.
+/// Writes rows to a file as they come.
 template <class T>
 class CRawFileSink final : public IRowSink<T> {
 public:
-    CRawFileSink(const TKHeader& header, const SampleLimit<T>& sampleLimit, std::FILE* rawFile)
+    CRawFileSink(const TKHeader& header, const CSampleLimit<T>& sampleLimit, std::FILE* rawFile)
         : limit(sampleLimit),
           bytesPerPixel(header.bytesPerPixel),
           rowBytes(header.rawRowBytes()),
@@ -37,24 +30,18 @@ public:
           file(rawFile) {}
 
     bool take(const CImageData<T>& rows, int slot, int) override {
-        convertRow(rows, slot, bytesPerPixel, limit, row.get());
+        storeRow(rows, slot, bytesPerPixel, limit, row.get());
         if (std::fwrite(row.get(), 1, rowBytes, file) != rowBytes) throwEndOfStream();
         return true;
     }
 
 private:
-    SampleLimit<T> limit;
+    CSampleLimit<T> limit;
     int bytesPerPixel;
     std::size_t rowBytes;
     std::unique_ptr<unsigned char[]> row;
     std::FILE* file;
 };
-
-// Only a stream that ended early can leave the range of its samples by itself.
-template <class T>
-SampleLimit<T> limitOf(int result, const TKHeader& header) {
-    return SampleLimit<T>(result == kCut ? header.bitsPerPixel : 0);
-}
 
 void checkInput(std::FILE* in) {
     if (std::ferror(in) != 0) throw FileError{FileRole::input, EIO};
@@ -70,97 +57,69 @@ void announceTransforms(const TKHeader& header) {
     if (header.bytesPerPixel == 3) std::puts(kInverseColour);
 }
 
-/// From file to file without planes. The same as the long way, with the same lines in their order.
+/// Reads the section headers. Returns: the result that the word ends with, as far as it is known then.
 template <class T>
-int decompressByRows(CWaveletDecoder<T>& decoder, const TKHeader& header, std::FILE* in,
-                     std::FILE* out) {
-    CBitFileReader reader(in);
+int readSections(CReceivedSections<T>& sections, CBitReader& in, int resumeRow, int extra) {
     std::printf(kReadingStream, kSampleBits<T>);
-    const int result = decoder.readSections(reader);
+    const int result = sections.read(in, std::max(extra, 0));
+    // Quirk 12: a decoder that was suspended no longer knows that its stream ended early.
+    return isUsable(result) && resumeRow != 0 ? kComplete : result;
+}
+
+/// From file to file, row by row.
+template <class T>
+int decompressRows(CReceivedSections<T>& sections, const TKHeader& header, std::FILE* in,
+                   std::FILE* out, int extra) {
+    CBitFileReader reader(in);
+    const int resumeRow = rowBehindSuspension(extra, header);
+    const int result = readSections(sections, reader, resumeRow, extra);
     checkInput(in);
     if (!isUsable(result)) return refuse(result);
     announceTransforms(header);
     std::puts(kWriting);
     CRawFileSink<T> rows(header, limitOf<T>(result, header), out);
-    decoder.restoreRows(rows);
+    decodeRows(sections, rows, {resumeRow, nullptr});
     checkInput(in);
     return 0;
 }
 
+/// The whole stream is read at once, and the whole image is written at once.
 template <class T>
-int readStream(CWaveletDecoder<T>& decoder, FilePtr in, bool upper, int extra) {
-    if (upper) {
-        std::puts(kReadingToMemory);
-        const FileBytes stream = readRest(in.get());
-        CBitReader reader(stream.bytes.get(), stream.sizeBytes);
-        return readCoefficients(decoder, reader, kSampleBits<T>, extra);
-    }
-    CBitFileReader reader(in.get());
-    const int result = readCoefficients(decoder, reader, kSampleBits<T>, extra);
-    checkInput(in.get());
-    return result;
-}
-
-template <class T, class P>
-void writeRows(const CImageData<T>& image, const SampleLimit<T>& limit, std::FILE* out) {
+int decompressStaged(CReceivedSections<T>& sections, const TKHeader& header, FilePtr in,
+                     std::FILE* out, int extra) {
+    std::puts(kReadingToMemory);
+    const FileBytes stream = readRest(in.get());
+    in.reset();
+    CBitReader reader(stream.bytes.get(), stream.sizeBytes);
+    const int resumeRow = rowBehindSuspension(extra, header);
+    const int result = readSections(sections, reader, resumeRow, extra);
+    if (!isUsable(result)) return refuse(result);
+    announceTransforms(header);
+    std::printf(kCopying, rawSampleBits(header));
+    const auto image = std::make_unique_for_overwrite<unsigned char[]>(header.rawBytes());
+    CPixelSink<T> rows(header, limitOf<T>(result, header), image.get(), header.rawRowBytes());
+    decodeRows(sections, rows, {resumeRow, nullptr});
     std::puts(kWriting);
-    const std::size_t rowSamples =
-        static_cast<std::size_t>(image.x) * static_cast<std::size_t>(image.planes);
-    // An array of its own even for rows without samples: fwrite takes no null.
-    const auto row = std::make_unique_for_overwrite<P[]>(rowSamples);
-    for (int r = 0; r < image.y; ++r) {
-        interleaveRow<P>(image, r, limit, row.get());
-        if (std::fwrite(row.get(), sizeof(P), rowSamples, out) != rowSamples) throwEndOfStream();
-    }
-}
-
-template <class T, class P>
-void writeStaged(const CImageData<T>& image, const SampleLimit<T>& limit, std::FILE* out) {
-    std::printf(kCopying, kSampleBits<P>);
-    const std::size_t rowSamples =
-        static_cast<std::size_t>(image.x) * static_cast<std::size_t>(image.planes);
-    const std::size_t samples = rowSamples * static_cast<std::size_t>(image.y);
-    const auto staging = std::make_unique_for_overwrite<P[]>(samples);
-    for (int r = 0; r < image.y; ++r)
-        interleaveRow<P>(image, r, limit, staging.get() + static_cast<std::size_t>(r) * rowSamples);
-    std::puts(kWriting);
-    writeAll(out, FileRole::output, staging.get(), samples * sizeof(P));
+    writeAll(out, FileRole::output, image.get(), header.rawBytes());
+    return 0;
 }
 
 }  // namespace
 
-template <class T, class P>
+template <class T>
 int decompress(TKHeader header, std::FILE* in, std::FILE* out, bool upper, int extra) {
     FilePtr streamFile(in);
     FilePtr rawFile(out);
     streamFile = makeSeekable(std::move(streamFile), &header, sizeof header);
-    // Without memory for its planes an image is refused, also where they are never touched.
-    CImageData<T> image(header.xSize, header.ySize, header.planes());
-    CFilter5_3<T> filter;
-    CWaveletDecoder<T> decoder(&image, &filter, false);
-    if (!upper && extra == 0 && decoder.gainsByRows()) {
-        const int status = decompressByRows(decoder, header, streamFile.get(), rawFile.get());
-        if (status == 0) closeOutput(std::move(rawFile));
-        return status;
-    }
-
-    const int result = readStream(decoder, std::move(streamFile), upper, extra);
-    if (!isUsable(result)) return refuse(result);
-    announceTransforms(header);
-    decoder.untransform();
-    untransformColours(image);
-    const SampleLimit<T> limit = limitOf<T>(result, header);
-    if (upper) {
-        writeStaged<T, P>(image, limit, rawFile.get());
-    } else {
-        writeRows<T, P>(image, limit, rawFile.get());
-    }
-    closeOutput(std::move(rawFile));
-    return 0;
+    requireMemoryForPlanes<T>(header);
+    CReceivedSections<T> sections(shapeOf(header), std::pmr::new_delete_resource());
+    const int status = upper ? decompressStaged(sections, header, std::move(streamFile), out, extra)
+                             : decompressRows(sections, header, streamFile.get(), out, extra);
+    if (status == 0) closeOutput(std::move(rawFile));
+    return status;
 }
 
-template int decompress<short, unsigned char>(TKHeader, std::FILE*, std::FILE*, bool, int);
-template int decompress<short, unsigned short>(TKHeader, std::FILE*, std::FILE*, bool, int);
-template int decompress<int, unsigned short>(TKHeader, std::FILE*, std::FILE*, bool, int);
+template int decompress<short>(TKHeader, std::FILE*, std::FILE*, bool, int);
+template int decompress<int>(TKHeader, std::FILE*, std::FILE*, bool, int);
 
 }  // namespace qmx

@@ -15,16 +15,16 @@ namespace qmx {
 ///  - out: the raw file; closed here.
 ///  - upper: read the whole stream and write the whole image at once; else go through a window of
 ///    4096 bytes and row by row. The two give the same image for every stream.
-///  - extra: passed on to the first CWaveletDecoder::readWavelet.
+///  - extra: above 0, reads that many sections at most; below 0, suspends the decoder behind row -extra,
+///    see Suspension.h.
 ///
-/// Requires: header.bytesPerPixel is 1 or 3 for 8-bit samples P, 2 for 16-bit ones.
+/// Requires: T are the coefficients of header in files.
 /// Returns: 0; 1 when the stream is invalid, out is then empty.
 /// Throws: 3 when a row cannot be written and upper is false; FileError; std::bad_alloc.
-template <class T, class P>
+template <class T>
 int decompress(TKHeader header, std::FILE* in, std::FILE* out, bool upper, int extra);
 
-extern template int decompress<short, unsigned char>(TKHeader, std::FILE*, std::FILE*, bool, int);
-extern template int decompress<short, unsigned short>(TKHeader, std::FILE*, std::FILE*, bool, int);
-extern template int decompress<int, unsigned short>(TKHeader, std::FILE*, std::FILE*, bool, int);
+extern template int decompress<short>(TKHeader, std::FILE*, std::FILE*, bool, int);
+extern template int decompress<int>(TKHeader, std::FILE*, std::FILE*, bool, int);
 
 }  // namespace qmx

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "container/TKHeader.h"
+
 namespace qmx {
 
 // Progress lines on standard output. Those that end in \n are formats for printf, the others go
@@ -16,8 +18,11 @@ inline constexpr char kReadingStream[] = "Reading...(into %u-bit array)\n";
 inline constexpr char kInverseColour[] = "Transforming RGB...";
 inline constexpr char kDecompressionError[] = "ERROR: Decompression error %d\n";
 
-/// Bits of a sample type as the progress lines print them.
+/// Bits of a coefficient and of a raw sample as the progress lines print them.
 template <class Sample>
 inline constexpr unsigned kSampleBits = 8 * sizeof(Sample);
+inline unsigned rawSampleBits(const TKHeader& header) {
+    return header.bytesPerPixel == 2 ? 16 : 8;
+}
 
 }  // namespace qmx

@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "coding/encode/CodedFacts.h"
 #include "container/TKHeader.h"
 
 namespace qmx {
@@ -12,8 +13,8 @@ struct WrittenStream {
     /// Behind the header.
     const unsigned char* bytes = nullptr;
     std::size_t sizeBytes = 0;
-    /// CWaveletEncoder::getMisreadBit.
-    std::uint64_t misreadBit = 0;
+    /// CodedFacts::misreadBit of the encoder.
+    std::uint64_t misreadBit = CodedFacts::kNeverMisread;
 };
 
 /// What decoders make of the sections of a stream that may have been cut.

@@ -6,8 +6,7 @@
 #include <type_traits>
 
 #include "bitstream/Throwing.h"
-#include "image/HugePages.h"
-#include "image/Interleave.h"
+#include "image/PixelKernels.h"
 
 namespace qmx {
 namespace {
@@ -28,10 +27,24 @@ std::size_t arrayLength(std::int64_t samples) {
     return static_cast<std::size_t>(samples);
 }
 
+/// Spreads a raw row over the planes, widened without sign.
+template <class T>
+void separate(const unsigned char* samples, CImageData<T>& image, int r) {
+    const PixelKernels& kernels = activePixelKernels();
+    const auto count = static_cast<std::size_t>(image.x);
+    if constexpr (std::is_same_v<T, int>) {
+        kernels.widenShorts(image.row(0, r), samples, count);
+    } else if (image.planes == 3) {
+        kernels.separateBytes(colourRows<T>(image, r).data(), samples, count);
+    } else {
+        kernels.widenBytes(image.row(0, r), samples, count);
+    }
+}
+
 /// Planes begin at whole cache lines. The format asks for less; vectors of rows of a multiple of 32
 /// samples then never cross from one line into the next.
 constexpr std::size_t kPlaneAlignmentBytes = 64;
-/// These pay for it.
+/// Room for moving the first sample to such an address.
 template <class T>
 constexpr std::size_t kSpareSamples = kPlaneAlignmentBytes / sizeof(T);
 
@@ -48,57 +61,26 @@ T* alignUp(T* storage) {
 template <class T>
 CImageData<T>::CImageData(int width, int height, int planeCount,
                           std::pmr::memory_resource* planeMemory)
-    : CImageData(width, height, planeCount, planeMemory, PlanesLater{}) {
-    allocate();
-}
-
-template <class T>
-CImageData<T>::CImageData(int width, int height, int planeCount,
-                          std::pmr::memory_resource* planeMemory, PlanesLater)
-    : memory(planeMemory), planes(planeCount), x(width), y(height), stride(paddedWidth<T>(width)) {
+    : planes(planeCount), x(width), y(height), stride(paddedWidth<T>(width)) {
     static_assert(std::is_same_v<T, short> || std::is_same_v<T, int>);
     if (planes < 1 || planes > kMaxPlanes) throwBadPlaneCount();
-}
-
-template <class T>
-void CImageData<T>::allocate() {
-    const std::size_t samples = planeSamples();
-    const bool isDefaultMemory = memory->is_equal(*std::pmr::new_delete_resource());
+    const std::size_t samples =
+        arrayLength<T>(std::int64_t{stride} * y + std::int64_t{kSpareSamples<T>});
     for (int p = 0; p < planes; ++p) {
-        rawPlane[p] = makeArray<T>(samples, memory);
-        if (isDefaultMemory) adviseHugePages(rawPlane[p].get(), samples * sizeof(T));
+        rawPlane[p] = makeArray<T>(samples, planeMemory);
         plane[p] = alignUp(rawPlane[p].get());
     }
 }
 
 template <class T>
-std::size_t CImageData<T>::planeSamples() const {
-    return arrayLength<T>(std::int64_t{stride} * y + std::int64_t{kSpareSamples<T>});
-}
-
-template <class T>
-std::size_t CImageData<T>::storageBytes(int width, int height, int planeCount) {
-    const std::size_t samples = arrayLength<T>(std::int64_t{paddedWidth<T>(width)} * height +
-                                               std::int64_t{kSpareSamples<T>});
-    return samples * sizeof(T) * static_cast<std::size_t>(planeCount);
-}
-
-template <class T>
-void CImageData<T>::clear() {
-    for (int p = 0; p < planes; ++p)
-        std::fill_n(rawPlane[p].get(), planeSamples(), T{0});
-}
-
-template <class T>
-template <class P>
-int CImageData<T>::rawReadT(std::FILE* file) {
-    const std::size_t rowSamples = arrayLength<P>(std::int64_t{x} * planes);
-    const std::unique_ptr<P[]> samples(new P[rowSamples]);
+void CImageData<T>::readRaw(std::FILE* file) {
+    const std::size_t sampleBytes = sizeof(T) / 2;
+    const std::size_t rowBytes = arrayLength<T>(std::int64_t{x} * planes) * sampleBytes;
+    const auto samples = std::make_unique_for_overwrite<unsigned char[]>(rowBytes);
     for (int r = 0; r < y; ++r) {
-        if (std::fread(samples.get(), sizeof(P), rowSamples, file) < rowSamples) throwEndOfStream();
-        deinterleaveRow<P>(samples.get(), *this, r);
+        if (std::fread(samples.get(), 1, rowBytes, file) < rowBytes) throwEndOfStream();
+        separate(samples.get(), *this, r);
     }
-    return 0;
 }
 
 template <class T>
@@ -121,8 +103,4 @@ double CImageData<T>::getMSE(const CImageData* other) const {
 
 template class CImageData<short>;
 template class CImageData<int>;
-template int CImageData<short>::rawReadT<unsigned char>(std::FILE*);
-template int CImageData<short>::rawReadT<unsigned short>(std::FILE*);
-template int CImageData<int>::rawReadT<unsigned short>(std::FILE*);
-
 }  // namespace qmx

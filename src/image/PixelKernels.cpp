@@ -29,27 +29,13 @@ void separateBytes(short* const rows[3], const unsigned char* samples, std::size
             rows[p][i] = samples[kColours * i + p];
 }
 
-template <class Convert>
-void convertPixels(short* const rows[3], std::size_t count, Convert convert) {
-    for (std::size_t i = 0; i < count; ++i) {
-        const ColourPixel pixel = convert(rows[0][i], rows[1][i], rows[2][i]);
+void separateColours(short* const rows[3], const unsigned char* samples, std::size_t count) {
+    for (std::size_t i = 0; i < count; ++i, samples += kColours) {
+        const ColourPixel pixel = forwardColour(samples[0], samples[1], samples[2]);
         rows[0][i] = static_cast<short>(pixel.first);
         rows[1][i] = static_cast<short>(pixel.second);
         rows[2][i] = static_cast<short>(pixel.third);
     }
-}
-
-void forwardColours(short* const rows[3], std::size_t count) {
-    convertPixels(rows, count, forwardColour);
-}
-
-void inverseColours(short* const rows[3], std::size_t count) {
-    convertPixels(rows, count, inverseColour);
-}
-
-void separateColours(short* const rows[3], const unsigned char* samples, std::size_t count) {
-    separateBytes(rows, samples, count);
-    forwardColours(rows, count);
 }
 
 template <class P, class T>
@@ -62,13 +48,6 @@ template <class P, class T>
 void narrow(unsigned char* samples, const T* row, std::size_t count, SampleRange<T> range) {
     for (std::size_t i = 0; i < count; ++i)
         putSample<P, T>(samples, i, row[i], range);
-}
-
-void joinBytes(unsigned char* samples, const short* const rows[3], std::size_t count,
-               SampleRange<short> range) {
-    for (std::size_t p = 0; p < kColours; ++p)
-        for (std::size_t i = 0; i < count; ++i)
-            putSample<unsigned char>(samples, kColours * i + p, rows[p][i], range);
 }
 
 void joinColours(unsigned char* samples, const short* const rows[3], std::size_t count,
@@ -90,12 +69,9 @@ const PixelKernels kPixelsScalar{widenBytes,
                                  widenShorts,
                                  separateBytes,
                                  separateColours,
-                                 forwardColours,
-                                 inverseColours,
                                  narrow<unsigned char, short>,
                                  narrow<unsigned short, short>,
                                  narrow<unsigned short, int>,
-                                 joinBytes,
                                  joinColours};
 
 }  // namespace qmx

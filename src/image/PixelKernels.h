@@ -28,11 +28,6 @@ struct PixelKernels {
     /// The same with the forward colour transform.
     void (*separateColours)(short* const rows[3], const unsigned char* samples, std::size_t count);
 
-    // Colour transform in place; the results wrap.
-
-    void (*forwardColours)(short* const rows[3], std::size_t count);
-    void (*inverseColours)(short* const rows[3], std::size_t count);
-
     // Output: samples are limited to a range, then their low bits are written.
 
     void (*narrowToBytes)(unsigned char* samples, const short* row, std::size_t count,
@@ -41,10 +36,8 @@ struct PixelKernels {
                         SampleRange<short> range);
     void (*narrowToShorts)(unsigned char* samples, const int* row, std::size_t count,
                            SampleRange<int> range);
-    /// Three planes to bytes.
-    void (*joinBytes)(unsigned char* samples, const short* const rows[3], std::size_t count,
-                      SampleRange<short> range);
-    /// The same after the inverse colour transform, whose results wrap to 16 bits before the range.
+    /// Three planes to bytes, after the inverse colour transform, whose results wrap to 16 bits before the
+    /// range.
     void (*joinColours)(unsigned char* samples, const short* const rows[3], std::size_t count,
                         SampleRange<short> range);
 };

@@ -92,20 +92,6 @@ QMX_TARGET void separateColours(short* const rows[3], const unsigned char* sampl
     kPixelsScalar.separateColours(ThreeRows<short>(rows, i).rows, samples + 3 * i, count - i);
 }
 
-QMX_TARGET void forwardColours(short* const rows[3], std::size_t count) {
-    std::size_t i = 0;
-    for (; i + Shorts::kSamples <= count; i += Shorts::kSamples)
-        storeRows(rows, i, forwardVecs(loadRows(rows, i)));
-    kPixelsScalar.forwardColours(ThreeRows<short>(rows, i).rows, count - i);
-}
-
-QMX_TARGET void inverseColours(short* const rows[3], std::size_t count) {
-    std::size_t i = 0;
-    for (; i + Shorts::kSamples <= count; i += Shorts::kSamples)
-        storeRows(rows, i, inverseVecs(loadRows(rows, i)));
-    kPixelsScalar.inverseColours(ThreeRows<short>(rows, i).rows, count - i);
-}
-
 /// Limits samples and narrows them to half the size of T. Returns: how many are done.
 template <class T>
 QMX_TARGET inline std::size_t narrowVecs(unsigned char* samples, const T* row, std::size_t count,
@@ -140,16 +126,6 @@ QMX_TARGET void limitShorts(unsigned char* samples, const short* row, std::size_
     kPixelsScalar.limitShorts(samples + 2 * i, row + i, count - i, range);
 }
 
-QMX_TARGET void joinBytes(unsigned char* samples, const short* const rows[3], std::size_t count,
-                          SampleRange<short> range) {
-    const auto limits = limitsOf<Shorts>(range);
-    std::size_t i = 0;
-    for (; i + Shorts::kSamples <= count; i += Shorts::kSamples)
-        storePixels(samples + 3 * i, limited(loadRows(rows, i), limits));
-    kPixelsScalar.joinBytes(samples + 3 * i, ThreeRows<const short>(rows, i).rows, count - i,
-                            range);
-}
-
 QMX_TARGET void joinColours(unsigned char* samples, const short* const rows[3], std::size_t count,
                             SampleRange<short> range) {
     const auto limits = limitsOf<Shorts>(range);
@@ -160,6 +136,5 @@ QMX_TARGET void joinColours(unsigned char* samples, const short* const rows[3], 
                               range);
 }
 
-constexpr PixelKernels kTable{widenBytes,     widenShorts,    separateBytes, separateColours,
-                              forwardColours, inverseColours, narrowToBytes, limitShorts,
-                              narrowToShorts, joinBytes,      joinColours};
+constexpr PixelKernels kTable{widenBytes,    widenShorts, separateBytes,  separateColours,
+                              narrowToBytes, limitShorts, narrowToShorts, joinColours};

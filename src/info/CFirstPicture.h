@@ -2,8 +2,8 @@
 
 #include <array>
 
+#include "coding/syntax/CSectionTable.h"
 #include "coding/syntax/CSectionWalk.h"
-#include "coding/syntax/CoderStreams.h"
 
 namespace qmx {
 
@@ -37,7 +37,7 @@ private:
     int planeCount;
     int coarsestOrder;
     std::int64_t highestBitPlane = -1;
-    std::array<Ends, kDecoderPlanes> endsOfPlanes;
+    std::array<Ends, kTablePlanes> endsOfPlanes;
 };
 
 }  // namespace qmx

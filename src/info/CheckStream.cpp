@@ -1,33 +1,40 @@
 #include "info/CheckStream.h"
 
 #include "bitstream/Status.h"
-#include "coding/decode/CWaveletDecoder.h"
-#include "container/SampleDispatch.h"
-#include "wavelet/CFilter5_3.h"
+#include "coding/decode/DecodeRows.h"
+#include "container/CoefficientDispatch.h"
+#include "container/MemoryPolicy.h"
 
 namespace qmx {
 namespace {
 
+/// Wants all rows, and drops them.
+template <class T>
+class CNoRows final : public IRowSink<T> {
+public:
+    bool take(const CImageData<T>&, int, int) override { return true; }
+};
+
 template <class T>
 StreamEnd decodeWith(const CStreamFile& file) {
-    const TKHeader& header = file.getHeader();
-    CImageData<T> image(header.xSize, header.ySize, header.planes());
-    CFilter5_3<T> filter;
-    CWaveletDecoder<T> decoder(&image, &filter, false);
+    requireMemoryForPlanes<T>(file.getHeader());
+    CReceivedSections<T> sections(shapeOf(file.getHeader()), std::pmr::new_delete_resource());
     CBitFileReader bits = file.bits();
-    const int result = decoder.readWavelet(bits, 0);
+    const int result = sections.read(bits);
     file.checkReads();
     if (!isUsable(result)) return StreamEnd::invalid;
-    decoder.untransform();
+    CNoRows<T> rows;
+    decodeRows(sections, rows);
+    file.checkReads();
     return result == kCut ? StreamEnd::cut : StreamEnd::complete;
 }
 
 }  // namespace
 
 StreamEnd decodeStream(const CStreamFile& file) {
-    return dispatchSamples(
-        file.getHeader(), MostBitsOfShort::inFiles,
-        [&]<class T, class P>() { return decodeWith<T>(file); }, [] { return StreamEnd::invalid; });
+    return dispatchCoefficients(
+        file.getHeader(), MostBitsOfShort::inFiles, [&]<class T>() { return decodeWith<T>(file); },
+        [] { return StreamEnd::invalid; });
 }
 
 }  // namespace qmx

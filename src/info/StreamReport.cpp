@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "container/SampleDispatch.h"
+#include "container/CoefficientDispatch.h"
 #include "info/CFirstPicture.h"
 
 namespace qmx {
@@ -14,9 +14,9 @@ std::uint64_t bytesForStreamBits(std::uint64_t streamBits) {
 }
 
 int coefficientBitsOf(const TKHeader& header) {
-    return dispatchSamples(
-        header, MostBitsOfShort::inFiles,
-        []<class T, class P>() { return static_cast<int>(8 * sizeof(T)); }, [] { return 0; });
+    return dispatchCoefficients(
+        header, MostBitsOfShort::inFiles, []<class T>() { return static_cast<int>(8 * sizeof(T)); },
+        [] { return 0; });
 }
 
 }  // namespace

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "wavelet/LevelGeometry.h"
 #include "wavelet/LiftingKernels.h"
 #include "wavelet/LiftingSteps.h"
 
@@ -18,7 +19,7 @@ namespace qmx {
 ///  - filteredColumns(level): how many columns are filtered vertically, from the left;
 ///  - line(level, r): row r of a level, from when it is taken until row r + 3 of the level is done;
 ///  - passOn(level, r): the smooth row r is done, and its even columns are a row of the next level;
-///  - settle(level, r): a detail row is done, or a smooth row of the last level.
+///  - done(level, r): a detail row is done, or a smooth row of the last level.
 /// Rows of a level are done in their order; detail rows are still read behind their end.
 template <class T, class Lines>
 class CForwardSweep {
@@ -33,7 +34,9 @@ public:
 private:
     /// Row r of the level is there, not filtered yet.
     void takeRow(int level, int r) {
-        kernels.filterLine(lines.line(level, r), lines.columns(level));
+        if (lines.columns(level) >= kShortestLine)
+            kernels.filterLine(lines.line(level, r), lines.columns(level));
+        if (lines.rows(level) < kShortestLine) return lines.done(level, r);
         const bool isEven = r % 2 == 0;
         if (isEven && r > 0) filterColumns(level, r - 2);
         if (r == lines.rows(level) - 1) endColumns(level, r);
@@ -53,7 +56,7 @@ private:
                                columns);
         }
         endSmooth(level, smoothRow);
-        lines.settle(level, smoothRow + 1);
+        lines.done(level, smoothRow + 1);
     }
 
     void endColumns(int level, int lastRow) {
@@ -67,13 +70,13 @@ private:
             predictEndLines(last, before, columns, 1);
             updateLines(before, lines.line(level, lastRow - 2), last, columns, 1);
             endSmooth(level, lastRow - 1);
-            lines.settle(level, lastRow);
+            lines.done(level, lastRow);
         }
     }
 
     /// The smooth row has been filtered in both directions.
     void endSmooth(int level, int smoothRow) {
-        if (level + 1 == lines.count()) return lines.settle(level, smoothRow);
+        if (level + 1 == lines.count()) return lines.done(level, smoothRow);
         lines.passOn(level, smoothRow);
         takeRow(level + 1, smoothRow / 2);
     }

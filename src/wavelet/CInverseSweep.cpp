@@ -55,6 +55,7 @@ template <class T>
 void CInverseSweep<T>::unfilterColumns(int level, int smoothRow) {
     const std::size_t columns = lines.filteredColumns(level);
     const int rows = lines.rows(level);
+    if (rows < kShortestLine) return;
     T* smooth = lines.line(level, smoothRow);
     if (smoothRow == 0) return unupdateEndLines(smooth, lines.line(level, 1), columns, 1);
 
@@ -72,7 +73,8 @@ void CInverseSweep<T>::unfilterColumns(int level, int smoothRow) {
 
 template <class T>
 void CInverseSweep<T>::unfilterLine(int level, int r) {
-    kernels.unfilterLine(lines.line(level, r), lines.columns(level));
+    if (lines.columns(level) >= kShortestLine)
+        kernels.unfilterLine(lines.line(level, r), lines.columns(level));
 }
 
 template class CInverseSweep<short>;

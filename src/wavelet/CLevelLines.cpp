@@ -8,24 +8,25 @@
 
 namespace qmx {
 template <class T>
-CLevelLines<T>::CLevelLines(const CImageData<T>& image, int levelCount,
+CLevelLines<T>::CLevelLines(const ImageShape& shape, int levelCount, CImageData<T>& ring, int plane,
                             std::pmr::memory_resource* memory)
-    : levelsUsed(levelCount) {
+    : levelsUsed(levelCount), ringMask(ring.y - 1) {
     static_assert(std::is_same_v<T, short> || std::is_same_v<T, int>);
     std::size_t samples = kCacheLineBytes / sizeof(T);
     for (int l = 0; l < levelsUsed; ++l) {
-        const LevelGeometry geometry{image.x, image.y, image.stride, 1 << l};
+        const LevelGeometry geometry{shape.width, shape.height, ring.stride, 1 << l};
         Level& level = levels[l];
         level.rows = geometry.samplesPerColumn();
         level.columns = static_cast<std::size_t>(geometry.samplesPerRow());
         level.filteredColumns = static_cast<std::size_t>(geometry.filteredColumns());
         level.lastGroup = levelsUsed - 1 - l;
         level.pitch =
-            l == 0 ? image.stride : static_cast<std::ptrdiff_t>(pitchSamples<T>(level.columns));
+            l == 0 ? ring.stride : static_cast<std::ptrdiff_t>(pitchSamples<T>(level.columns));
         if (l > 0)
             samples +=
                 static_cast<std::size_t>(level.slots()) * static_cast<std::size_t>(level.pitch);
     }
+    levels[0].first = ring.row(plane, 0);
     if (levelsUsed == 1) return;
     storage = makeArray<T>(samples, memory);
     T* next = alignToCacheLine(storage.get());

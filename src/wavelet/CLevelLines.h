@@ -2,6 +2,7 @@
 
 #include "bitstream/Memory.h"
 #include "image/CImageData.h"
+#include "image/ImageShape.h"
 #include "wavelet/LevelGeometry.h"
 
 namespace qmx {
@@ -16,18 +17,11 @@ namespace qmx {
 template <class T>
 class CLevelLines {
 public:
-    /// Requires: levels >= 1, as for an image of this size; memory outlives the lines.
-    /// Throws: std::bad_alloc.
-    CLevelLines(const CImageData<T>& image, int levelCount, std::pmr::memory_resource* memory);
-
-    /// Chooses the plane to work on. Requires: of the size and stride of the image.
-    void setPlane(T* firstSample) { setRing(firstSample, 0); }
-    /// Chooses rows of which only the last ones are there: row r at r modulo rowCount, a power of two;
-    /// 0 for all rows. Requires: of the width and stride of the image.
-    void setRing(T* firstSample, int rowCount) {
-        levels[0].first = firstSample;
-        planeRowMask = rowCount - 1;
-    }
+    /// The plane is a ring: row r of it stands in row r modulo ring.y. Requires: levelCount >= 1, that of
+    /// an image of this shape or 1; ring has the width of the image and a power of two of rows; ring and
+    /// memory outlive the lines. Throws: std::bad_alloc.
+    CLevelLines(const ImageShape& shape, int levelCount, CImageData<T>& ring, int plane,
+                std::pmr::memory_resource* memory);
 
     int count() const { return levelsUsed; }
     int rows(int level) const { return levels[level].rows; }
@@ -39,7 +33,7 @@ public:
     T* line(int level, int r) const {
         const Level& of = levels[level];
         return of.first +
-               static_cast<std::ptrdiff_t>(level == 0 ? r & planeRowMask : of.slotOf(r)) * of.pitch;
+               static_cast<std::ptrdiff_t>(level == 0 ? r & ringMask : of.slotOf(r)) * of.pitch;
     }
 
 private:
@@ -67,7 +61,7 @@ private:
     MemoryArray<T> storage;
     Level levels[kMaxLevels];
     int levelsUsed;
-    int planeRowMask = -1;
+    int ringMask;
 };
 
 extern template class CLevelLines<short>;

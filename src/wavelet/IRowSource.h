@@ -4,12 +4,13 @@
 
 namespace qmx {
 
-/// Gives the rows of an image one by one, for an encoder that does not need all of them at once.
+/// Gives the rows of an image, one after the other.
 template <class T>
 class IRowSource {
 public:
     virtual ~IRowSource() = default;
     /// Puts row r of the image, of all planes and after the colour transform, into row `slot` of rows.
+    /// Throws: what the source throws, 3 when there are no more rows.
     virtual void load(CImageData<T>& rows, int slot, int r) = 0;
 };
 

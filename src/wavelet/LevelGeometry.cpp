@@ -11,10 +11,6 @@ namespace {
 constexpr std::int64_t kWideStrideSamples = 512;
 constexpr int kTallDistances = 512;
 
-constexpr std::int64_t kFewestSamplesForRows = 1 << 16;
-/// Twice the rows that are in work at one time.
-constexpr int kFewestRowsForRows = 256;
-
 }  // namespace
 
 int levelCount(int width, int height) {
@@ -26,19 +22,10 @@ int levelCount(int width, int height) {
     return levels;
 }
 
-bool goesByRows(int width, int height) {
-    return levelCount(width, height) > 0 && height >= kFewestRowsForRows &&
-           std::int64_t{width} * height >= kFewestSamplesForRows;
-}
-
 int LevelGeometry::filteredColumns() const {
     const bool wide = static_cast<std::int64_t>(strideSamples) * step > kWideStrideSamples;
     const bool tall = (height - 1) / step >= kTallDistances;
     return wide && tall ? width / step : samplesPerRow();
-}
-
-int coarsestInverseStep(int levels) {
-    return levels <= 1 ? 1 : 1 << (levels - 1);
 }
 
 }  // namespace qmx

@@ -14,10 +14,6 @@ inline constexpr int kMaxOrders = kMaxLevels + 1;
 /// smaller side is 2 or 3, -1 when it is 0 or 1.
 int levelCount(int width, int height);
 
-/// Returns: whether images of width x height samples go row by row, without planes: they have levels, and
-/// are large enough to gain by it. The planes of smaller ones stay in the cache, and are those that need a rescue most often.
-bool goesByRows(int width, int height);
-
 /// One level of the transform of a plane: its samples stand at multiples of step.
 struct LevelGeometry {
     int width;
@@ -33,13 +29,5 @@ struct LevelGeometry {
     /// but on tall, wide levels a last column that no whole step follows is left out (Quirk 9).
     int filteredColumns() const;
 };
-
-/// Columns that one batch call filters together. Implementation limit; the result does not depend
-/// on it.
-inline constexpr int kBatchColumns = 1024;
-
-/// Returns: the step that the inverse transform starts with: that of the last level, and 1 when
-/// there is no level. Quirk 4: an image without levels is inverse filtered all the same.
-int coarsestInverseStep(int levels);
 
 }  // namespace qmx

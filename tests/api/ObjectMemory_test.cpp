@@ -4,7 +4,7 @@
 #include "api/CTeskCompressor.h"
 #include "api/CTeskDecompressor.h"
 #include "api/CompressorLoss.h"
-#include "container/Restoration.h"
+#include "container/Loss.h"
 #include "support/LibraryCodec.h"
 #include "support/ProcessHeap.h"
 

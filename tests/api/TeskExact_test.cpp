@@ -17,7 +17,7 @@ RawImage flat(int width, int height, unsigned char sample) {
 }
 
 /// The smallest images that need each rescue, and what the call says of them.
-TEST(TeskExact, EveryRescueHasItsNumber) {  // Quirk 19
+TEST(TeskExact, EveryRescueHasItsNumber) {  // Quirk 18
     RawImage deep = makeImage(Content::noise, 2, 16, 32, 32);
     deep.bitsPerPixel = 9;
     const std::pair<RawImage, std::uint32_t> images[] = {

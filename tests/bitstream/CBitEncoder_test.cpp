@@ -12,17 +12,6 @@ using qmx::CBitChunkEncoder;
 using qmx::CBitEncoder;
 using test::Bytes;
 
-/// A writer that tells when it is destroyed.
-class ObservedWriter final : public qmx::CBitWriter {
-public:
-    explicit ObservedWriter(bool* destroyedFlag)
-        : CBitWriter(nullptr, 0), destroyed(destroyedFlag) {}
-    ~ObservedWriter() override { *destroyed = true; }
-
-private:
-    bool* destroyed;
-};
-
 /// Returns: the bits that the encoder has written, as bytes.
 Bytes writtenBy(CBitChunkEncoder& encoder) {
     Bytes bytes((encoder.getStoredTotal() + 7) / 8);
@@ -131,21 +120,9 @@ TEST(CBitEncoder, FinalZerosCanBeSentWithoutAnyOneBit) {
 
 TEST(CBitEncoder, PassesOnWhatTheWriterThrows) {
     qmx::CBitWriter full(nullptr, 0);
-    CBitEncoder encoder(&full, false);
+    CBitEncoder encoder(&full);
     EXPECT_EQ(test::thrownBy([&] { encoder.encodeOne(7); }), qmx::kThrownEndOfStream);
     EXPECT_EQ(encoder.getStoredTotal(), 0U);
-}
-
-TEST(CBitEncoder, DestroysTheWriterOnlyIfItOwnsIt) {
-    bool destroyed = false;
-    {
-        ObservedWriter writer(&destroyed);
-        { CBitEncoder encoder(&writer, false); }
-        EXPECT_FALSE(destroyed);
-    }
-    destroyed = false;
-    { CBitEncoder encoder(new ObservedWriter(&destroyed), true); }
-    EXPECT_TRUE(destroyed);
 }
 
 TEST(CBitEncoder, EachChunkEncoderWritesIntoItsOwnChunks) {

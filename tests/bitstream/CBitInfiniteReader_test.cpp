@@ -145,38 +145,6 @@ TEST(CBitInfiniteReader, ReadersCreatedNearTheEndOfAFileEndInZeros) {
     EXPECT_EQ(test::thrownBy([&] { source.readBit(); }), qmx::kThrownEndOfStream);
 }
 
-TEST(CBitInfiniteReader, ThrowsBehindTheDataWhenItIsNotInfinite) {
-    const Bytes bytes(4099, 0xFF);
-    const ScratchFile file(bytes);
-    CBitFileReader fileSource(file.get());
-    CBitReader memorySource(bytes.data(), bytes.size());
-    for (CBitReader* source : {static_cast<CBitReader*>(&fileSource), &memorySource}) {
-        CBitInfiniteReader reader;
-        reader.setInfinite(false);
-        reader.create(source, 0);
-        EXPECT_EQ(test::readBits(reader, 8 * 4099), Bits(8 * 4099, true));
-        EXPECT_EQ(test::thrownBy([&] { reader.readBit(); }), qmx::kThrownEndOfStream);
-        reader.setInfinite(true);
-        EXPECT_EQ(reader.readInt(40), 0U);
-    }
-}
-
-TEST(CBitInfiniteReader, ResetForgetsTheSource) {
-    const Bytes bytes(5000, 0xFF);
-    const ScratchFile file(bytes);
-    CBitFileReader fileSource(file.get());
-    CBitReader memorySource(bytes.data(), bytes.size());
-    CBitInfiniteReader reader;
-    for (CBitReader* source : {static_cast<CBitReader*>(&fileSource), &memorySource})
-        for (int used : {0, 1, 50}) {
-            reader.create(source, 0);
-            reader.readInt(used);
-            reader.reset();
-            EXPECT_EQ(reader.getTotal(), 0U);
-            EXPECT_EQ(test::readBits(reader, 300), Bits(300, false));
-        }
-}
-
 TEST(CBitInfiniteReader, MayBeCreatedAgainOnAnotherSource) {
     const Bytes ones(100, 0xFF);
     const Bytes mixed(5000, 0x5A);
@@ -211,23 +179,6 @@ TEST(CBitInfiniteReader, SkipsDataAndZerosInMemoryAndInAFileAlike) {
                 ASSERT_TRUE(test::readBits(reader, 300) == expected) << place << " + " << length;
             }
         }
-}
-
-TEST(CBitInfiniteReader, SkipBehindTheDataThrowsWhenItIsNotInfinite) {
-    for (std::uint64_t beyond : {0U, 1U, 8U, 40U, 64U, 104U, 100000U}) {
-        const Bytes bytes(19, 0xFF);
-        const ScratchFile file(bytes);
-        CBitFileReader fileSource(file.get());
-        CBitReader memorySource(bytes.data(), bytes.size());
-        for (CBitReader* source : {static_cast<CBitReader*>(&fileSource), &memorySource}) {
-            CBitInfiniteReader reader;
-            reader.setInfinite(false);
-            reader.create(source, 0);
-            const int thrown = test::thrownBy([&] { reader.skip(8 * bytes.size() + beyond); });
-            EXPECT_EQ(thrown, beyond == 0 ? 0 : qmx::kThrownEndOfStream) << beyond << " bits";
-            EXPECT_EQ(test::thrownBy([&] { reader.readBit(); }), qmx::kThrownEndOfStream);
-        }
-    }
 }
 
 TEST(CBitInfiniteReader, GoesOnFromAnotherInfiniteReaderOverAFile) {

@@ -48,7 +48,7 @@ TEST(CBitStreamer, CodersTellTheTypeOfTheirStreamAndClaimToWrite) {  // Quirk 2
     qmx::CBitFileReader reader(file.get());
     qmx::CBitInfiniteReader zeros;
     qmx::CBitDecoder decoder;
-    expectKind(qmx::CBitEncoder(&buffer, false), "buffer", 'w', "rleish");
+    expectKind(qmx::CBitEncoder(&buffer), "buffer", 'w', "rleish");
     expectKind(qmx::CBitChunkEncoder(), "dynamic", 'w', "rleish");
     expectKind(decoder, "", 'w', "rleish");
     decoder.attach(&zeros);

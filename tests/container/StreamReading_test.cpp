@@ -5,7 +5,7 @@
 
 #include "bitstream/CBitWriter.h"
 #include "coding/syntax/SectionSyntax.h"
-#include "container/ExactEncoding.h"
+#include "container/CExactEncoder.h"
 #include "exact/ExposedImages.h"
 #include "support/CodecObjects.h"
 
@@ -20,28 +20,26 @@ using test::RawImage;
 struct Plain {
     explicit Plain(const RawImage& image)
         : header(makeHeader(1, 8, image.width, image.height)),
-          job{header, image.bytes.data(), header.rawRowBytes(), std::pmr::new_delete_resource()},
+          pixels(image.bytes.data(), header.rawRowBytes()),
+          job{header, pixels},
           coded(job) {
         EXPECT_TRUE(coded.encodePlain());
-        streamBits = coded.getEncoder().getStreamBits();
+        streamBits = coded.sections().facts().streamBits;
     }
 
     /// Returns: the stream as far as so many bytes hold it.
     WrittenStream cutAt(std::size_t sizeBytes) {
         bytes.assign(sizeBytes, 0);
         CBitWriter writer(bytes.data(), sizeBytes);
-        try {
-            coded.getEncoder().writeStream(writer);
-        } catch (int) {
-            // It is full.
-        }
-        return {bytes.data(), sizeBytes, coded.getEncoder().getMisreadBit()};
+        coded.sections().writeWhatFits(writer);
+        return {bytes.data(), sizeBytes, coded.sections().facts().misreadBit};
     }
     std::size_t completeBytes() const { return (streamBits + 7) / 8; }
 
     TKHeader header;
-    ExactJob job;
-    CExactEncoder<short, unsigned char> coded;
+    CPixelsInMemory pixels;
+    ImageJob job;
+    CExactEncoder<short> coded;
     std::uint64_t streamBits;
     Bytes bytes;
 };
@@ -74,7 +72,7 @@ TEST(StreamReading, IsWhatDecodersMakeOfEveryCutStream) {
 TEST(StreamReading, OfSectionsThatFitIsRight) {
     Plain plain(test::makeImage(test::Content::photo, 1, 8, 60, 50));
     const WrittenStream whole = plain.cutAt(plain.completeBytes());
-    EXPECT_EQ(whole.misreadBit, CWaveletEncoder<short>::kNeverMisread);
+    EXPECT_EQ(whole.misreadBit, CodedFacts::kNeverMisread);
     EXPECT_EQ(readingOf(plain.header, whole), Reading::whole);
     EXPECT_TRUE(endsAtItsEnd(plain.header, whole, plain.streamBits));
     EXPECT_EQ(readingOf(plain.header, plain.cutAt(100)), Reading::part);

@@ -3,7 +3,7 @@
 #include <cstddef>
 #include <gtest/gtest.h>
 
-#include "container/SampleDispatch.h"
+#include "container/CoefficientDispatch.h"
 #include "support/Bytes.h"
 
 namespace {
@@ -47,34 +47,33 @@ TEST(TKHeader, IsABaseThatOnlyDerivedClassesSee) {
 using qmx::MostBitsOfShort;
 
 /// Returns: bits of the coefficient and of the sample type, or 0 for a format without one.
-int typesOf(int bytesPerPixel, int bitsPerPixel,
-            MostBitsOfShort mostBits = MostBitsOfShort::inFiles) {
-    return qmx::dispatchSamples(
+int coefficientBits(int bytesPerPixel, int bitsPerPixel,
+                    MostBitsOfShort mostBits = MostBitsOfShort::inFiles) {
+    return qmx::dispatchCoefficients(
         qmx::makeHeader(bytesPerPixel, bitsPerPixel, 1, 1), mostBits,
-        []<class T, class P>() { return static_cast<int>(800 * sizeof(T) + 8 * sizeof(P)); },
-        [] { return 0; });
+        []<class T>() { return static_cast<int>(8 * sizeof(T)); }, [] { return 0; });
 }
 
-TEST(SampleDispatch, ChoosesTheTypesByBytesAndBits) {
-    EXPECT_EQ(typesOf(1, 8), 1608);
-    EXPECT_EQ(typesOf(1, 255), 1608);
-    EXPECT_EQ(typesOf(3, 0), 1608);
-    EXPECT_EQ(typesOf(2, 12), 1616);
-    EXPECT_EQ(typesOf(2, 0), 1616);
-    EXPECT_EQ(typesOf(2, 13), 3216);
-    EXPECT_EQ(typesOf(2, 255), 3216);
+TEST(CoefficientDispatch, ChoosesTheTypeByBytesAndBits) {
+    EXPECT_EQ(coefficientBits(1, 8), 16);
+    EXPECT_EQ(coefficientBits(1, 255), 16);
+    EXPECT_EQ(coefficientBits(3, 0), 16);
+    EXPECT_EQ(coefficientBits(3, 255), 16);
+    EXPECT_EQ(coefficientBits(2, 12), 16);
+    EXPECT_EQ(coefficientBits(2, 0), 16);
+    EXPECT_EQ(coefficientBits(2, 13), 32);
+    EXPECT_EQ(coefficientBits(2, 255), 32);
 }
 
-TEST(SampleDispatch, MemoryGoesOverToIntOneBitEarlier) {  // Quirk 18
-    EXPECT_EQ(typesOf(2, 11, MostBitsOfShort::inMemory), 1616);
-    EXPECT_EQ(typesOf(2, 12, MostBitsOfShort::inMemory), 3216);
-    EXPECT_EQ(typesOf(1, 12, MostBitsOfShort::inMemory), 1608);
+TEST(CoefficientDispatch, MemoryGoesOverToIntOneBitEarlier) {  // Quirk 17
+    EXPECT_EQ(coefficientBits(2, 11, MostBitsOfShort::inMemory), 16);
+    EXPECT_EQ(coefficientBits(2, 12, MostBitsOfShort::inMemory), 32);
+    EXPECT_EQ(coefficientBits(1, 12, MostBitsOfShort::inMemory), 16);
 }
 
-TEST(SampleDispatch, OtherBytesPerPixelHaveNoTypes) {
-    EXPECT_EQ(typesOf(0, 8), 0);
-    EXPECT_EQ(typesOf(4, 8), 0);
-    EXPECT_EQ(typesOf(255, 8), 0);
+TEST(CoefficientDispatch, OtherBytesPerPixelHaveNoType) {
+    for (const int bytes : {0, 4, 255})
+        EXPECT_EQ(coefficientBits(bytes, 8), 0);
 }
 
 }  // namespace

@@ -2,10 +2,11 @@
 
 #include <span>
 
-#include "coding/decode/CWaveletDecoder.h"
+#include "container/CPixelSink.h"
+#include "container/ImageJob.h"
 #include "exact/ExactRun.h"
-#include "wavelet/CFilter5_3.h"
-#include "wavelet/OutputConversion.h"
+#include "support/LibraryCodec.h"
+#include "wavelet/CRowRestorer.h"
 
 namespace {
 
@@ -107,25 +108,31 @@ TEST(Exact, DISABLED_TheLargestSusceptibleSizesComeBack) {
 constexpr int kTightSizes[][2] = {{9, 13}, {14, 9}, {17, 25}, {30, 17}, {33, 49}, {65, 97}};
 
 /// Returns: an image that the transform takes to a few values, all details 0.
-RawImage imageOfPattern(const ExactKind& kind, int width, int height, test::Random& random) {
-    const int levels = qmx::levelCount(width, height);
+template <class T>
+RawImage imageOfPatternIn(const ExactKind& kind, int width, int height, test::Random& random) {
     const unsigned greatest = (1U << kind.sampleBits) - 1;
     const unsigned choices[] = {0, 0, 1, 2, greatest / 2, greatest / 2 + 1, greatest - 1, greatest};
-    qmx::CImageData<int> planes(width, height, kind.bytesPerPixel == 3 ? 3 : 1);
-    planes.clear();
-    for (int p = 0; p < planes.planes; ++p)
-        for (int r = 0; r < height; r += 1 << levels)
-            for (int c = 0; c < width; c += 1 << levels)
-                planes.row(p, r)[c] = static_cast<int>(choices[random.below(std::size(choices))]);
-    qmx::CFilter5_3<int> filter;
-    qmx::CWaveletDecoder<int>(&planes, &filter, false).untransform();
     RawImage image{kind.bytesPerPixel, kind.declaredBits, width, height, {}};
-    image.bytes.resize(qmx::outputRowBytes(planes, kind.bytesPerPixel) *
-                       static_cast<std::size_t>(height));
-    unsigned char* row = image.bytes.data();
-    for (int r = 0; r < height; ++r, row += qmx::outputRowBytes(planes, kind.bytesPerPixel))
-        qmx::convertRow(planes, r, kind.bytesPerPixel, qmx::SampleLimit<int>(0), row);
+    const qmx::TKHeader header = test::headerOf(image);
+    image.bytes.resize(header.rawBytes());
+    const int step = 1 << qmx::levelCount(width, height);
+    qmx::CRowRestorer<T> rows(qmx::shapeOf(header), std::pmr::new_delete_resource());
+    qmx::CPixelSink<T> pixels(header, qmx::CSampleLimit<T>(0), image.bytes.data(),
+                              header.rawRowBytes());
+    for (int r = 0; r < height; ++r) {
+        rows.restore(r, [&](int, int row, T* samples) {
+            for (int c = 0; row % step == 0 && c < width; c += step)
+                samples[c] = static_cast<T>(choices[random.below(std::size(choices))]);
+            return true;
+        });
+        pixels.take(rows.rows(), rows.slotOf(r), r);
+    }
     return image;
+}
+
+RawImage imageOfPattern(const ExactKind& kind, int width, int height, test::Random& random) {
+    return kind.bytesPerPixel == 2 ? imageOfPatternIn<int>(kind, width, height, random)
+                                   : imageOfPatternIn<short>(kind, width, height, random);
 }
 
 void expectPatternsBack(int patterns) {

@@ -2,7 +2,6 @@
 
 #include <memory>
 
-#include "image/ColourPixel.h"
 #include "support/CpuLevels.h"
 #include "support/GuardedBuffer.h"
 #include "support/KernelData.h"
@@ -100,19 +99,6 @@ TEST_P(PixelKernelsTest, ColoursAreSeparatedAndTransformed) {
     });
 }
 
-TEST_P(PixelKernelsTest, ColoursAreTransformedInPlace) {
-    expectPlain([](const PixelKernels& kernels, const Case& c) {
-        const ThreeRows rows(c);
-        kernels.forwardColours(rows.rows, c.count);
-        return rows.contents();
-    });
-    expectPlain([](const PixelKernels& kernels, const Case& c) {
-        const ThreeRows rows(c);
-        kernels.inverseColours(rows.rows, c.count);
-        return rows.contents();
-    });
-}
-
 TEST_P(PixelKernelsTest, ShortsAreLimitedAndNarrowed) {
     for (const auto& range : kRanges<short>) {
         expectPlain([&](const PixelKernels& kernels, const Case& c) {
@@ -171,32 +157,10 @@ TEST_P(PixelKernelsTest, ThreePlanesAreJoined) {
         expectPlain([&](const PixelKernels& kernels, const Case& c) {
             const ThreeRows rows(c);
             const auto samples = c.buffer<Byte>(3 * c.count, 4);
-            kernels.joinBytes(samples->data(), rows.rows, c.count, range);
-            return samples->samples();
-        });
-        expectPlain([&](const PixelKernels& kernels, const Case& c) {
-            const ThreeRows rows(c);
-            const auto samples = c.buffer<Byte>(3 * c.count, 4);
             kernels.joinColours(samples->data(), rows.rows, c.count, range);
             return samples->samples();
         });
     }
-}
-
-TEST_P(PixelKernelsTest, ColoursComeBack) {
-    const auto samples = test::kernelData<Byte>(Data::random, 3 * kLongestRow, 9);
-    std::vector<short> planes(3 * kLongestRow);
-    short* const rows[] = {planes.data(), planes.data() + kLongestRow,
-                           planes.data() + 2 * kLongestRow};
-    const PixelKernels& kernels = qmx::pixelKernels(GetParam());
-    kernels.separateColours(rows, samples.data(), kLongestRow);
-    const qmx::ColourPixel last = qmx::forwardColour(
-        samples[3 * kLongestRow - 3], samples[3 * kLongestRow - 2], samples[3 * kLongestRow - 1]);
-    EXPECT_EQ(rows[0][kLongestRow - 1], last.first);
-    EXPECT_EQ(rows[2][kLongestRow - 1], last.third);
-    std::vector<Byte> back(samples.size());
-    kernels.joinColours(back.data(), rows, kLongestRow, {-32768, 32767});
-    EXPECT_EQ(back, samples);
 }
 
 INSTANTIATE_TEST_SUITE_P(Levels, PixelKernelsTest, test::allCpuLevels(), test::cpuLevelName());

@@ -179,13 +179,18 @@ std::int64_t nextCoefficient(Band& band, std::int64_t top, std::int64_t bits) {
     return 0;
 }
 
-std::vector<Plane> decodeCoefficients(Sections& sections, const Geometry& geometry) {
+/// A pause leaves out its row and those in front of it in all planes but the first.
+std::int64_t firstRow(std::int64_t plane, int pauseRow) {
+    return plane > 0 && pauseRow >= 1 ? pauseRow + std::int64_t{1} : 0;
+}
+
+std::vector<Plane> decodeCoefficients(Sections& sections, const Geometry& geometry, int pauseRow) {
     std::vector<Plane> planes;
     const std::int64_t levels = levelCount(geometry.width, geometry.height);
     for (std::int64_t c = 0; c < geometry.planeCount(); ++c) {
         planes.emplace_back(geometry.width, geometry.height);
         if (sections.bands.empty()) continue;  // all coefficients are 0
-        for (std::int64_t y = 0; y < geometry.height; ++y) {
+        for (std::int64_t y = firstRow(c, pauseRow); y < geometry.height; ++y) {
             for (std::int64_t x = 0; x < geometry.width; ++x) {
                 Band& band = sections.bands.at({c, orderOf(y, x, levels)});
                 planes.back().at(y, x) =
@@ -234,13 +239,15 @@ std::vector<unsigned char> writeSamples(const std::vector<Plane>& planes, const 
 
 }  // namespace
 
-Decoded decode(const std::vector<unsigned char>& streamFile, std::uint64_t sectionLimit) {
+Decoded decode(const std::vector<unsigned char>& streamFile, std::uint64_t sectionLimit,
+               int pauseRow) {
     const Geometry geometry = readGeometry(streamFile);
     if (!hasMagic(streamFile) || !geometry.supported()) return {kInvalid, {}};
     const BitString bits(streamFile, static_cast<std::size_t>(kHeaderBytes));
     Sections sections = parseSections(bits, geometry, sectionLimit);
     if (sections.status == kInvalid) return {kInvalid, {}};
-    std::vector<Plane> planes = decodeCoefficients(sections, geometry);
+    const int usedPause = pauseRow < geometry.height ? pauseRow : 0;
+    std::vector<Plane> planes = decodeCoefficients(sections, geometry, usedPause);
     for (Plane& plane : planes)
         inverseTransform(plane, geometry.coefficientBits());
     if (planes.size() == 3) invertColours(planes);

@@ -15,7 +15,9 @@ struct Decoded {
 
 /// Decodes a stream file, header included, in the file profile. With a sectionLimit of n >= 1 the
 /// decoder stops on purpose behind the n-th section, and the stream counts as cut
-/// (docs/format.md, 13.1); 0 sets no limit.
-Decoded decode(const std::vector<unsigned char>& streamFile, std::uint64_t sectionLimit = 0);
+/// (docs/format.md, 13.1); 0 sets no limit. A pauseRow of at least 1, if there is such a row, takes the
+/// stream for one whose encoder was paused behind it: what is left out is 0 (docs/format.md, 15).
+Decoded decode(const std::vector<unsigned char>& streamFile, std::uint64_t sectionLimit = 0,
+               int pauseRow = 0);
 
 }  // namespace reference

@@ -52,9 +52,9 @@ inline Outcome decompressHere(const Bytes& stream, bool upper, int extra = 0) {
     std::fseek(in, sizeof header, SEEK_SET);
     const Silence silence;
     Outcome decoded;
-    decoded.status = qmx::dispatchSamples(
+    decoded.status = qmx::dispatchCoefficients(
         header, qmx::MostBitsOfShort::inFiles,
-        [&]<class T, class P>() { return qmx::decompress<T, P>(header, in, out, upper, extra); },
+        [&]<class T>() { return qmx::decompress<T>(header, in, out, upper, extra); },
         [=] {
             std::fclose(in);
             std::fclose(out);

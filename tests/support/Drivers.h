@@ -27,21 +27,21 @@ inline std::FILE* openFile(const std::string& name, const char* mode) {
     return file;
 }
 
-template <class T, class P>
+template <class T>
 DriverRun runCompress(const RawImage& image, double rate, bool upper, int extra = 0) {
     const TempDir folder;
     writeFile(folder / "raw", image.bytes);
     DriverRun run;
     testing::internal::CaptureStdout();
-    run.result = qmx::compress<T, P>(headerOf(image), openFile(folder / "raw", "rb"),
-                                     openFile(folder / "out", "wb"), rate, upper, extra);
+    run.result = qmx::compress<T>(headerOf(image), openFile(folder / "raw", "rb"),
+                                  openFile(folder / "out", "wb"), rate, upper, extra);
     run.lines = testing::internal::GetCapturedStdout();
     run.output = readFile(folder / "out");
     return run;
 }
 
 /// stream: a whole stream file.
-template <class T, class P>
+template <class T>
 DriverRun runDecompress(const Bytes& stream, bool upper, int extra = 0) {
     const TempDir folder;
     writeFile(folder / "stream", stream);
@@ -51,7 +51,7 @@ DriverRun runDecompress(const Bytes& stream, bool upper, int extra = 0) {
     std::fseek(in, sizeof header, SEEK_SET);
     DriverRun run;
     testing::internal::CaptureStdout();
-    run.result = qmx::decompress<T, P>(header, in, openFile(folder / "raw", "wb"), upper, extra);
+    run.result = qmx::decompress<T>(header, in, openFile(folder / "raw", "wb"), upper, extra);
     run.lines = testing::internal::GetCapturedStdout();
     run.output = readFile(folder / "raw");
     return run;

@@ -5,13 +5,14 @@
 
 #include "bitstream/CBitFileReader.h"
 #include "bitstream/Status.h"
-#include "coding/decode/CWaveletDecoder.h"
-#include "coding/encode/CWaveletEncoder.h"
+#include "coding/decode/DecodeRows.h"
+#include "coding/encode/EncodeRows.h"
 #include "container/Budget.h"
-#include "container/ColourTransform.h"
-#include "container/SampleDispatch.h"
+#include "container/CPixelSink.h"
+#include "container/CoefficientDispatch.h"
+#include "container/ImageJob.h"
+#include "container/Suspension.h"
 #include "support/TestImages.h"
-#include "wavelet/CFilter5_3.h"
 
 // The way of an image through the library's classes, from memory to memory and without the progress
 // lines of the drivers.
@@ -35,31 +36,17 @@ inline qmx::TKHeader headerOf(const RawImage& image) {
     return qmx::makeHeader(image.bytesPerPixel, image.bitsPerPixel, image.width, image.height);
 }
 
-template <class T, class P>
-void readPlanes(qmx::CImageData<T>& planes, const RawImage& image) {
-    const File raw = fileOf(image.bytes);
-    planes.template rawReadT<P>(raw.get());
-    if (image.bytesPerPixel == 3) qmx::transformColours(planes);
-}
-
-template <class T, class P>
+template <class T>
 Bytes encodeAs(const RawImage& image, std::uint64_t roomBytes, int extra) {
-    qmx::CImageData<T> planes(image.width, image.height, image.bytesPerPixel == 3 ? 3 : 1);
-    qmx::CFilter5_3<T> filter;
-    qmx::CWaveletEncoder<T> encoder(&planes, &filter, false);
-    readPlanes<T, P>(planes, image);
-    encoder.transform();
-
     const qmx::TKHeader header = headerOf(image);
+    qmx::CPixelsInMemory pixels(image.bytes.data(), header.rawRowBytes());
+    qmx::CPixelSource<T> source(pixels, header.bytesPerPixel);
+    qmx::CCodedSections<T> sections(qmx::shapeOf(header), std::pmr::new_delete_resource());
+    qmx::encodeRows(source, sections, {false, qmx::rowBehindSuspension(extra, header), nullptr});
     Bytes stream(sizeof header + roomBytes);
     std::memcpy(stream.data(), &header, sizeof header);
     qmx::CBitWriter writer(stream.data() + sizeof header, roomBytes);
-    try {
-        if (encoder.writeWavelet(writer, extra) == qmx::kSuspended)
-            encoder.writeWavelet(writer, extra);
-    } catch (int number) {
-        EXPECT_EQ(number, qmx::kThrownEndOfStream);
-    }
+    sections.writeWhatFits(writer);
     stream.resize(sizeof header + (writer.getTotal() + 7) / 8);
     return stream;
 }
@@ -70,10 +57,10 @@ inline Bytes encode(const RawImage& image, std::uint64_t roomBytes = ~std::uint6
     const std::uint64_t room =
         std::min(roomBytes, qmx::completeStreamBoundBytes(headerOf(image), 32));
     Bytes stream;
-    qmx::dispatchSamples(
+    qmx::dispatchCoefficients(
         headerOf(image), qmx::MostBitsOfShort::inFiles,
-        [&]<class T, class P>() {
-            stream = encodeAs<T, P>(image, room, extra);
+        [&]<class T>() {
+            stream = encodeAs<T>(image, room, extra);
             return 0;
         },
         [] { return 1; });
@@ -90,17 +77,16 @@ enum class ReadFrom { memory, file };
 
 template <class T>
 Decoded decodeAs(const qmx::TKHeader& header, qmx::CBitReader& reader, int extra) {
-    qmx::CImageData<T> planes(header.xSize, header.ySize, header.planes());
-    qmx::CFilter5_3<T> filter;
-    qmx::CWaveletDecoder<T> decoder(&planes, &filter, false);
+    const int resumeRow = qmx::rowBehindSuspension(extra, header);
+    qmx::CReceivedSections<T> sections(qmx::shapeOf(header), std::pmr::new_delete_resource());
     Decoded decoded;
-    decoded.status = decoder.readWavelet(reader, extra);
-    if (decoded.status == qmx::kSuspended) decoded.status = decoder.readWavelet(reader, 0);
+    decoded.status = sections.read(reader, std::max(extra, 0));
     if (!qmx::isUsable(decoded.status)) return decoded;
-    decoder.untransform();
-    decoded.bytes.resize(std::size_t{header.xSize} * header.ySize * header.bytesPerPixel);
-    decoder.convertAndCopyToT(decoded.bytes.data(), header.bytesPerPixel,
-                              decoded.status == qmx::kCut ? header.bitsPerPixel : 0);
+    if (resumeRow != 0) decoded.status = qmx::kComplete;
+    decoded.bytes.resize(header.rawBytes());
+    qmx::CPixelSink<T> pixels(header, qmx::limitOf<T>(decoded.status, header), decoded.bytes.data(),
+                              header.rawRowBytes());
+    EXPECT_TRUE(qmx::decodeRows(sections, pixels, {resumeRow, nullptr}));
     return decoded;
 }
 
@@ -115,9 +101,9 @@ inline Decoded decode(const Bytes& stream, ReadFrom from = ReadFrom::memory, int
     qmx::CBitReader& reader =
         from == ReadFrom::file ? static_cast<qmx::CBitReader&>(fileReader) : memoryReader;
     Decoded decoded;
-    qmx::dispatchSamples(
+    qmx::dispatchCoefficients(
         header, qmx::MostBitsOfShort::inFiles,
-        [&]<class T, class P>() {
+        [&]<class T>() {
             decoded = decodeAs<T>(header, reader, extra);
             return 0;
         },

@@ -48,11 +48,10 @@ inline Verdict judgeFile(const RawImage& image, bool upper, DriverWish wish = {}
     std::FILE* out = open_memstream(&written, &writtenBytes);
     std::fwrite(&header, 1, sizeof header, out);
     Verdict verdict;
-    qmx::dispatchSamples(
+    qmx::dispatchCoefficients(
         header, qmx::MostBitsOfShort::inFiles,
-        [&]<class T, class P>() {
-            return qmx::compress<T, P>(header, in, out, wish.rate, upper, wish.extra,
-                                       &verdict.report);
+        [&]<class T>() {
+            return qmx::compress<T>(header, in, out, wish.rate, upper, wish.extra, &verdict.report);
         },
         [] { return -1; });
     verdict.stream.assign(written, written + writtenBytes);

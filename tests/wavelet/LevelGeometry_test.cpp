@@ -4,7 +4,6 @@
 
 namespace {
 
-using qmx::goesByRows;
 using qmx::levelCount;
 using qmx::LevelGeometry;
 
@@ -28,14 +27,6 @@ TEST(LevelCount, IsZeroForThinImagesAndMinusOneForASideOfOneOrNone) {
     EXPECT_EQ(levelCount(0, 0), -1);
 }
 
-TEST(CoarsestInverseStep, IsThatOfTheLastLevel) {
-    EXPECT_EQ(qmx::coarsestInverseStep(5), 16);
-    EXPECT_EQ(qmx::coarsestInverseStep(2), 2);
-    EXPECT_EQ(qmx::coarsestInverseStep(1), 1);
-    EXPECT_EQ(qmx::coarsestInverseStep(0), 1);
-    EXPECT_EQ(qmx::coarsestInverseStep(-1), 1);
-}
-
 TEST(FilteredColumns, WideTallLevelsLeaveOutALastColumnWithoutAWholeStep) {  // Quirk 9
     EXPECT_EQ((LevelGeometry{2001, 1500, 2008, 2}.samplesPerRow()), 1001);
     EXPECT_EQ((LevelGeometry{2001, 1500, 2008, 2}.filteredColumns()), 1000);
@@ -56,15 +47,6 @@ TEST(LevelGeometry, EmptySidesHaveNoSamples) {
     EXPECT_EQ((LevelGeometry{0, 7, 0, 1}.samplesPerRow()), 0);
     EXPECT_EQ((LevelGeometry{0, 7, 0, 1}.filteredColumns()), 0);
     EXPECT_EQ((LevelGeometry{7, 0, 8, 1}.samplesPerColumn()), 0);
-}
-
-TEST(GoesByRows, NeedsLevelsRowsAndSamples) {
-    EXPECT_TRUE(goesByRows(256, 256));
-    EXPECT_FALSE(goesByRows(255, 256)) << "too few samples";
-    EXPECT_FALSE(goesByRows(1000, 255)) << "too few rows";
-    EXPECT_TRUE(goesByRows(4, 65535));
-    EXPECT_FALSE(goesByRows(3, 65535)) << "no level";
-    EXPECT_FALSE(goesByRows(0, 65535));
 }
 
 }  // namespace

@@ -12,12 +12,18 @@ constexpr std::uint32_t kLeastCapacities[kMaxOrders] = {4096, 1024, 512, 256, 25
 constexpr std::uint32_t kMostCapacities[kMaxOrders] = {16384, 8192, 4096, 1024, 512, 256};
 /// Samples of the plane for one candidate of order 0; those of the others halve with their most capacity.
 constexpr std::uint64_t kSamplesPerCandidate = 32;
+/// What refillWindows takes at least.
+constexpr std::uint64_t kLeastWindow = 256;
 
-/// Returns: candidates in the windows of an order, whole groups.
+/// Returns: candidates in the windows of an order, whole groups. No more than the order has about: what is
+/// parsed behind its end is of no use.
 std::uint32_t capacityOf(int order, std::uint64_t samplesPerPlane) {
     const std::uint64_t wanted = (samplesPerPlane >> order) / kSamplesPerCandidate;
-    return static_cast<std::uint32_t>(std::clamp<std::uint64_t>(
-        wanted / kGroupSize * kGroupSize, kLeastCapacities[order], kMostCapacities[order]));
+    const std::uint64_t capacity = std::clamp<std::uint64_t>(
+        wanted / kGroupSize * kGroupSize, kLeastCapacities[order], kMostCapacities[order]);
+    const std::uint64_t groupsOfLevel = (samplesPerPlane >> (2 * order)) / kGroupSize + 1;
+    return static_cast<std::uint32_t>(
+        std::clamp(groupsOfLevel * kGroupSize, kLeastWindow, capacity));
 }
 
 template <class T>
@@ -36,7 +42,7 @@ OrderWindows<T> sectionsOf(DecoderStreams<T>& streams, const SectionCounters& co
     sections.unrefined =
         static_cast<int>(std::clamp<std::int64_t>(counters.refinement(plane, order), -1, kPlanes));
     sections.capacity = capacityOf(order, samplesPerPlane);
-    for (int p = 0; p < kTableBitPlanes<T>; ++p) {
+    for (int p = 0; p <= sections.highest; ++p) {
         sections.windows[p].decoder = streams.decoders.bitPlanes(plane, order) + p;
         sections.refinements[p].reader = streams.refinements.bitPlanes(plane, order) + p;
         sections.refinements[p].span = sections.refinements[p].reader->loadedBits();
@@ -49,20 +55,13 @@ int windowCount(const OrderWindows<T>& sections) {
     return std::max(sections.highest - sections.lowest + 1, 0);
 }
 
-/// Returns: the run that the window's section has left.
-std::uint64_t runOfWindow(const SectionWindow& window) {
-    for (std::uint64_t next = window.taken; next < window.filled; ++next)
-        if ((window.news[next / 8] >> (next % 8) & 1) != 0) return next - window.taken;
-    return window.nextNew - window.taken;
-}
-
 }  // namespace
 
 template <class T>
 PlaneDecoder<T>::PlaneDecoder(DecoderStreams<T>& streams, const SectionCounters& counters,
                               int plane, int topPlane, int levelCount,
                               std::uint64_t samplesPerPlane, std::pmr::memory_resource* memory)
-    : planeIndex(plane), levels(levelCount), orders(memory), bitmaps(memory) {
+    : levels(levelCount), orders(memory), bitmaps(memory) {
     orders.reserve(static_cast<std::size_t>(levels) + 1);
     std::size_t bytes = 0;
     for (int order = 0; order <= levels; ++order) {
@@ -89,13 +88,6 @@ void PlaneDecoder<T>::decodeRow(const DecodeKernels<T>& kernels, int row, T* sam
     forEachOrder(row, levels, [&](const ScanLine& line) {
         kernels.decodeLine(orders[static_cast<std::size_t>(line.order)], samples, line, width);
     });
-}
-
-template <class T>
-void PlaneDecoder<T>::storeRuns() {
-    for (const OrderWindows<T>& sections : orders)
-        for (int p = sections.highest; p >= sections.lowest; --p)
-            sections.windows[p].decoder->setRun(runOfWindow(sections.windows[p]));
 }
 
 template class PlaneDecoder<short>;

@@ -19,24 +19,18 @@ namespace qmx {
 template <class T>
 class PlaneDecoder {
 public:
-    /// Takes the current runs from the decoders; the windows fit a plane of so many samples. Requires: streams and memory outlive this object;
-    /// every bit plane between the counters and the top plane that the tables hold has its decoder
-    /// attached. Throws: std::bad_alloc.
+    /// Takes the current runs from the decoders; the windows fit a plane of so many samples.
+    /// Requires: streams and memory outlive this object; every bit plane between the counters and the top
+    /// plane that the tables hold has its decoder attached. Throws: std::bad_alloc.
     PlaneDecoder(DecoderStreams<T>& streams, const SectionCounters& counters, int plane,
                  int topPlane, int levelCount, std::uint64_t samplesPerPlane,
                  std::pmr::memory_resource* memory);
-
-    int plane() const { return planeIndex; }
 
     /// Stores the coefficients of row `row` into width samples, which are 0 before. Requires: rows
     /// come in rising order. Throws: std::bad_alloc, when a reader needs its file window.
     void decodeRow(const DecodeKernels<T>& kernels, int row, T* samples, int width);
 
-    /// Gives the decoders their current runs.
-    void storeRuns();
-
 private:
-    int planeIndex;
     int levels;
     std::pmr::vector<OrderWindows<T>> orders;
     /// Of all windows.

@@ -3,9 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "bitstream/CBitDecoder.h"
-#include "bitstream/CBitInfiniteReader.h"
-#include "coding/syntax/CoderStreams.h"
+#include "coding/decode/DecoderStreams.h"
 #include "coding/syntax/CoefficientGroup.h"
 
 namespace qmx {

@@ -6,14 +6,15 @@
 namespace qmx {
 
 template <class T>
-CRowLines<T>::CRowLines(const CImageData<T>& image, int levelCount, CImageData<T>& firstRows,
-                        int plane, PlaneEncoder<T>& planeEncoder, std::pmr::memory_resource* memory)
+CRowLines<T>::CRowLines(const ImageShape& shape, int levelCount, CImageData<T>& firstRows,
+                        int plane, CPlaneEncoder<T>& planeEncoder,
+                        std::pmr::memory_resource* memory)
     : encoder(planeEncoder), levelsUsed(levelCount) {
     // The row of the coarsest order is shorter than any line.
-    const std::size_t longest = pitchSamples<T>(static_cast<std::size_t>(image.x));
+    const std::size_t longest = pitchSamples<T>(static_cast<std::size_t>(shape.width));
     std::size_t samples = kCacheLineBytes / sizeof(T) + longest;
     for (int l = 0; l < levelsUsed; ++l) {
-        const LevelGeometry geometry{image.x, image.y, image.stride, 1 << l};
+        const LevelGeometry geometry{shape.width, shape.height, firstRows.stride, 1 << l};
         Level& level = levels[l];
         level.rows = geometry.samplesPerColumn();
         level.columns = static_cast<std::size_t>(geometry.samplesPerRow());

@@ -1,8 +1,9 @@
 #pragma once
 
 #include "bitstream/Memory.h"
-#include "coding/encode/PlaneEncoder.h"
+#include "coding/encode/CPlaneEncoder.h"
 #include "image/CImageData.h"
+#include "image/ImageShape.h"
 #include "wavelet/CForwardSweep.h"
 #include "wavelet/LevelGeometry.h"
 
@@ -17,11 +18,11 @@ public:
     /// Rows of a level that are in work at one time.
     static constexpr int kRows = 4;
 
-    /// Requires: levels >= 1, as for an image of this size; firstRows, where
-    /// the rows of the plane will be, row r in row r % kRows, planeEncoder and memory outlive this object.
+    /// Requires: levelCount >= 1, that of an image of this shape; firstRows, where the rows of the plane
+    /// will be, row r in row r % kRows, planeEncoder and memory outlive this object.
     /// Throws: std::bad_alloc.
-    CRowLines(const CImageData<T>& image, int levelCount, CImageData<T>& firstRows, int plane,
-              PlaneEncoder<T>& planeEncoder, std::pmr::memory_resource* memory);
+    CRowLines(const ImageShape& shape, int levelCount, CImageData<T>& firstRows, int plane,
+              CPlaneEncoder<T>& planeEncoder, std::pmr::memory_resource* memory);
 
     int count() const { return levelsUsed; }
     int rows(int level) const { return levels[level].rows; }
@@ -32,12 +33,14 @@ public:
     }
 
     void passOn(int level, int r) {
-        encoder.encodeOdds(level, line(level, r), columns(level), line(level + 1, r / 2));
+        encoder.encodeOdds(level, r << level, line(level, r), columns(level),
+                           line(level + 1, r / 2));
     }
-    void settle(int level, int r) {
-        if (r % 2 != 0) return encoder.encodeLine(level, line(level, r), columns(level));
-        encoder.encodeOdds(level, line(level, r), columns(level), lowPass);
-        encoder.encodeLine(levelsUsed, lowPass, (columns(level) + 1) / 2);
+    void done(int level, int r) {
+        const int row = r << level;
+        if (r % 2 != 0) return encoder.encodeLine(level, row, line(level, r), columns(level));
+        encoder.encodeOdds(level, row, line(level, r), columns(level), lowPass);
+        encoder.encodeLine(levelsUsed, row, lowPass, (columns(level) + 1) / 2);
     }
 
 private:
@@ -49,7 +52,7 @@ private:
         std::size_t filteredColumns;
     };
 
-    PlaneEncoder<T>& encoder;
+    CPlaneEncoder<T>& encoder;
     MemoryArray<T> storage;
     Level levels[kMaxLevels];
     /// A row of the coarsest order.

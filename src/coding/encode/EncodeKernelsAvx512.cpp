@@ -57,9 +57,9 @@ QMX_TARGET inline void takeNew(OrderSections& order, int p, std::uint64_t fresh,
     constexpr std::uint64_t kFarthest = (1U << EventQueue::kSpanBits) - kGroupSize;
     EventQueue& queue = order.queues[p];
     const std::uint64_t index = order.position - order.bitPlanes[p].excluded;
-    if (queue.count > EventQueue::kEvents - kGroupSize || index - queue.base > kFarthest)
-        [[unlikely]] {
+    if (queue.isFull() || index - queue.base > kFarthest) [[unlikely]] {
         avx512::appendQueue(order, p);
+        if (queue.events == nullptr) order.makeQueue(p);
         queue.base = index;
     }
     const std::uint64_t candidates = extract(fresh, ~above);

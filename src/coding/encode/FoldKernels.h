@@ -13,6 +13,11 @@ struct FoldedUnion {
     T bits = 0;
     /// Coefficients that came out as magnitude 0 without being 0.
     std::uint64_t lost = 0;
+
+    void add(const FoldedUnion& other) {
+        bits = static_cast<T>(bits | other.bits);
+        lost += other.lost;
+    }
 };
 
 /// What happens to rows before their coefficients are coded.

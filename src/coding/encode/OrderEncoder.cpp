@@ -3,13 +3,23 @@
 #include <algorithm>
 
 namespace qmx {
+namespace {
+
+/// Returns: room for all events of a small order, in whole groups and a group to spare.
+std::size_t queueEvents(std::uint64_t coefficients) {
+    const std::uint64_t groups = coefficients / kGroupSize + 2;
+    return static_cast<std::size_t>(
+        std::min<std::uint64_t>(groups * kGroupSize, EventQueue::kEvents));
+}
+
+}  // namespace
 
 template <class T>
 OrderEncoder<T>::OrderEncoder(EncoderStreams<T>& streams, int plane, int order, int bitPlanes)
-    : kernels(&encodeKernels<T>(activeCpuLevel())),
-      newCounts(streams.newCounts.bitPlanes(plane, order)) {
+    : kernels(&activeEncodeKernels<T>()), newCounts(streams.newCounts.bitPlanes(plane, order)) {
     sections.begin(pairs, queues, streams.encoders.bitPlanes(plane, order),
-                   streams.refinements.bitPlanes(plane, order), bitPlanes);
+                   streams.refinements.bitPlanes(plane, order), bitPlanes,
+                   queueEvents(streams.coefficients(order)), streams.memory);
 }
 
 template <class T>

@@ -4,7 +4,7 @@
 #include <cstdint>
 
 #include "coding/encode/EncodeKernels.h"
-#include "coding/syntax/CoderStreams.h"
+#include "coding/encode/EncoderStreams.h"
 
 namespace qmx {
 
@@ -17,7 +17,7 @@ template <class T>
 class OrderEncoder {
 public:
     /// Takes over from the coders of the first bitPlanes bit planes. Requires: no coefficient has a
-    /// higher bit; streams outlives this object; 0 <= plane < 4; 0 <= order < 6.
+    /// higher bit; streams has plane and order, and outlives this object.
     OrderEncoder(EncoderStreams<T>& streams, int plane, int order,
                  int bitPlanes = kTableBitPlanes<T>);
     OrderEncoder(const OrderEncoder&) = delete;

@@ -3,18 +3,18 @@
 namespace qmx {
 
 void OrderSections::begin(PlaneSections* planeStorage, EventQueue* queueStorage,
-                          CBitChunkEncoder* runCoders, CBitChunkWriter* rawCoders, int planeCount) {
+                          CBitChunkEncoder* runCoders, CBitChunkWriter* rawCoders, int planeCount,
+                          std::size_t queueEvents, std::pmr::memory_resource* queueMemory) {
     bitPlanes = planeStorage;
     queues = queueStorage;
     encoders = runCoders;
     refinements = rawCoders;
     planes = planeCount;
-    for (int p = 0; p < planes; ++p) {
+    eventsOfQueue = queueEvents;
+    memory = queueMemory;
+    for (int p = 0; p < planes; ++p)
         bitPlanes[p] = {ByteBatch(encoders[p].writer().beginBatch()), refinements[p].beginBatch(),
                         0, std::uint64_t{0} - encoders[p].getRun(), 0};
-        queues[p].count = 0;
-        queues[p].base = 0;
-    }
 }
 
 void OrderSections::end(std::uint64_t* newCounts) {
@@ -49,6 +49,11 @@ void OrderSections::growRuns(int p) {
 
 void OrderSections::growBits(int p) {
     refinements[p].makeRoom(bitPlanes[p].refinement);
+}
+
+void OrderSections::makeQueue(int p) {
+    queues[p].room = makeArray<std::uint16_t>(eventsOfQueue, memory);
+    queues[p].events = queues[p].room.get();
 }
 
 }  // namespace qmx

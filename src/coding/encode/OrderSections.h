@@ -5,6 +5,7 @@
 #include "bitstream/BitBatch.h"
 #include "bitstream/ByteBatch.h"
 #include "bitstream/CBitEncoder.h"
+#include "bitstream/Memory.h"
 #include "bitstream/RunCode.h"
 
 namespace qmx {
@@ -30,6 +31,7 @@ struct PlaneSections {
 /// Events of one n section that wait to be coded together, from one group of coefficients to the
 /// next. Only some kernels keep events back.
 struct EventQueue {
+    /// Events that a queue has room for at most; queues of small orders have less.
     static constexpr std::size_t kEvents = 512;
     /// Bits of a count of covered coefficients from `base`. With 14, the codes of two neighbouring events
     /// always fit one append: a run and its sign take 2 n + 3 bits, where 2^n is the highest bit of the
@@ -37,11 +39,20 @@ struct EventQueue {
     static constexpr int kSpanBits = 14;
     static_assert(2 * ((kSpanBits - 1) + (kSpanBits - 2)) + 2 * 3 <= ByteBatch::kMaxBits);
 
-    /// The covered coefficients of the order from `base` to the event, doubled, and 1 for a sign.
-    std::uint16_t events[kEvents];
-    std::size_t count;
+    /// Returns: whether a group may have more events than there is room for, as without any room.
+    bool isFull() const { return count + kMostAtOnce > room.get_deleter().count; }
+
+    /// The covered coefficients of the order from `base` to the event, doubled, and 1 for a sign. Null
+    /// before the first event: most bit planes of a picture have none.
+    std::uint16_t* events = nullptr;
+    std::size_t count = 0;
     /// Covered coefficients in front of those that the events count.
-    std::uint64_t base;
+    std::uint64_t base = 0;
+    MemoryArray<std::uint16_t> room;
+
+private:
+    /// Events of a group.
+    static constexpr std::size_t kMostAtOnce = 64;
 };
 
 /// All sections of one colour plane and order.
@@ -52,9 +63,11 @@ struct EventQueue {
 /// concern it. Only coefficients that are not 0 cost anything.
 struct OrderSections {
     /// Takes over from the coders of planeCount bit planes. Requires: they and both storages, one
-    /// element for each, outlive this object.
+    /// element for each, outlive this object, as queueMemory outlives the queues; the queues have no room yet and
+    /// get room for queueEvents each, 64 to kEvents.
     void begin(PlaneSections* planeStorage, EventQueue* queueStorage, CBitChunkEncoder* runCoders,
-               CBitChunkWriter* rawCoders, int planeCount);
+               CBitChunkWriter* rawCoders, int planeCount, std::size_t queueEvents,
+               std::pmr::memory_resource* queueMemory);
     /// Gives the coders all bits and runs. Requires: the queues are empty. Throws: std::bad_alloc.
     void end(std::uint64_t* newCounts);
 
@@ -70,6 +83,9 @@ struct OrderSections {
         if (bitPlanes[p].refinement.isFull()) growBits(p);
     }
 
+    /// Gives a queue its room. Requires: it has none. Throws: std::bad_alloc.
+    [[gnu::cold, gnu::noinline]] void makeQueue(int p);
+
     PlaneSections* bitPlanes = nullptr;
     EventQueue* queues = nullptr;
     std::uint64_t position = 0;
@@ -81,6 +97,8 @@ private:
 
     CBitChunkEncoder* encoders = nullptr;
     CBitChunkWriter* refinements = nullptr;
+    std::size_t eventsOfQueue = 0;
+    std::pmr::memory_resource* memory = nullptr;
 };
 
 /// Appends the code of any run and a sign. Requires: run < 2^32; room for two appends.

@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-#include "coding/syntax/CoderStreams.h"
+#include "coding/syntax/CSectionTable.h"
 
 namespace qmx {
 

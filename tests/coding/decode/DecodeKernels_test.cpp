@@ -1,199 +1,160 @@
-// The decoder at every CPU level against the plain reference, which takes one bit at a time.
+// The kernel of the coefficient decoder alone: sections, windows and rows that stand between pages which may
+// not be touched.
 
 #include "coding/decode/DecodeKernels.h"
 
-#include <gtest/gtest.h>
+#include <list>
 
-#include "reference/ReferenceDecoder.h"
-#include "support/CodecObjects.h"
+#include "reference/ReferenceSections.h"
 #include "support/CpuLevels.h"
-#include "support/LibraryCodec.h"
-#include "support/StreamBuilder.h"
+#include "support/FoldedData.h"
+#include "support/GuardedBuffer.h"
+#include "support/KernelData.h"
 
 namespace {
 
+using namespace qmx;
 using test::Bytes;
-using test::Content;
-using test::Random;
-using test::RawImage;
-using test::ReadFrom;
-using test::sameBytes;
+using test::Density;
+using test::GuardedBuffer;
+using test::kLongestRow;
+using test::Side;
 
-struct SampleType {
-    int bytesPerPixel;
-    int bitsPerPixel;
+/// Coefficients that rows of all lengths need.
+constexpr std::size_t kMostCoefficients = kLongestRow * (kLongestRow + 1) / 2;
+/// The least that a window may hold, so that it is filled most often, and more.
+constexpr std::uint32_t kLeastCapacity = 256;
+constexpr std::uint32_t kLargerCapacity = 4160;
+
+constexpr ScanLine kLines[] = {{0, 0, 1}, {0, 0, 2}, {0, 1, 2}, {0, 4, 8}, {0, 0, 32}};
+
+/// The sections that a stream has got: those of bit planes from `lowest` on, and above `unrefined`.
+struct Cut {
+    int lowest;
+    int unrefined;
 };
-constexpr SampleType kSampleTypes[] = {{1, 8}, {3, 8}, {2, 10}, {2, 12}, {2, 13}, {2, 16}};
+constexpr Cut kWhole{0, -1};
+constexpr Cut kCuts[] = {kWhole, {0, 2}, {2, 2}, {3, 1}, {1, 5}, {9, 16}};
 
-RawImage imageOf(SampleType type, Content content, int width, int height, std::uint64_t seed = 1) {
-    return test::makeImage(content, type.bytesPerPixel, type.bitsPerPixel, width, height, seed);
-}
-
-void expectSameDecoding(const Bytes& stream) {
-    const reference::Decoded expected = reference::decode(stream);
-    for (const ReadFrom from : {ReadFrom::memory, ReadFrom::file}) {
-        const test::Decoded actual = test::decode(stream, from);
-        ASSERT_EQ(actual.status, expected.status);
-        ASSERT_TRUE(sameBytes(expected.bytes, actual.bytes));
+/// Coefficients of one order, and the payloads of their sections.
+template <class T>
+struct CodedOrder {
+    explicit CodedOrder(Density density)
+        : folded(test::foldedData<T>(density, kMostCoefficients, 1)) {
+        const reference::FoldedValues values(folded.begin(), folded.end());
+        std::int64_t all = 0;
+        for (const std::int64_t value : values)
+            all |= reference::magnitude(value);
+        for (int p = 0; p < bitLength(static_cast<std::uint64_t>(all)); ++p) {
+            significances.push_back(reference::nSection(values, p).payload.toBytes());
+            refinements.push_back(reference::uSection(values, p).payload.toBytes());
+        }
     }
-}
 
-Bytes prefixOf(const Bytes& stream, std::size_t sizeBytes) {
-    return {stream.begin(),
-            stream.begin() + static_cast<std::ptrdiff_t>(std::min(sizeBytes, stream.size()))};
-}
+    std::vector<T> folded;
+    std::vector<Bytes> significances;
+    std::vector<Bytes> refinements;
+};
 
-/// Flips some bits behind the header.
-void damage(Bytes& stream, Random& random) {
-    for (std::uint64_t flips = 1 + random.below(5); flips > 0; --flips)
-        stream[16 + random.below(stream.size() - 16)] ^=
-            static_cast<unsigned char>(1U << random.below(8));
-}
-
-class DecodeKernelsTest : public test::AtCpuLevel {};
-
-TEST_P(DecodeKernelsTest, AllWidths) {
-    for (int width = 1; width <= 200; ++width) {
-        SCOPED_TRACE(width);
-        const SampleType type = kSampleTypes[width % 6];
-        const auto content = static_cast<Content>(width / 6 % 5);
-        expectSameDecoding(test::encode(imageOf(type, content, width, 9)));
+/// The sections while they are being decoded.
+template <class T>
+class GuardedSections {
+public:
+    GuardedSections(const CodedOrder<T>& coded, Cut cut, Side bufferSide, std::uint32_t capacity)
+        : side(bufferSide) {
+        open.highest = static_cast<int>(coded.significances.size()) - 1;
+        open.lowest = cut.lowest;
+        open.unrefined = cut.unrefined;
+        open.capacity = capacity;
+        for (int p = 0; p <= open.highest; ++p) {
+            const auto place = static_cast<std::size_t>(p);
+            read(significances[p], coded.significances[place]);
+            decoders[p].attach(&significances[p]);
+            unsigned char* const news = bitmap();
+            open.windows[p] = {&decoders[p], news, bitmap(), 0, 0, decoders[p].getRun()};
+            read(refinements[p], coded.refinements[place]);
+            open.refinements[p] = {&refinements[p], refinements[p].loadedBits()};
+        }
     }
+
+    OrderWindows<T> open{};
+
+private:
+    unsigned char* buffer(const Bytes& bytes) { return buffers.emplace_back(bytes, side).data(); }
+    unsigned char* bitmap() {
+        return buffer(Bytes(open.capacity / 8 + SectionWindow::kSlackBytes));
+    }
+    void read(CBitInfiniteReader& reader, const Bytes& payload) {
+        CBitReader source(buffer(payload), payload.size());
+        reader.create(&source, 8 * payload.size());
+    }
+
+    Side side;
+    std::list<GuardedBuffer<unsigned char>> buffers;
+    CBitInfiniteReader significances[kTableBitPlanes<T>];
+    CBitInfiniteReader refinements[kTableBitPlanes<T>];
+    CBitDecoder decoders[kTableBitPlanes<T>];
+};
+
+template <class T>
+using Rows = std::vector<std::vector<T>>;
+
+/// Decodes rows of all lengths up to kLongestRow, one after the other.
+template <class T>
+Rows<T> decodeRows(CpuLevel level, const CodedOrder<T>& coded, Cut cut, const ScanLine& line,
+                   Side side, std::uint32_t capacity = kLeastCapacity) {
+    const auto sections = std::make_unique<GuardedSections<T>>(coded, cut, side, capacity);
+    Rows<T> rows;
+    for (std::size_t width = 0; width <= kLongestRow; ++width) {
+        const GuardedBuffer<T> row(std::vector<T>(width), side);
+        decodeKernels<T>(level).decodeLine(sections->open, row.data(), line,
+                                           static_cast<int>(width));
+        rows.push_back(row.samples());
+    }
+    return rows;
 }
 
-TEST_P(DecodeKernelsTest, ImagesOfManyWindowsOfAllTypesAndContents) {
-    for (const SampleType type : kSampleTypes)
-        for (const Content content :
-             {Content::flat, Content::gradient, Content::noise, Content::photo, Content::sparse}) {
-            SCOPED_TRACE(std::string(nameOf(content)) + std::to_string(type.bitsPerPixel));
-            expectSameDecoding(test::encode(imageOf(type, content, 301, 210)));
+template <class T>
+Rows<T> expectedRows(const std::vector<T>& folded, const ScanLine& line) {
+    Rows<T> rows;
+    auto next = folded.begin();
+    for (std::size_t width = 0; width <= kLongestRow; ++width) {
+        std::vector<T>& row = rows.emplace_back(width);
+        for (auto c = static_cast<std::size_t>(line.firstColumn); c < width;
+             c += static_cast<std::size_t>(line.stepColumns)) {
+            const std::int64_t value = *next++;
+            const auto magnitude = static_cast<T>(reference::magnitude(value));
+            row[c] = static_cast<T>(value % 2 != 0 ? -magnitude : magnitude);
+        }
+    }
+    return rows;
+}
+
+using DecodeKernelsTest = test::AtCpuLevel;
+
+template <class T>
+void expectLines(CpuLevel level, Density density) {
+    const CodedOrder<T> coded(density);
+    for (const ScanLine& line : kLines)
+        for (const Side side : test::kBothSides) {
+            SCOPED_TRACE(testing::Message() << sizeof(T) << " bytes, " << nameOf(density) << ", "
+                                            << nameOf(side) << ", step " << line.stepColumns);
+            for (const std::uint32_t capacity : {kLeastCapacity, kLargerCapacity})
+                ASSERT_EQ(decodeRows(level, coded, kWhole, line, side, capacity),
+                          expectedRows(coded.folded, line))
+                    << capacity;
+            for (const Cut& cut : kCuts)
+                ASSERT_EQ(decodeRows(level, coded, cut, line, side),
+                          decodeRows(CpuLevel::scalar, coded, cut, line, side))
+                    << cut.lowest << ", " << cut.unrefined;
         }
 }
 
-TEST_P(DecodeKernelsTest, StreamsCutAtEveryByte) {
-    for (const SampleType type : {SampleType{1, 8}, SampleType{2, 16}}) {
-        const Bytes stream = test::encode(imageOf(type, Content::photo, 24, 17));
-        for (std::size_t size = 16; size <= stream.size(); ++size) {
-            SCOPED_TRACE(size);
-            expectSameDecoding(prefixOf(stream, size));
-        }
+TEST_P(DecodeKernelsTest, RowsOfAllLengthsBetweenGuardPagesAreDecoded) {
+    for (const Density density : test::kDensities) {
+        expectLines<short>(GetParam(), density);
+        expectLines<int>(GetParam(), density);
     }
-}
-
-TEST_P(DecodeKernelsTest, LongStreamsCutAnywhere) {
-    Random random(5);
-    for (const SampleType type : kSampleTypes)
-        for (const Content content : {Content::noise, Content::photo, Content::sparse}) {
-            const Bytes stream = test::encode(imageOf(type, content, 150, 133));
-            for (int i = 0; i < 6; ++i) {
-                const std::size_t size = 16 + random.below(stream.size() - 15);
-                SCOPED_TRACE(size);
-                expectSameDecoding(prefixOf(stream, size));
-            }
-        }
-}
-
-TEST_P(DecodeKernelsTest, DamagedStreams) {
-    Random random(77);
-    for (int i = 0; i < 150; ++i) {
-        SCOPED_TRACE(i);
-        const SampleType type = kSampleTypes[i % 6];
-        const auto content = static_cast<Content>(i % 5);
-        Bytes stream = test::encode(imageOf(type, content, 40 + i, 30 + i % 7));
-        damage(stream, random);
-        expectSameDecoding(stream);
-    }
-}
-
-/// Returns: a stream file of a grayscale image with the sections in `sections`.
-Bytes grayFile(int width, int height, int bitsPerPixel, const Bytes& sections) {
-    RawImage image{bitsPerPixel > 8 ? 2 : 1, bitsPerPixel, width, height, {}};
-    const qmx::TKHeader header = test::headerOf(image);
-    Bytes stream(sizeof header + sections.size());
-    std::memcpy(stream.data(), &header, sizeof header);
-    std::copy(sections.begin(), sections.end(), stream.begin() + sizeof header);
-    return stream;
-}
-
-/// Returns: bits of which about one in `rarity` is set.
-std::string randomPayload(Random& random, std::uint64_t bits, std::uint64_t rarity) {
-    std::string payload;
-    for (; bits > 0; --bits)
-        payload += random.below(rarity) == 0 ? '1' : '0';
-    return payload;
-}
-
-TEST_P(DecodeKernelsTest, SectionsThatNoEncoderMakes) {
-    // Any mixture of the types and any payload: runs that cross each other, refinement without
-    // significance, planes above the tables, escapes and ends.
-    Random random(11);
-    for (int i = 0; i < 250; ++i) {
-        SCOPED_TRACE(i);
-        const int width = 16 + static_cast<int>(random.below(90));
-        const int height = 16 + static_cast<int>(random.below(20));
-        test::StreamBuilder builder(width, height, static_cast<int>(random.below(36)));
-        for (std::uint64_t sections = random.below(60); sections > 0; --sections)
-            builder.section(0, static_cast<int>(random.below(3)), random.below(2) == 0,
-                            randomPayload(random, random.below(300), 2 + random.below(30)));
-        expectSameDecoding(grayFile(width, height, random.below(2) == 0 ? 8 : 16,
-                                    random.below(2) == 0 ? builder.end() : builder.cut()));
-    }
-}
-
-TEST_P(DecodeKernelsTest, EscapesAndEndsAmongOrdinaryRuns) {
-    const std::string escape = std::string(40, '0') + "1";
-    const std::string end(41, '0');
-    Random random(12);
-    for (int i = 0; i < 100; ++i) {
-        SCOPED_TRACE(i);
-        test::StreamBuilder builder(120, 40, 9);
-        for (int p = 9; p >= 0; --p) {
-            std::string payload;
-            for (std::uint64_t parts = random.below(12); parts > 0; --parts) {
-                payload += randomPayload(random, random.below(120), 2);
-                if (random.below(4) == 0) payload += random.below(3) == 0 ? end : escape;
-            }
-            builder.n(0, payload);
-        }
-        expectSameDecoding(grayFile(120, 40, 8, builder.end()));
-    }
-}
-
-TEST_P(DecodeKernelsTest, SuspendedAfterEachRow) {
-    const RawImage photo = imageOf({1, 8}, Content::photo, 133, 70);
-    const Bytes stream = test::encode(photo);
-    qmx::CBitReader reader(stream.data() + 16, stream.size() - 16);
-    qmx::CImageData<short> image(photo.width, photo.height, 1);
-    qmx::CFilter5_3<short> filter;
-    qmx::CWaveletDecoder<short> decoder(&image, &filter, false);
-    for (int row = 0; row < photo.height; ++row) {
-        decoder.stop();
-        ASSERT_EQ(decoder.readWavelet(reader, 0), qmx::kSuspended) << row;
-    }
-    ASSERT_EQ(decoder.readWavelet(reader, 0), qmx::kComplete);
-    decoder.untransform();
-    Bytes back(photo.bytes.size());
-    decoder.convertAndCopyToT(back.data(), 1, 0);
-    EXPECT_TRUE(sameBytes(photo.bytes, back));
-}
-
-TEST_P(DecodeKernelsTest, ALevelGoesOnWhereAnotherHasStopped) {
-    const RawImage photo = imageOf({2, 16}, Content::photo, 133, 70);
-    const Bytes stream = test::encode(photo);
-    qmx::CBitReader reader(stream.data() + 16, stream.size() - 16);
-    qmx::CImageData<int> image(photo.width, photo.height, 1);
-    qmx::CFilter5_3<int> filter;
-    qmx::CWaveletDecoder<int> decoder(&image, &filter, false);
-    ASSERT_EQ(decoder.readWavelet(reader, -31), qmx::kSuspended);
-    {
-        const qmx::CCpuLevelGuard other(qmx::CpuLevel::scalar);
-        ASSERT_EQ(decoder.readWavelet(reader, -40), qmx::kSuspended);
-    }
-    ASSERT_EQ(decoder.readWavelet(reader, 0), qmx::kComplete);
-    decoder.untransform();
-    Bytes back(photo.bytes.size());
-    decoder.convertAndCopyToT(back.data(), 2, 0);
-    EXPECT_TRUE(sameBytes(photo.bytes, back));
 }
 
 INSTANTIATE_TEST_SUITE_P(Levels, DecodeKernelsTest, test::allCpuLevels(), test::cpuLevelName());

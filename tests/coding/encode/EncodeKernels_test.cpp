@@ -87,7 +87,7 @@ void expectReferenceSections(std::size_t count) {
         SCOPED_TRACE(nameOf(density));
         const auto folded = foldedData<T>(density, count, count);
         GuardedHeap heap(Side::atEnd);
-        auto streams = std::make_unique<EncoderStreams<T>>(&heap);
+        auto streams = std::make_unique<EncoderStreams<T>>(1, 0, folded.size(), &heap);
         encodeInPieces(*streams, folded, count);
         expectSections(*streams, folded);
     }
@@ -111,13 +111,13 @@ template <class T>
 void expectSectionsOfRows(Density density, Side side) {
     constexpr auto kPlanes = std::size_t{kTableBitPlanes<T>};
     GuardedHeap heap(side);
-    const auto streams = std::make_unique<EncoderStreams<T>>(&heap);
+    const auto streams = std::make_unique<EncoderStreams<T>>(1, 0, test::kLongestRow, &heap);
     const GuardedBuffer<PlaneSections> pairs(std::vector<PlaneSections>(kPlanes), side);
-    const GuardedBuffer<EventQueue> queues(std::vector<EventQueue>(kPlanes), side);
+    std::vector<EventQueue> queues(kPlanes);
     const auto& kernels = encodeKernels<T>(activeCpuLevel());
     OrderSections order;
     order.begin(pairs.data(), queues.data(), streams->encoders.bitPlanes(0, 0),
-                streams->refinements.bitPlanes(0, 0), kTableBitPlanes<T>);
+                streams->refinements.bitPlanes(0, 0), kTableBitPlanes<T>, 2 * kGroupSize, &heap);
     std::vector<T> all;
     for (std::size_t count = 0; count <= test::kLongestRow; ++count) {
         auto row = foldedData<T>(density, count, count);
@@ -141,7 +141,8 @@ TEST_P(EncodeKernelsAt, RowsOfAllLengthsBetweenGuardPagesAreEncoded) {
 
 TEST_P(EncodeKernelsAt, OneCoefficientAfterTheOtherGivesTheSameSections) {
     const auto folded = foldedData<short>(Density::dense, 3000, 4);
-    auto streams = std::make_unique<EncoderStreams<short>>(std::pmr::new_delete_resource());
+    auto streams = std::make_unique<EncoderStreams<short>>(1, 0, folded.size(),
+                                                           std::pmr::new_delete_resource());
     OrderEncoder<short> encoder(*streams, 0, 0);
     for (const short value : folded)
         encoder.encode(value < 0 ? 0 : static_cast<std::uint64_t>(value));
@@ -155,7 +156,8 @@ TEST_P(EncodeKernelsAt, RunsOfAllLengthsAreCoded) {
         folded.resize(folded.size() + run, 0);
         folded.push_back(run % 3 == 0 ? 3 : 2);
     }
-    auto streams = std::make_unique<EncoderStreams<int>>(std::pmr::new_delete_resource());
+    auto streams =
+        std::make_unique<EncoderStreams<int>>(1, 0, folded.size(), std::pmr::new_delete_resource());
     encodeInPieces(*streams, folded, 9);
     expectSections(*streams, folded);
 }
@@ -168,7 +170,8 @@ void expectRuns(const std::vector<std::size_t>& runs, std::size_t times) {
             folded.resize(folded.size() + run, 0);
             folded.push_back(i % 3 == 0 ? T{3} : T{2});
         }
-    auto streams = std::make_unique<EncoderStreams<T>>(std::pmr::new_delete_resource());
+    auto streams =
+        std::make_unique<EncoderStreams<T>>(1, 0, folded.size(), std::pmr::new_delete_resource());
     encodeInPieces(*streams, folded, times, 100'000'000);
     expectSections(*streams, folded);
 }

@@ -5,13 +5,11 @@
 #include <string_view>
 
 #include "bitstream/Status.h"
-#include "coding/decode/CWaveletDecoder.h"
 #include "coding/syntax/FoldedValue.h"
 #include "reference/ReferenceDecoder.h"
+#include "reference/ReferenceWavelet.h"
 #include "support/CodecCalls.h"
 #include "support/FoundRescue.h"
-#include "wavelet/CFilter5_3.h"
-#include "wavelet/OutputConversion.h"
 
 namespace {
 
@@ -81,17 +79,15 @@ constexpr Stage kWrapStages[] = {
 
 /// Returns: an image whose coarsest order of 3 x 4 coefficients is given.
 RawImage imageOf(std::string_view coefficients, int bytesPerPixel) {
-    CImageData<int> plane(9, 13, 1);
-    plane.clear();
+    reference::Plane plane(9, 13);
     for (std::size_t i = 0; i < coefficients.size(); ++i)
-        plane.row(0, static_cast<int>(i / 3) * 4)[i % 3 * 4] = coefficients[i] - '0';
-    CFilter5_3<int> filter;
-    CWaveletDecoder<int>(&plane, &filter, false).untransform();
-    RawImage image{bytesPerPixel, 8 * bytesPerPixel, plane.x, plane.y, {}};
-    image.bytes.resize(rowBytesOf(image) * static_cast<std::size_t>(image.height));
-    for (int r = 0; r < plane.y; ++r)
-        convertRow(plane, r, bytesPerPixel, SampleLimit<int>(0),
-                   image.bytes.data() + static_cast<std::size_t>(r) * rowBytesOf(image));
+        plane.at(static_cast<std::int64_t>(i / 3) * 4, static_cast<std::int64_t>(i % 3) * 4) =
+            coefficients[i] - '0';
+    reference::inverseTransform(plane, 32);
+    RawImage image{bytesPerPixel, 8 * bytesPerPixel, 9, 13, {}};
+    for (const std::int64_t sample : plane.values)
+        for (int byte = 0; byte < bytesPerPixel; ++byte)
+            image.bytes.push_back(static_cast<unsigned char>(sample >> (8 * byte)));
     return image;
 }
 

@@ -22,7 +22,7 @@ TEST(SectionLengths, AreThoseOfTheCoders) {
     test::Random random(5);
     for (std::size_t count = 1; count < 200; ++count) {
         const auto values = someValues(count, static_cast<int>(count % 16), random);
-        EncoderStreams<short> streams(std::pmr::new_delete_resource());
+        EncoderStreams<short> streams(1, 0, count, std::pmr::new_delete_resource());
         OrderEncoder<short> coder(streams, 0, 0);
         for (const std::uint64_t value : values)
             coder.encode(value);

@@ -1,0 +1,84 @@
+#include "coding/decode/CReceivedSections.h"
+
+#include "bitstream/Status.h"
+#include "wavelet/LevelGeometry.h"
+
+namespace qmx {
+
+template <class T>
+CReceivedSections<T>::CReceivedSections(const ImageShape& imageShape,
+                                        std::pmr::memory_resource* memory)
+    : imageSize(imageShape),
+      levelsUsed(levelCount(imageSize.width, imageSize.height)),
+      workMemory(memory) {}
+
+/// Forgets all sections and makes room for those of another stream.
+template <class T>
+void CReceivedSections<T>::begin(int topPlane) {
+    highestPlane = topPlane;
+    nextPlanes.reset(topPlane);
+    coders.reset();
+    coders = makeObject<DecoderStreams<T>>(workMemory, imageSize.planes, levelsUsed, topPlane,
+                                           workMemory);
+}
+
+template <class T>
+void CReceivedSections<T>::assignSignificance(CBitReader& in, int plane, int order,
+                                              std::uint64_t lengthBits) {
+    const std::int64_t bitPlane = nextPlanes.take(plane, order, false);
+    CBitInfiniteReader* reader = coders->significances.find(plane, order, bitPlane);
+    if (reader == nullptr) return;
+    // An empty section has no payload of its own; what follows belongs to others.
+    if (lengthBits != 0) reader->create(&in, lengthBits);
+    coders->decoders.find(plane, order, bitPlane)->attach(reader);
+}
+
+template <class T>
+void CReceivedSections<T>::assignRefinement(CBitReader& in, int plane, int order,
+                                            std::uint64_t lengthBits) {
+    const std::int64_t bitPlane = nextPlanes.take(plane, order, true);
+    CBitInfiniteReader* reader = coders->refinements.find(plane, order, bitPlane);
+    if (reader != nullptr) reader->create(&in, lengthBits);
+}
+
+template <class T>
+void CReceivedSections<T>::assign(CBitReader& in, const SectionHeader& section) {
+    if (section.isRefinement) {
+        assignRefinement(in, section.plane, section.order, section.lengthBits);
+    } else {
+        assignSignificance(in, section.plane, section.order, section.lengthBits);
+    }
+}
+
+template <class T>
+int CReceivedSections<T>::readSections(CBitReader& in, int sectionLimit,
+                                       const std::atomic<bool>* stop) {
+    const SectionBounds bounds{imageSize.planes, levelsUsed,
+                               sampleCountBits(imageSize.width, imageSize.height)};
+    begin(readTopPlane(in));
+    SectionHeader section;
+    for (int count = 1;; ++count) {
+        const NextSection next = readNextSection(in, section, bounds);
+        if (next == NextSection::endMark) return kComplete;
+        if (next == NextSection::foreign) return kInvalidSection;
+        assign(in, section);
+        if (stop != nullptr && stop->load(std::memory_order_relaxed)) return kKilled;
+        in.skip(section.lengthBits);
+        if (count == sectionLimit) return kCut;
+    }
+}
+
+template <class T>
+int CReceivedSections<T>::read(CBitReader& in, int sectionLimit, const std::atomic<bool>* stop) {
+    begin(-1);
+    try {
+        return readSections(in, sectionLimit, stop);
+    } catch (int) {
+        return kCut;  // the data ended
+    }
+}
+
+template class CReceivedSections<short>;
+template class CReceivedSections<int>;
+
+}  // namespace qmx

@@ -1,0 +1,34 @@
+#include "coding/decode/DecodeRows.h"
+
+#include "coding/decode/PlaneDecoder.h"
+#include "wavelet/CRowRestorer.h"
+
+namespace qmx {
+
+template <class T>
+bool decodeRows(CReceivedSections<T>& sections, IRowSink<T>& sink, const RowDecoding& decoding) {
+    const ImageShape& shape = sections.shape();
+    CRowRestorer<T> restorer(shape, sections.memory());
+    MemoryObject<PlaneDecoder<T>> decoders[CImageData<T>::kMaxPlanes];
+    for (int p = 0; p < shape.planes; ++p)
+        decoders[p] = makeObject<PlaneDecoder<T>>(
+            sections.memory(), sections.streams(), sections.counters(), p, sections.topPlane(),
+            sections.levels(), shape.samplesPerPlane(), sections.memory());
+    const DecodeKernels<T>& kernels = activeDecodeKernels<T>();
+    const auto fill = [&](int p, int row, T* samples) {
+        if (row >= decoding.firstRowOf(p))
+            decoders[p]->decodeRow(kernels, row, samples, shape.width);
+        return !decoding.isStopped();
+    };
+    for (int r = 0; r < shape.height; ++r) {
+        if (!restorer.restore(r, fill)) return false;
+        if (!sink.take(restorer.rows(), restorer.slotOf(r), r) || decoding.isStopped())
+            return false;
+    }
+    return true;
+}
+
+template bool decodeRows<short>(CReceivedSections<short>&, IRowSink<short>&, const RowDecoding&);
+template bool decodeRows<int>(CReceivedSections<int>&, IRowSink<int>&, const RowDecoding&);
+
+}  // namespace qmx

@@ -1,0 +1,26 @@
+#include "container/CRawFileRows.h"
+
+#include "bitstream/Throwing.h"
+
+namespace qmx {
+
+CRawFileRows::CRawFileRows(const TKHeader& header, FilePtr rawFile)
+    : file(std::move(rawFile)),
+      start(placeToReturn(file.get())),
+      rowBytes(header.rawRowBytes()),
+      bytes(std::make_unique_for_overwrite<unsigned char[]>(start < 0 ? header.rawBytes()
+                                                                      : rowBytes)) {}
+
+unsigned char* CRawFileRows::placeOf(int r) const {
+    return start < 0 ? bytes.get() + static_cast<std::size_t>(r) * rowBytes : bytes.get();
+}
+
+const unsigned char* CRawFileRows::row(int r) {
+    if (start < 0 && r < rowsRead) return placeOf(r);
+    if (r < rowsRead) returnTo(file.get(), start);
+    if (std::fread(placeOf(r), 1, rowBytes, file.get()) < rowBytes) throwEndOfStream();
+    rowsRead = r + 1;
+    return placeOf(r);
+}
+
+}  // namespace qmx

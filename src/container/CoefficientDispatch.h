@@ -1,0 +1,22 @@
+#pragma once
+
+#include "container/TKHeader.h"
+
+namespace qmx {
+
+/// 2-byte samples of up to this many bits have 16-bit coefficients, those of more 32-bit ones. The
+/// two profiles differ, and streams depend on it (Quirk 17). Format: docs/format.md, 3 Header.
+enum class MostBitsOfShort { inFiles = 12, inMemory = 11 };
+
+/// Calls run.template operator()<T>() with the coefficient type T that a header asks for.
+/// Returns: run's result, or otherwise() when no type fits.
+template <class Run, class Otherwise>
+auto dispatchCoefficients(const TKHeader& header, MostBitsOfShort mostBits, Run run,
+                          Otherwise otherwise) {
+    if (!header.isSupported()) return otherwise();
+    const bool isShort =
+        header.bytesPerPixel != 2 || header.bitsPerPixel <= static_cast<int>(mostBits);
+    return isShort ? run.template operator()<short>() : run.template operator()<int>();
+}
+
+}  // namespace qmx

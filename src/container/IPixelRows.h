@@ -1,0 +1,54 @@
+#pragma once
+
+#include <cstddef>
+
+#include "image/PixelRows.h"
+#include "wavelet/IRowSource.h"
+
+namespace qmx {
+
+/// The rows of a raw image, wherever they come from. Format: docs/format.md, 2 Raw images.
+class IPixelRows {
+public:
+    virtual ~IPixelRows() = default;
+    /// Returns: the bytes of row r, until the next call; they may be null where a row has none.
+    /// Requires: r is 0, or the row behind the one that was asked for last.
+    /// Throws: 3 when there is no such row; FileError; std::bad_alloc.
+    virtual const unsigned char* row(int r) = 0;
+};
+
+/// Rows in memory, strideBytes from one to the next, at any address.
+class CPixelsInMemory final : public IPixelRows {
+public:
+    /// Requires: pixels stay as they are while this object is used.
+    CPixelsInMemory(const void* pixels, std::size_t strideBytes)
+        : first(static_cast<const unsigned char*>(pixels)), stride(strideBytes) {}
+
+    const unsigned char* row(int r) override {
+        return first == nullptr ? nullptr : first + static_cast<std::size_t>(r) * stride;
+    }
+
+private:
+    const unsigned char* first;
+    std::size_t stride;
+};
+
+/// Raw rows as an encoder takes them.
+template <class T>
+class CPixelSource final : public IRowSource<T> {
+public:
+    /// Requires: pixelRows outlives this object; bytesPerPixel as loadRow requires it.
+    CPixelSource(IPixelRows& pixelRows, int bytesPerPixel)
+        : pixels(pixelRows), layout(bytesPerPixel) {}
+
+    void load(CImageData<T>& rows, int slot, int r) override {
+        const unsigned char* row = pixels.row(r);
+        if (rows.x != 0) loadRow(rows, slot, layout, row);
+    }
+
+private:
+    IPixelRows& pixels;
+    int layout;
+};
+
+}  // namespace qmx

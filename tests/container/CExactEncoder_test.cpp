@@ -1,0 +1,73 @@
+#include "container/CExactEncoder.h"
+
+#include <gtest/gtest.h>
+
+#include "container/Comparison.h"
+#include "support/CodecObjects.h"
+#include "support/DriverAgreement.h"
+
+namespace {
+
+using namespace qmx;
+using test::Bytes;
+using test::Content;
+using test::makeImage;
+using test::RawImage;
+
+/// An image as a job, in memory.
+struct Job : ImageJob {
+    explicit Job(const RawImage& image, const std::atomic<bool>* stopFlag = nullptr)
+        : ImageJob{test::headerOf(image), rows, std::pmr::new_delete_resource(), stopFlag},
+          rows(image.bytes.data(), header.rawRowBytes()) {}
+
+    CPixelsInMemory rows;
+};
+
+WrittenStream behindHeader(const Bytes& stream) {
+    return {stream.data() + sizeof(TKHeader), stream.size() - sizeof(TKHeader)};
+}
+
+TEST(Comparison, TellsTheImageFromEveryOther) {
+    for (const test::SampleKind kind : {test::SampleKind{1, 8}, {3, 8}, {2, 12}, {2, 16}}) {
+        RawImage image = makeImage(Content::photo, kind.bytesPerPixel, kind.bitsPerPixel, 64, 48);
+        const Bytes stream = test::compressObject(image).stream;
+        const Job job(image);
+        EXPECT_TRUE(restoresExactly(job, behindHeader(stream)));
+        EXPECT_FALSE(restoresExactly(job, behindHeader(test::prefixOf(stream, stream.size() / 2))))
+            << "a cut stream";
+        for (const std::size_t place : {std::size_t{0}, image.bytes.size() - 1}) {
+            image.bytes[place] ^= 1;
+            EXPECT_FALSE(restoresExactly(job, behindHeader(stream))) << place;
+            image.bytes[place] ^= 1;
+        }
+    }
+}
+
+TEST(Comparison, ATwelveBitStreamHasToComeBackInBothProfiles) {
+    RawImage image = makeImage(Content::noise, 2, 16, 32, 32);
+    image.bitsPerPixel = 12;
+    const Bytes stream = test::compressObject(image).stream;
+    ASSERT_EQ(test::decompressObject(stream).bytes, image.bytes) << "in memory it does";
+    EXPECT_FALSE(restoresExactly(Job(image), behindHeader(stream)));
+}
+
+TEST(CExactEncoder, RaisedBitsAreThoseOfTheSamplesAndMoreThanDeclared) {
+    RawImage image{2, 9, 4, 4, Bytes(32)};
+    EXPECT_EQ(raisedBits(Job(image)), 10);
+    image.bytes[31] = 0x20;
+    EXPECT_EQ(raisedBits(Job(image)), 14);
+    image.bitsPerPixel = 15;
+    EXPECT_EQ(raisedBits(Job(image)), 16);
+}
+
+TEST(CExactEncoder, AStoppedJobWritesNothing) {
+    const RawImage image = makeImage(Content::photo, 2, 16, 40, 30);
+    const std::atomic<bool> stop{true};
+    Job job(image, &stop);
+    bool isWritten = false;
+    Rescues rescues = 0;
+    EXPECT_EQ(encodeExactly(job, rescues, [&](auto&) { isWritten = true; }), std::nullopt);
+    EXPECT_FALSE(isWritten);
+}
+
+}  // namespace
