@@ -10,8 +10,8 @@
 
 #include "SampleScene.h"
 #include "bitstream/CBitReader.h"
+#include "coding/decode/CPlaneDecoder.h"
 #include "coding/decode/CReceivedSections.h"
-#include "coding/decode/PlaneDecoder.h"
 
 namespace {
 
@@ -59,9 +59,9 @@ Bytes streamOf(const sample::Layout& layout, int noise) {
 
 template <class T>
 void decodePlane(qmx::CReceivedSections<T>& sections, T* row) {
-    qmx::PlaneDecoder<T> decoder(sections.streams(), sections.counters(), 0, sections.topPlane(),
-                                 sections.levels(), sections.shape().samplesPerPlane(),
-                                 sections.memory());
+    qmx::CPlaneDecoder<T> decoder(sections.streams(), sections.counters(), 0, sections.topPlane(),
+                                  sections.levels(), sections.shape().samplesPerPlane(),
+                                  sections.memory());
     const qmx::DecodeKernels<T>& kernels = qmx::decodeKernels<T>(qmx::activeCpuLevel());
     for (int r = 0; r < kHeight; ++r) {
         std::fill_n(row, kWidth, T{0});

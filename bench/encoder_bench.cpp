@@ -115,7 +115,7 @@ void encodeGroups(benchmark::State& state, CpuLevel level, const std::vector<T>&
         state.PauseTiming();
         auto streams =
             std::make_unique<EncoderStreams<T>>(1, 0, kSamples, std::pmr::new_delete_resource());
-        auto encoder = std::make_unique<OrderEncoder<T>>(*streams, 0, 0);
+        auto encoder = std::make_unique<COrderEncoder<T>>(*streams, 0, 0);
         state.ResumeTiming();
         encoder->encodeRow(folded.data(), kSamples);
         encoder->finish();

@@ -59,8 +59,8 @@ bool CBitInfiniteReader::fetchWindow() {
 void CBitInfiniteReader::fetch() {
     if (fetchWindow()) return;
     next = {};
-    buffer = reinterpret_cast<const unsigned char*>(zeroBuffer.data());
-    bufferWords = static_cast<std::int64_t>(zeroBuffer.size());
+    buffer = reinterpret_cast<const unsigned char*>(kZeroBuffer.data());
+    bufferWords = static_cast<std::int64_t>(kZeroBuffer.size());
     tailBytes = 0;
     cursor = 0;
 }

@@ -32,7 +32,7 @@ private:
     void moveTo(const FilePosition& place);
 
     /// Read again and again by every infinite reader.
-    static inline const std::array<std::uint64_t, 64> zeroBuffer{};
+    static inline const std::array<std::uint64_t, 64> kZeroBuffer{};
 
     /// Where the data behind the window go on; no file when there are none.
     FilePosition next;

@@ -4,8 +4,8 @@
 #include <cstring>
 
 #include "bitstream/CBitWriter.h"
+#include "coding/encode/CSectionRescue.h"
 #include "coding/encode/SectionLengths.h"
-#include "coding/encode/SectionRescue.h"
 #include "container/COffsetSource.h"
 
 namespace qmx {
@@ -109,7 +109,7 @@ bool CExactEncoder<T>::recode(int plane) {
         noteMove(kOtherRepresentative, moved != values, closing);
         return true;
     };
-    return SectionRescue(values, longest, COtherRepresentative(), job.stop)
+    return CSectionRescue(values, longest, COtherRepresentative(), job.stop)
         .search(std::ref(accept));
 }
 
@@ -127,7 +127,7 @@ bool CExactEncoder<T>::addWholeWraps() {
         noteMove(kWholeWraps, moved != values, closing);
         return true;
     };
-    return SectionRescue(values, longest, move, job.stop).search(std::ref(accept));
+    return CSectionRescue(values, longest, move, job.stop).search(std::ref(accept));
 }
 
 template <class T>

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "coding/encode/SectionRescue.h"
+#include "coding/encode/CSectionRescue.h"
 
 namespace test {
 
@@ -17,7 +17,7 @@ struct FoundRescue {
 inline FoundRescue rescue(const qmx::FoldedValues& values, std::uint64_t longestBits,
                           const qmx::ICoefficientMove& move) {
     FoundRescue found;
-    found.isFound = qmx::SectionRescue(values, longestBits, move)
+    found.isFound = qmx::CSectionRescue(values, longestBits, move)
                         .search([&](const qmx::FoldedValues& moved, qmx::ClosingRuns closing) {
                             found.values = moved;
                             found.closing = closing;

@@ -5,7 +5,7 @@
 #include "bitstream/CBitReader.h"
 #include "bitstream/Memory.h"
 #include "coding/decode/DecoderStreams.h"
-#include "coding/syntax/SectionCounters.h"
+#include "coding/syntax/CSectionCounters.h"
 #include "coding/syntax/SectionSyntax.h"
 #include "image/ImageShape.h"
 
@@ -37,7 +37,7 @@ public:
 
     DecoderStreams<T>& streams() { return *coders; }
     /// Returns: the bit planes that sections to come would carry.
-    const SectionCounters& counters() const { return nextPlanes; }
+    const CSectionCounters& counters() const { return nextPlanes; }
     /// Returns: the top plane of the stream, -1 for none.
     int topPlane() const { return highestPlane; }
 
@@ -53,7 +53,7 @@ private:
     std::pmr::memory_resource* workMemory;
     /// Null before read.
     MemoryObject<DecoderStreams<T>> coders;
-    SectionCounters nextPlanes;
+    CSectionCounters nextPlanes;
     int highestPlane = -1;
 };
 

@@ -1,6 +1,6 @@
 #include "coding/decode/DecodeRows.h"
 
-#include "coding/decode/PlaneDecoder.h"
+#include "coding/decode/CPlaneDecoder.h"
 #include "wavelet/CRowRestorer.h"
 
 namespace qmx {
@@ -9,9 +9,9 @@ template <class T>
 bool decodeRows(CReceivedSections<T>& sections, IRowSink<T>& sink, const RowDecoding& decoding) {
     const ImageShape& shape = sections.shape();
     CRowRestorer<T> restorer(shape, sections.memory());
-    MemoryObject<PlaneDecoder<T>> decoders[CImageData<T>::kMaxPlanes];
+    MemoryObject<CPlaneDecoder<T>> decoders[CImageData<T>::kMaxPlanes];
     for (int p = 0; p < shape.planes; ++p)
-        decoders[p] = makeObject<PlaneDecoder<T>>(
+        decoders[p] = makeObject<CPlaneDecoder<T>>(
             sections.memory(), sections.streams(), sections.counters(), p, sections.topPlane(),
             sections.levels(), shape.samplesPerPlane(), sections.memory());
     const DecodeKernels<T>& kernels = activeDecodeKernels<T>();

@@ -3,8 +3,8 @@
 #include <algorithm>
 
 #include "coding/encode/CNearestRounding.h"
+#include "coding/encode/COrderEncoder.h"
 #include "coding/encode/CSectionChooser.h"
-#include "coding/encode/OrderEncoder.h"
 #include "coding/encode/SectionLengths.h"
 #include "coding/syntax/FoldedValue.h"
 #include "coding/syntax/SectionSyntax.h"
@@ -133,7 +133,7 @@ template <class T>
 void CCodedSections<T>::writeStream(CBitWriter& out, const std::atomic<bool>* stop) {
     const CNearestRounding rounding;
     coded.misreadBit = CodedFacts::kNeverMisread;
-    SectionCounters counters;
+    CSectionCounters counters;
     counters.reset(highestPlane);
     CSectionChooser<T> chooser(*coders, counters);
     writeTopPlane(out, highestPlane);
@@ -179,7 +179,7 @@ void CCodedSections<T>::recodeCoarsest(int plane, const FoldedValues& values, Cl
     raiseTopPlane(bitLength(most >> 1) - 1);
     coders->restart(plane, levels());
     // Not on the stack, of which it would take more than all else.
-    const auto encoder = makeObject<OrderEncoder<T>>(workMemory, *coders, plane, levels());
+    const auto encoder = makeObject<COrderEncoder<T>>(workMemory, *coders, plane, levels());
     for (const std::uint64_t folded : values)
         encoder->encode(folded);
     encoder->finish();

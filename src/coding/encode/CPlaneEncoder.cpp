@@ -39,7 +39,7 @@ void CPlaneEncoder<T>::encodeOdds(int order, int row, const T* line, std::size_t
 
 template <class T>
 void CPlaneEncoder<T>::encodeBlock(int order, const T* block, std::size_t count) {
-    OrderEncoder<T>& encoder = *orders[order];
+    COrderEncoder<T>& encoder = *orders[order];
     T* folded = encoder.room();
     kernels->fold(block, count, folded, found);
     if (order == levelCount) coarsestValues.insert(coarsestValues.end(), folded, folded + count);

@@ -3,8 +3,8 @@
 #include <optional>
 
 #include "coding/encode/CCodedSections.h"
+#include "coding/encode/COrderEncoder.h"
 #include "coding/encode/FoldKernels.h"
-#include "coding/encode/OrderEncoder.h"
 
 namespace qmx {
 
@@ -31,7 +31,7 @@ public:
 private:
     /// Columns that are folded together: few enough for the first cache.
     static constexpr std::size_t kBlockColumns = 512;
-    static_assert(kBlockColumns <= OrderEncoder<T>::kRoom);
+    static_assert(kBlockColumns <= COrderEncoder<T>::kRoom);
 
     bool isSent(int row) const { return row >= firstSentRow && levelCount >= 0; }
     void encodeBlock(int order, const T* block, std::size_t count);
@@ -42,7 +42,7 @@ private:
     int firstSentRow;
     std::pmr::vector<T>& coarsestValues;
     FoldedUnion<T> found;
-    std::optional<OrderEncoder<T>> orders[kMaxOrders];
+    std::optional<COrderEncoder<T>> orders[kMaxOrders];
 };
 
 extern template class CPlaneEncoder<short>;

@@ -5,7 +5,7 @@
 
 #include "coding/encode/EncoderStreams.h"
 #include "coding/encode/SectionPriority.h"
-#include "coding/syntax/SectionCounters.h"
+#include "coding/syntax/CSectionCounters.h"
 
 namespace qmx {
 
@@ -21,7 +21,7 @@ template <class T>
 class CSectionChooser {
 public:
     /// Requires: both outlive this object.
-    CSectionChooser(EncoderStreams<T>& coderStreams, const SectionCounters& sectionCounters)
+    CSectionChooser(EncoderStreams<T>& coderStreams, const CSectionCounters& sectionCounters)
         : streams(coderStreams), counters(sectionCounters) {}
 
     /// Returns: the choice, or nothing when all sections have been sent. On a tie the earlier
@@ -59,7 +59,7 @@ private:
     }
 
     EncoderStreams<T>& streams;
-    const SectionCounters& counters;
+    const CSectionCounters& counters;
     double best = -1.0;
     SectionChoice choice{};
 };

@@ -113,7 +113,7 @@ QMX_TARGET inline void appendEvents(ByteBatch& section, std::uint64_t run, std::
             appendEvent(batch, run, signs & 1);
         }
         signs >>= 1;
-        const WindowCode window = kWindowCodes[candidates & lowBits(kWindowBits)];
+        const CWindowCode window = kWindowCodes[candidates & lowBits(kWindowBits)];
         codes |= (window.codes() | _pdep_u64(signs, window.signSlots())) << bits;
         batch.append(codes, bits + window.bits());
         candidates >>= window.passed();

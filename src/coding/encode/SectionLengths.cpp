@@ -14,7 +14,7 @@ std::uint64_t SectionLength::sentBits(std::uint64_t longestBits, ClosingRuns clo
 std::array<SectionLength, kMagnitudeBits> significanceLengths(
     std::span<const std::uint64_t> foldedValues) {
     std::array<SectionLength, kMagnitudeBits> sections{};
-    // As in OrderEncoder: a run is the distance from runStart, which moves on with coefficients that
+    // As in COrderEncoder: a run is the distance from runStart, which moves on with coefficients that
     // the section does not cover.
     std::array<std::uint64_t, kMagnitudeBits> runStart{};
     std::uint64_t position = 0;

@@ -45,10 +45,10 @@ inline constexpr int kWindowCodeBits = 2 * kWindowBits;
 /// All events among kWindowBits candidates, in one word: the joined codes with 0 in place of signs,
 /// the mask of the signs, the length of the codes, the number of events, and the number of
 /// candidates up to and with the last one.
-class WindowCode {
+class CWindowCode {
 public:
-    constexpr WindowCode() = default;
-    constexpr explicit WindowCode(std::uint32_t candidates) {
+    constexpr CWindowCode() = default;
+    constexpr explicit CWindowCode(std::uint32_t candidates) {
         std::uint64_t codes = 0;
         std::uint64_t signs = 0;
         std::uint64_t bits = 0;
@@ -84,9 +84,9 @@ private:
 };
 
 inline constexpr auto kWindowCodes = [] {
-    std::array<WindowCode, std::size_t{1} << kWindowBits> codes{};
+    std::array<CWindowCode, std::size_t{1} << kWindowBits> codes{};
     for (std::uint32_t candidates = 0; candidates < codes.size(); ++candidates)
-        codes[candidates] = WindowCode(candidates);
+        codes[candidates] = CWindowCode(candidates);
     return codes;
 }();
 

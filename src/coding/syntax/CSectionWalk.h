@@ -2,7 +2,7 @@
 
 #include <optional>
 
-#include "coding/syntax/SectionCounters.h"
+#include "coding/syntax/CSectionCounters.h"
 #include "coding/syntax/SectionSyntax.h"
 
 namespace qmx {
@@ -53,7 +53,7 @@ private:
     CBitReader& reader;
     std::uint64_t totalBits;
     SectionBounds limits;
-    SectionCounters counters;
+    CSectionCounters counters;
     std::optional<int> top;
     std::optional<StreamEnd> streamEnd;
     std::uint64_t behindLast = 0;

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "coding/encode/SectionRescue.h"
+#include "coding/encode/CSectionRescue.h"
 #include "coding/syntax/FoldedValue.h"
 #include "reference/ReferenceDecoder.h"
 #include "support/CodedRows.h"

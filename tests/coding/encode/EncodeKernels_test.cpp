@@ -1,6 +1,6 @@
 #include "coding/encode/EncodeKernels.h"
 
-#include "coding/encode/OrderEncoder.h"
+#include "coding/encode/COrderEncoder.h"
 #include "reference/ReferenceEncoder.h"
 #include "reference/ReferenceSections.h"
 #include "support/Bytes.h"
@@ -55,7 +55,7 @@ void expectSections(EncoderStreams<T>& streams, const std::vector<T>& folded) {
 }
 
 template <class T>
-void encodePart(OrderEncoder<T>& encoder, const T* folded, std::size_t count) {
+void encodePart(COrderEncoder<T>& encoder, const T* folded, std::size_t count) {
     std::copy_n(folded, count, encoder.room());
     encoder.encodeRoom(count);
 }
@@ -67,11 +67,11 @@ void encodeInPieces(EncoderStreams<T>& streams, const std::vector<T>& folded, st
     test::Random random(seed);
     GuardedHeap heap(Side::atEnd);
     for (std::size_t done = 0; done < folded.size();) {
-        const auto encoder = makeObject<OrderEncoder<T>>(&heap, streams, 0, 0);
+        const auto encoder = makeObject<COrderEncoder<T>>(&heap, streams, 0, 0);
         const std::size_t end = std::min(folded.size(), done + 1 + random.below(longest));
         while (done < end) {
             const std::size_t count =
-                std::min<std::size_t>(end - done, random.below(OrderEncoder<T>::kRoom + 1));
+                std::min<std::size_t>(end - done, random.below(COrderEncoder<T>::kRoom + 1));
             encodePart(*encoder, folded.data() + done, count);
             done += count;
         }
@@ -143,7 +143,7 @@ TEST_P(EncodeKernelsAt, OneCoefficientAfterTheOtherGivesTheSameSections) {
     const auto folded = foldedData<short>(Density::dense, 3000, 4);
     auto streams = std::make_unique<EncoderStreams<short>>(1, 0, folded.size(),
                                                            std::pmr::new_delete_resource());
-    OrderEncoder<short> encoder(*streams, 0, 0);
+    COrderEncoder<short> encoder(*streams, 0, 0);
     for (const short value : folded)
         encoder.encode(value < 0 ? 0 : static_cast<std::uint64_t>(value));
     encoder.finish();

@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 #include <vector>
 
-#include "coding/encode/OrderEncoder.h"
+#include "coding/encode/COrderEncoder.h"
 #include "support/TestImages.h"
 
 namespace {
@@ -23,7 +23,7 @@ TEST(SectionLengths, AreThoseOfTheCoders) {
     for (std::size_t count = 1; count < 200; ++count) {
         const auto values = someValues(count, static_cast<int>(count % 16), random);
         EncoderStreams<short> streams(1, 0, count, std::pmr::new_delete_resource());
-        OrderEncoder<short> coder(streams, 0, 0);
+        COrderEncoder<short> coder(streams, 0, 0);
         for (const std::uint64_t value : values)
             coder.encode(value);
         coder.finish();

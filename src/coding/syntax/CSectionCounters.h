@@ -8,7 +8,7 @@ namespace qmx {
 
 /// The bit planes that the next sections of a colour plane and order carry. A section does not name
 /// its bit plane, so both sides count. Damaged streams may drive the counters below 0.
-class SectionCounters {
+class CSectionCounters {
 public:
     /// Starts all counters for streams with the given top plane.
     void reset(int topPlane) {

@@ -1,4 +1,4 @@
-#include "coding/decode/PlaneDecoder.h"
+#include "coding/decode/CPlaneDecoder.h"
 
 #include <algorithm>
 
@@ -32,7 +32,7 @@ std::size_t bitmapBytes(const OrderWindows<T>& sections) {
 }
 
 template <class T>
-OrderWindows<T> sectionsOf(DecoderStreams<T>& streams, const SectionCounters& counters, int plane,
+OrderWindows<T> sectionsOf(DecoderStreams<T>& streams, const CSectionCounters& counters, int plane,
                            int order, int topPlane, std::uint64_t samplesPerPlane) {
     constexpr std::int64_t kPlanes = kTableBitPlanes<T>;
     OrderWindows<T> sections{};
@@ -58,9 +58,9 @@ int windowCount(const OrderWindows<T>& sections) {
 }  // namespace
 
 template <class T>
-PlaneDecoder<T>::PlaneDecoder(DecoderStreams<T>& streams, const SectionCounters& counters,
-                              int plane, int topPlane, int levelCount,
-                              std::uint64_t samplesPerPlane, std::pmr::memory_resource* memory)
+CPlaneDecoder<T>::CPlaneDecoder(DecoderStreams<T>& streams, const CSectionCounters& counters,
+                                int plane, int topPlane, int levelCount,
+                                std::uint64_t samplesPerPlane, std::pmr::memory_resource* memory)
     : levels(levelCount), orders(memory), bitmaps(memory) {
     orders.reserve(static_cast<std::size_t>(levels) + 1);
     std::size_t bytes = 0;
@@ -84,13 +84,13 @@ PlaneDecoder<T>::PlaneDecoder(DecoderStreams<T>& streams, const SectionCounters&
 }
 
 template <class T>
-void PlaneDecoder<T>::decodeRow(const DecodeKernels<T>& kernels, int row, T* samples, int width) {
+void CPlaneDecoder<T>::decodeRow(const DecodeKernels<T>& kernels, int row, T* samples, int width) {
     forEachOrder(row, levels, [&](const ScanLine& line) {
         kernels.decodeLine(orders[static_cast<std::size_t>(line.order)], samples, line, width);
     });
 }
 
-template class PlaneDecoder<short>;
-template class PlaneDecoder<int>;
+template class CPlaneDecoder<short>;
+template class CPlaneDecoder<int>;
 
 }  // namespace qmx

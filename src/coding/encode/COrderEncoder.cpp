@@ -1,4 +1,4 @@
-#include "coding/encode/OrderEncoder.h"
+#include "coding/encode/COrderEncoder.h"
 
 #include <algorithm>
 
@@ -15,7 +15,7 @@ std::size_t queueEvents(std::uint64_t coefficients) {
 }  // namespace
 
 template <class T>
-OrderEncoder<T>::OrderEncoder(EncoderStreams<T>& streams, int plane, int order, int bitPlanes)
+COrderEncoder<T>::COrderEncoder(EncoderStreams<T>& streams, int plane, int order, int bitPlanes)
     : kernels(&activeEncodeKernels<T>()), newCounts(streams.newCounts.bitPlanes(plane, order)) {
     sections.begin(pairs, queues, streams.encoders.bitPlanes(plane, order),
                    streams.refinements.bitPlanes(plane, order), bitPlanes,
@@ -23,7 +23,7 @@ OrderEncoder<T>::OrderEncoder(EncoderStreams<T>& streams, int plane, int order, 
 }
 
 template <class T>
-void OrderEncoder<T>::encodeQueue() {
+void COrderEncoder<T>::encodeQueue() {
     const std::size_t whole = queued / kGroupSize * kGroupSize;
     kernels->encode(sections, queue, whole);
     std::copy_n(queue + whole, queued - whole, queue);
@@ -31,13 +31,13 @@ void OrderEncoder<T>::encodeQueue() {
 }
 
 template <class T>
-void OrderEncoder<T>::encodeRoom(std::size_t count) {
+void COrderEncoder<T>::encodeRoom(std::size_t count) {
     queued += count;
     encodeQueue();
 }
 
 template <class T>
-void OrderEncoder<T>::encodeRow(const T* folded, std::size_t count) {
+void COrderEncoder<T>::encodeRow(const T* folded, std::size_t count) {
     const std::size_t first = std::min(count, (kGroupSize - queued) % kGroupSize);
     std::copy_n(folded, first, room());
     encodeRoom(first);
@@ -48,7 +48,7 @@ void OrderEncoder<T>::encodeRow(const T* folded, std::size_t count) {
 }
 
 template <class T>
-void OrderEncoder<T>::finish() {
+void COrderEncoder<T>::finish() {
     std::fill(queue + queued, queue + kGroupSize, T{0});
     kernels->encode(sections, queue, queued);
     queued = 0;
@@ -56,7 +56,7 @@ void OrderEncoder<T>::finish() {
     sections.end(newCounts);
 }
 
-template class OrderEncoder<short>;
-template class OrderEncoder<int>;
+template class COrderEncoder<short>;
+template class COrderEncoder<int>;
 
 }  // namespace qmx

@@ -52,7 +52,7 @@ private:
 /// With T = 2^bitlength(W H) / 4^L a length field holds 2 T - 1, and there are at most 1.5 T values:
 /// moving N - T + 1 of them splits a section that is too long into two that fit, but for some orders
 /// of 12 values, whose last runs have to be left out as well.
-class SectionRescue {
+class CSectionRescue {
 public:
     /// Is given values that fit. Returns: whether they are taken; the search goes on otherwise. What is
     /// not passed by std::ref may be copied to memory that is not the caller's.
@@ -60,9 +60,9 @@ public:
 
     /// stopFlag: while true, the search ends; may be null. Requires: all outlive the search.
     /// Throws: std::bad_alloc.
-    SectionRescue(const FoldedValues& original, std::uint64_t longestBits,
-                  const ICoefficientMove& coefficientMove,
-                  const std::atomic<bool>* stopFlag = nullptr);
+    CSectionRescue(const FoldedValues& original, std::uint64_t longestBits,
+                   const ICoefficientMove& coefficientMove,
+                   const std::atomic<bool>* stopFlag = nullptr);
 
     /// Returns: whether values were accepted, or the search was stopped. Changes as little as possible
     /// first.

@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "coding/decode/DecodeKernels.h"
-#include "coding/syntax/SectionCounters.h"
+#include "coding/syntax/CSectionCounters.h"
 #include "image/CImageData.h"
 
 namespace qmx {
@@ -17,14 +17,14 @@ namespace qmx {
 /// window that says which of its candidates are new, and 64 coefficients are gathered at a time; see
 /// DecodeKernels.
 template <class T>
-class PlaneDecoder {
+class CPlaneDecoder {
 public:
     /// Takes the current runs from the decoders; the windows fit a plane of so many samples.
     /// Requires: streams and memory outlive this object; every bit plane between the counters and the top
     /// plane that the tables hold has its decoder attached. Throws: std::bad_alloc.
-    PlaneDecoder(DecoderStreams<T>& streams, const SectionCounters& counters, int plane,
-                 int topPlane, int levelCount, std::uint64_t samplesPerPlane,
-                 std::pmr::memory_resource* memory);
+    CPlaneDecoder(DecoderStreams<T>& streams, const CSectionCounters& counters, int plane,
+                  int topPlane, int levelCount, std::uint64_t samplesPerPlane,
+                  std::pmr::memory_resource* memory);
 
     /// Stores the coefficients of row `row` into width samples, which are 0 before. Requires: rows
     /// come in rising order. Throws: std::bad_alloc, when a reader needs its file window.
@@ -37,7 +37,7 @@ private:
     std::pmr::vector<unsigned char> bitmaps;
 };
 
-extern template class PlaneDecoder<short>;
-extern template class PlaneDecoder<int>;
+extern template class CPlaneDecoder<short>;
+extern template class CPlaneDecoder<int>;
 
 }  // namespace qmx

@@ -14,14 +14,14 @@ namespace qmx {
 /// Coefficients wait in a queue until there are enough for whole groups. From the constructor to
 /// finish, the bits are in this object's hands and the coders show none of them.
 template <class T>
-class OrderEncoder {
+class COrderEncoder {
 public:
     /// Takes over from the coders of the first bitPlanes bit planes. Requires: no coefficient has a
     /// higher bit; streams has plane and order, and outlives this object.
-    OrderEncoder(EncoderStreams<T>& streams, int plane, int order,
-                 int bitPlanes = kTableBitPlanes<T>);
-    OrderEncoder(const OrderEncoder&) = delete;
-    OrderEncoder& operator=(const OrderEncoder&) = delete;
+    COrderEncoder(EncoderStreams<T>& streams, int plane, int order,
+                  int bitPlanes = kTableBitPlanes<T>);
+    COrderEncoder(const COrderEncoder&) = delete;
+    COrderEncoder& operator=(const COrderEncoder&) = delete;
 
     /// Coefficients that room has room for.
     static constexpr std::size_t kRoom = 512;
@@ -58,7 +58,7 @@ private:
     T queue[kRoom + kGroupSize];
 };
 
-extern template class OrderEncoder<short>;
-extern template class OrderEncoder<int>;
+extern template class COrderEncoder<short>;
+extern template class COrderEncoder<int>;
 
 }  // namespace qmx

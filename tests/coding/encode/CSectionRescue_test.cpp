@@ -1,4 +1,4 @@
-#include "coding/encode/SectionRescue.h"
+#include "coding/encode/CSectionRescue.h"
 
 #include <gtest/gtest.h>
 
@@ -37,7 +37,7 @@ TEST(CWholeWraps, AddMultiplesOf65536ForEachSample) {
     }
 }
 
-TEST(SectionRescue, LeavesOutALastRunOf0WhereThatIsEnough) {
+TEST(CSectionRescue, LeavesOutALastRunOf0WhereThatIsEnough) {
     const FoldedValues values(8, folded(200));
     const FoundRescue found = rescue(values, 16, COtherRepresentative());
     ASSERT_TRUE(found.isFound);
@@ -45,7 +45,7 @@ TEST(SectionRescue, LeavesOutALastRunOf0WhereThatIsEnough) {
     EXPECT_EQ(found.closing, ClosingRuns::zerosLeftOut);
 }
 
-TEST(SectionRescue, MovesTheLastCoefficientsFirst) {
+TEST(CSectionRescue, MovesTheLastCoefficientsFirst) {
     const FoldedValues values(9, folded(-200));
     const FoundRescue found = rescue(values, 15, COtherRepresentative());
     ASSERT_TRUE(found.isFound);
@@ -54,12 +54,12 @@ TEST(SectionRescue, MovesTheLastCoefficientsFirst) {
         EXPECT_EQ(found.values[i] == values[i], i < 7) << i;
 }
 
-TEST(SectionRescue, GoesOnWhenValuesAreNotAccepted) {
+TEST(CSectionRescue, GoesOnWhenValuesAreNotAccepted) {
     const FoldedValues values(9, folded(200));
     const COtherRepresentative move;
     int offers = 0;
     EXPECT_FALSE(
-        SectionRescue(values, 15, move).search([&](const FoldedValues& moved, ClosingRuns) {
+        CSectionRescue(values, 15, move).search([&](const FoldedValues& moved, ClosingRuns) {
             EXPECT_EQ(moved.size(), values.size());
             ++offers;
             return false;
@@ -67,13 +67,13 @@ TEST(SectionRescue, GoesOnWhenValuesAreNotAccepted) {
     EXPECT_GT(offers, 10);
 }
 
-TEST(SectionRescue, GivesUpWhereNoMoveIsEnough) {
+TEST(CSectionRescue, GivesUpWhereNoMoveIsEnough) {
     EXPECT_FALSE(rescue(FoldedValues(9, folded(200)), 3, COtherRepresentative()).isFound);
     EXPECT_FALSE(rescue(FoldedValues(9, folded(200)), 3, CWholeWraps(2)).isFound);
 }
 
 /// Orders of 12 coefficients in sections of 15 bits have the least room.
-TEST(SectionRescue, FindsRoomForEveryPatternOf12Coefficients) {
+TEST(CSectionRescue, FindsRoomForEveryPatternOf12Coefficients) {
     constexpr std::uint64_t kLongest = 15;
     constexpr int kChoices[] = {0, 0, 1, 100, 200, 255, -200};
     const COtherRepresentative other;

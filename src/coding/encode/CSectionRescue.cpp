@@ -1,4 +1,4 @@
-#include "coding/encode/SectionRescue.h"
+#include "coding/encode/CSectionRescue.h"
 
 #include <algorithm>
 
@@ -23,9 +23,9 @@ std::uint64_t CWholeWraps::moved(std::uint64_t folded, int distance) const {
     return static_cast<std::uint64_t>(fold(sum));
 }
 
-SectionRescue::SectionRescue(const FoldedValues& original, std::uint64_t longestBits,
-                             const ICoefficientMove& coefficientMove,
-                             const std::atomic<bool>* stopFlag)
+CSectionRescue::CSectionRescue(const FoldedValues& original, std::uint64_t longestBits,
+                               const ICoefficientMove& coefficientMove,
+                               const std::atomic<bool>* stopFlag)
     : values(original),
       longest(longestBits),
       move(coefficientMove),
@@ -36,7 +36,7 @@ SectionRescue::SectionRescue(const FoldedValues& original, std::uint64_t longest
         if (move.canMove(values[i])) movable.push_back(i);
 }
 
-bool SectionRescue::search(const Accept& accept) {
+bool CSectionRescue::search(const Accept& accept) {
     if (isTaken({}, ClosingRuns::zerosLeftOut, accept)) return true;
     for (const ClosingRuns closing :
          {ClosingRuns::written, ClosingRuns::zerosLeftOut, ClosingRuns::leftOut})
@@ -44,13 +44,13 @@ bool SectionRescue::search(const Accept& accept) {
     return false;
 }
 
-bool SectionRescue::moveBlocks(ClosingRuns closing, const Accept& accept) {
+bool CSectionRescue::moveBlocks(ClosingRuns closing, const Accept& accept) {
     return moveOneEnd(true, closing, accept) || moveOneEnd(false, closing, accept) ||
            (values.size() <= kFewValues &&
             (moveAnywhere(closing, accept) || moveTwoGroups(closing, accept)));
 }
 
-bool SectionRescue::moveOneEnd(bool last, ClosingRuns closing, const Accept& accept) {
+bool CSectionRescue::moveOneEnd(bool last, ClosingRuns closing, const Accept& accept) {
     // A move takes at least a sign and a run of one bit out of its section. In large orders the
     // steps are larger than 1, but well below what is missing.
     candidate = values;
@@ -62,14 +62,14 @@ bool SectionRescue::moveOneEnd(bool last, ClosingRuns closing, const Accept& acc
     return false;
 }
 
-bool SectionRescue::moveAnywhere(ClosingRuns closing, const Accept& accept) {
+bool CSectionRescue::moveAnywhere(ClosingRuns closing, const Accept& accept) {
     for (std::size_t count = 1; count <= movable.size(); ++count)
         for (std::size_t first = 0; first + count <= movable.size(); ++first)
             if (isTaken({{first, count}}, closing, accept)) return true;
     return false;
 }
 
-bool SectionRescue::moveTwoGroups(ClosingRuns closing, const Accept& accept) {
+bool CSectionRescue::moveTwoGroups(ClosingRuns closing, const Accept& accept) {
     if (move.maxDistance() < 2) return false;
     const std::size_t all = movable.size();
     for (std::size_t count = 2; count <= all; ++count)
@@ -79,8 +79,8 @@ bool SectionRescue::moveTwoGroups(ClosingRuns closing, const Accept& accept) {
     return false;
 }
 
-bool SectionRescue::isTaken(std::initializer_list<Block> blocks, ClosingRuns closing,
-                            const Accept& accept) {
+bool CSectionRescue::isTaken(std::initializer_list<Block> blocks, ClosingRuns closing,
+                             const Accept& accept) {
     if (stop != nullptr && stop->load(std::memory_order_relaxed)) return true;
     std::copy(values.begin(), values.end(), candidate.begin());
     for (const Block& block : blocks)
@@ -89,7 +89,7 @@ bool SectionRescue::isTaken(std::initializer_list<Block> blocks, ClosingRuns clo
     return excess(closing) == 0 && accept(candidate, closing);
 }
 
-std::uint64_t SectionRescue::excess(ClosingRuns closing) const {
+std::uint64_t CSectionRescue::excess(ClosingRuns closing) const {
     return excessBits(candidate, longest, closing);
 }
 

@@ -1,4 +1,4 @@
-#include "coding/decode/PlaneDecoder.h"
+#include "coding/decode/CPlaneDecoder.h"
 
 #include <gtest/gtest.h>
 
@@ -8,7 +8,7 @@
 
 namespace {
 
-TEST(PlaneDecoder, AStreamWithEveryBitPlaneStaysInsideTheBoundOfMemory) {
+TEST(CPlaneDecoder, AStreamWithEveryBitPlaneStaysInsideTheBoundOfMemory) {
     constexpr int kSide = 64;
     for (const int bits : {8, 16}) {
         const int planes = bits == 8 ? 16 : 32;
