@@ -15,6 +15,8 @@ namespace qmx {
 namespace {
 
 constexpr unsigned long kBlockAlignmentBytes = 8;
+// Part of the binary interface: programs make, derive from and delete such objects.
+static_assert(sizeof(CTeskCompressor) == 48);
 
 std::unique_ptr<unsigned char[]> copyOf(const void* data, std::size_t sizeBytes) {
     auto copy = std::make_unique_for_overwrite<unsigned char[]>(sizeBytes);
@@ -24,8 +26,8 @@ std::unique_ptr<unsigned char[]> copyOf(const void* data, std::size_t sizeBytes)
 
 }  // namespace
 
-struct CTeskCompressor::Encoder {
-    Encoder(const TKHeader& header, const void* data)
+struct CTeskCompressor::Job {
+    Job(const TKHeader& header, const void* data)
         : bytes(copyOf(data, header.rawBytes())), pixels(bytes.get(), header.rawRowBytes()) {}
 
     std::unique_ptr<unsigned char[]> bytes;
@@ -49,7 +51,7 @@ CTeskCompressor::CTeskCompressor(int width, int height, int sampleBits, int pixe
         [] { return std::uint64_t{0}; });
     writer = std::make_unique<CBitTeskWriter>(this, budgetBytes, boundBytes, ownsBlock);
     const TKHeader& header = *this;
-    encoder = std::make_unique<Encoder>(header, data);
+    job = std::make_unique<Job>(header, data);
 }
 
 CTeskCompressor::~CTeskCompressor() = default;
@@ -57,17 +59,17 @@ CTeskCompressor::~CTeskCompressor() = default;
 template <class T>
 int CTeskCompressor::encode() {
     CCodedSections<T> sections(shapeOf(*this), std::pmr::new_delete_resource());
-    CPixelSource<T> source(encoder->pixels, bytesPerPixel);
-    if (!encodeRows(source, sections, {false, 0, &encoder->isStopped}).isComplete)
-        return kSuspended;
+    CPixelSource<T> source(job->pixels, bytesPerPixel);
+    const CStopRequest stop(job->isStopped);
+    if (!encodeRows(source, sections, {false, 0, stop}).isComplete) return kSuspended;
     writer->setSize(sections.estimateBytes());
     const bool fits = sections.writeWhatFits(*writer);
-    encoder->facts = sections.facts();
+    job->facts = sections.facts();
     return fits ? kComplete : kCut;
 }
 
 int CTeskCompressor::compress() {
-    if (status != kNotRun && status != kKilled) return status;
+    if (status != kNotRun) return status;
     status = kCut;  // also behind an allocation that failed
     status = dispatchCoefficients(
         *this, MostBitsOfShort::inMemory, [&]<class T>() { return encode<T>(); },
@@ -76,7 +78,7 @@ int CTeskCompressor::compress() {
 }
 
 void CTeskCompressor::stop() {
-    if (encoder != nullptr) encoder->isStopped.store(true, std::memory_order_relaxed);
+    if (job != nullptr) job->isStopped.store(true, std::memory_order_relaxed);
 }
 
 void CTeskCompressor::kill() {
@@ -101,12 +103,12 @@ unsigned long CTeskCompressor::getStreamSize() const {
 
 LossReport findLoss(CTeskCompressor& compressor, bool hasRate) {
     const TKHeader& header = compressor;
-    const CodedFacts& facts = compressor.encoder->facts;
+    const CodedFacts& facts = compressor.job->facts;
     StreamFate fate;
     fate.stream = {compressor.getBlock() + sizeof header, compressor.writer->getStoredBytes(),
                    facts.misreadBit};
     fate.isLossAskedFor = hasRate && fate.stream.sizeBytes < facts.streamBytes();
-    const ImageJob job{header, compressor.encoder->pixels};
+    const ImageJob job{header, compressor.job->pixels};
     LossReport report = findLoss(job, MostBitsOfShort::inMemory, facts, fate);
     // Decoders in memory take no header alone, though a header alone restores zeros elsewhere.
     const bool isHeaderAlone = fate.stream.sizeBytes == 0 && !hasRate;

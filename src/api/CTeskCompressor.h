@@ -60,11 +60,11 @@ private:
     friend LossReport findLoss(CTeskCompressor& compressor, bool hasRate);
 
     /// A copy of the pixels, which may go after the constructor, and what becomes of them.
-    struct Encoder;
+    struct Job;
     template <class T>
     int encode();
 
-    std::unique_ptr<Encoder> encoder;
+    std::unique_ptr<Job> job;
     int status;
     std::unique_ptr<CBitTeskWriter> writer;
 };

@@ -11,6 +11,9 @@
 
 namespace qmx {
 
+// Part of the binary interface: programs make, derive from and delete such objects.
+static_assert(sizeof(CTeskDecompressor) == 64);
+
 CTeskDecompressor::CTeskDecompressor(const unsigned char* data, unsigned long lengthBytes)
     : stream(nullptr), streamBytes(0), status(kNotRun) {
     if (lengthBytes <= sizeof(TKHeader)) return;
@@ -27,16 +30,21 @@ template <class T>
 int CTeskDecompressor::decode(void* out, unsigned long sizeBytes) {
     CReceivedSections<T> sections(shapeOf(*this), std::pmr::new_delete_resource());
     CBitReader reader(stream, streamBytes);
-    status = sections.read(reader, 0, &isKilled);
-    if (!isUsable(status)) return status;
-    if (ySize != 0 && isStopped.load(std::memory_order_relaxed)) return status = kSuspended;
-    if (sizeBytes < rawBytes()) return kBufferTooSmall;
+    const CStopRequest kill(isKilled);
+    const CStopRequest stop(isStopped);
+    const int result = sections.read(reader, 0, kill);
+    if (!isUsable(result)) return status = result;
+    if (ySize != 0 && stop.isSet()) return status = kSuspended;
+    if (sizeBytes < rawBytes()) {
+        status = result;
+        return kBufferTooSmall;
+    }
     // Whoever is stopped has written nothing to out.
     const auto staging = std::make_unique_for_overwrite<unsigned char[]>(rawBytes());
-    CPixelSink<T> pixels(*this, limitOf<T>(status, *this), staging.get(), rawRowBytes());
-    if (!decodeRows(sections, pixels, {0, &isStopped})) return status = kSuspended;
+    CPixelSink<T> pixels(*this, limitOf<T>(result, *this), staging.get(), rawRowBytes());
+    if (!decodeRows(sections, pixels, {0, stop})) return status = kSuspended;
     if (rawBytes() != 0) std::memcpy(out, staging.get(), rawBytes());
-    return status;
+    return status = result;
 }
 
 int CTeskDecompressor::decompress(void* out, unsigned long sizeBytes) {

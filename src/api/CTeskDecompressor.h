@@ -9,13 +9,14 @@ namespace qmx {
 
 #pragma GCC visibility push(default)
 
-/// Decompresses one stream that begins with its header. The magic is not looked at.
+/// Decompresses one stream that begins with its header. The magic is not looked at. decompress holds a raw
+/// image besides the caller's until all of it is decoded: who is stopped has written nothing.
 /// Format: docs/format.md, 13 Decoding, memory profile.
 class CTeskDecompressor : public ITeskDecompressor, protected CTeskHeader {
 public:
     /// Reads the header. A stream of 16 bytes or less has a header of zeros.
     /// Requires: data holds lengthBytes bytes (it may be null when that is 0) and stays as it is
-    /// until this object is destroyed. Throws: std::bad_alloc.
+    /// until this object is destroyed.
     CTeskDecompressor(const unsigned char* data, unsigned long lengthBytes);
     ~CTeskDecompressor() override;
     CTeskDecompressor(const CTeskDecompressor&) = delete;
@@ -39,6 +40,8 @@ private:
     std::atomic<bool> isKilled{false};
     /// Also when it is killed.
     std::atomic<bool> isStopped{false};
+    /// Programs that were built with version 1.0 make objects of this size.
+    void* reserved[2] = {};
 };
 
 #pragma GCC visibility pop

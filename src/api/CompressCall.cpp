@@ -50,7 +50,7 @@ tesk_status checkImage(const tesk_image& image, TKHeader& header) {
 tesk_status compressInto(CompressRequest& request, CCallMemory& memory) {
     if (!memory.allows(leastBytes(request.header))) return TESK_LIMIT_EXCEEDED;
     CPixelsInMemory pixels(request.pixels, request.strideBytes);
-    ImageJob job{request.header, pixels, &memory, &request.codec.stopRequested};
+    ImageJob job{request.header, pixels, &memory, request.stop};
     // A budget asks for as much as there can be, also of an image that no stream holds.
     const bool isPlain = request.has(TESK_PLAIN) || (request.budgetBytes != 0 && isOutOfReach(job));
     return isPlain ? runPlainCall(request, job, memory) : runExactCall(request, job, memory);
@@ -80,7 +80,8 @@ tesk_status compressTo(tesk_codec* codec, const tesk_image* image, const void* p
     if (stride == 0 || !hasPixels) return TESK_INVALID_ARGUMENT;
     if (const tesk_status status = checkPixels(*codec, header); status != TESK_OK) return status;
 
-    CompressRequest request{*codec, header, pixels, stride, budgetBytes, place};
+    const CStopRequest stop(codec->stopRequested);
+    CompressRequest request{*codec, stop, header, pixels, stride, budgetBytes, place};
     const tesk_status status =
         runCall(*codec, result, [&](CCallMemory& memory) { return compressInto(request, memory); });
     if (status != TESK_OK && status != TESK_CUT) place.discard(*codec);

@@ -20,6 +20,7 @@ public:
 /// A compression with valid arguments, and what it came to.
 struct CompressRequest {
     const tesk_codec& codec;
+    const CStopRequest& stop;
     TKHeader header;
     const void* pixels;
     std::size_t strideBytes;
@@ -49,7 +50,7 @@ WrittenStream writeCoded(CompressRequest& request, const TKHeader& header,
     out += sizeof header;
     const std::size_t bytesBehindHeader = request.streamBytes - sizeof header;
     CBitWriter writer(out, bytesBehindHeader);
-    sections.writeWhatFits(writer, &request.codec.stopRequested);
+    sections.writeWhatFits(writer, request.stop);
     return {out, bytesBehindHeader, sections.facts().misreadBit};
 }
 

@@ -30,11 +30,11 @@ template <class T>
 tesk_status decompressImage(const DecompressRequest& request, CCallMemory& memory) {
     const TKHeader& header = request.header;
     if (!memory.allows(leastBytes(header))) return TESK_LIMIT_EXCEEDED;
-    const std::atomic<bool>* stop = &request.codec.stopRequested;
+    const CStopRequest stop(request.codec.stopRequested);
     CReceivedSections<T> sections(shapeOf(header), &memory);
     CBitReader reader(request.stream, request.streamBytes);
     const int result = sections.read(reader, 0, stop);
-    if (request.codec.isStopped()) return TESK_STOPPED;
+    if (result == kKilled) return TESK_STOPPED;
     if (!isUsable(result)) return TESK_INVALID_STREAM;
     CPixelSink<T> pixels(header, limitOf<T>(result, header), request.out, request.strideBytes);
     if (!decodeRows(sections, pixels, {0, stop})) return TESK_STOPPED;

@@ -29,14 +29,14 @@ tesk_status runExactCall(CompressRequest& request, ImageJob& job, CCallMemory& m
     const std::optional<Loss> loss = encodeExactly(job, rescues, [&](auto& sections) {
         written = writeCoded(request, job.header, sections, memory);
     });
-    if (!loss || job.isStopped()) return TESK_STOPPED;
+    if (!loss || job.stop.isSet()) return TESK_STOPPED;
     if (*loss != Loss::none) return refuse(request, lossNumber({*loss}));
     if (written.bytes == nullptr) return TESK_BUFFER_TOO_SMALL;
     request.rescue = rescues;
     if (request.isCut) return cut(request);
     if (request.budgetBytes != 0 || request.has(TESK_UNVERIFIED)) return TESK_OK;
     const bool isRestored = restoresExactly(job, written);
-    if (job.isStopped()) return TESK_STOPPED;
+    if (job.stop.isSet()) return TESK_STOPPED;
     return isRestored ? TESK_OK : refuse(request, TESK_LOSS_UNKNOWN);
 }
 

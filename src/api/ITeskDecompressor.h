@@ -25,13 +25,11 @@ public:
     /// for an invalid stream or a format that is not supported.
     /// A later call returns the number that this one ended with and writes nothing. After -1 that
     /// is 0 or 4: the pixels are lost, so ask for the size first.
-    /// A kill that arrives after the coefficients were read leaves out undefined, whatever the
-    /// number.
     /// Throws: std::bad_alloc; the object is then good for nothing but destruction.
     virtual int decompress(void* out, unsigned long sizeBytes) = 0;
-    /// Ends decompress after the current row of coefficients. Any thread, any time.
+    /// Ends decompress after the current row. Any thread, any time.
     virtual void stop() = 0;
-    /// Ends decompress at the next section header, row or level. Any thread, any time.
+    /// Ends decompress at the next section header or row. Any thread, any time.
     virtual void kill() = 0;
 };
 

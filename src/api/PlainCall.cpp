@@ -29,11 +29,11 @@ tesk_status compressImage(CompressRequest& request, const ImageJob& job, CCallMe
     if (!encoder.encodePlain()) return TESK_STOPPED;
     const WrittenStream written = writeCoded(request, job.header, encoder.sections(), memory);
     if (written.bytes == nullptr) return TESK_BUFFER_TOO_SMALL;
-    if (job.isStopped()) return TESK_STOPPED;
+    if (job.stop.isSet()) return TESK_STOPPED;
     request.loss = lossOf(request, job, encoder.sections().facts(), written);
     // Decoders take a stream that only lacks padding for complete, but it was cut.
     if (request.isCut && request.loss == TESK_LOSS_NONE) request.loss = TESK_LOSS_BUDGET;
-    if (job.isStopped()) return TESK_STOPPED;
+    if (job.stop.isSet()) return TESK_STOPPED;
     return request.isCut ? TESK_CUT : TESK_OK;
 }
 

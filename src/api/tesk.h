@@ -94,7 +94,7 @@ typedef struct tesk_options {
     /* Most memory that one call may hold, output blocks included. 0: no limit. A call keeps a limit of
      * the peak_memory_bytes that it tells without one. What an image needs at least is refused before
      * anything is allocated; more may be refused while coding. It says little about the size of an
-     * image: large ones go row by row. */
+     * image that is decompressed: that goes row by row. */
     size_t max_memory_bytes;
     /* All memory of the codec and its output blocks come from here, but the exceptions of the C++
      * runtime: one at a time, of up to 136 bytes, where a stream or the memory ends early. Returns

@@ -30,7 +30,7 @@ std::optional<Loss> CExactEncoder<T>::encode() {
         // Quirk 18: decoders with 16 bits do not see multiples of 2^16, those with 32 see representatives.
         if (isAmbiguous()) return Loss::wrappedCoefficient;
         const bool isRescued = rescueSections();
-        if (isStopped || job.isStopped()) return std::nullopt;
+        if (job.stop.isSet()) return std::nullopt;
         if (!isRescued) return Loss::overlongSection;
     }
     if (coded->facts().endlessSections != 0) {
@@ -52,8 +52,7 @@ bool CExactEncoder<T>::code(IRowSource<T>& source, ClosingRuns closing, bool fil
     coded->setClosingRuns(0, closing);
     const RowsEncoded encoded = encodeRows(source, *coded, {filtersThinImages, 0, job.stop});
     if (encoded.isChangedByFilter) done |= kThinFilter;
-    isStopped = !encoded.isComplete || job.isStopped();
-    return !isStopped;
+    return encoded.isComplete;
 }
 
 template <class T>
@@ -138,7 +137,7 @@ void CExactEncoder<T>::noteMove(Rescues move, bool isMoved, ClosingRuns closing)
 
 int raisedBits(const ImageJob& job) {
     unsigned all = 0;
-    for (int r = 0; r < job.header.ySize && !job.isStopped(); ++r) {
+    for (int r = 0; r < job.header.ySize && !job.stop.isSet(); ++r) {
         const unsigned char* row = job.pixels.row(r);
         for (std::size_t c = 0; c < job.header.xSize; ++c) {
             std::uint16_t sample;

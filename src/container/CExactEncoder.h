@@ -64,36 +64,34 @@ private:
     CPixelSource<T> pixels;
     std::optional<CCodedSections<T>> coded;
     Rescues done = 0;
-    bool isStopped = false;
 };
 
 /// Returns: the bits per sample that job's samples need at least, more than it declares; any number when
-/// job was stopped.
+/// job was stopped. Requires: 2 bytes per pixel.
 int raisedBits(const ImageJob& job);
 /// Returns: whether job has a side of 1 and other samples than 0, which no stream holds.
 bool isOutOfReach(const ImageJob& job);
 
 /// Codes an image and calls write(sections) with those of a stream that restores it; the stream's header
-/// is job.header then, whose declared bits may have been raised. Adds what was done to rescues.
+/// is job.header then, whose declared bits may have been raised. Sets rescues to what was done.
 /// Returns: none; sideOfOne or overlongSection when no stream restores the image; nothing when job was
 /// stopped. Throws: std::bad_alloc, what job.pixels throws and what write throws.
 template <class Write>
 std::optional<Loss> encodeExactly(ImageJob& job, Rescues& rescues, Write write) {
     if (isOutOfReach(job)) return Loss::sideOfOne;
-    for (;;) {
+    for (Rescues earlier = 0;; earlier = kDeclaredBits) {
         const std::optional<Loss> loss = dispatchCoefficients(
             job.header, MostBitsOfShort::inMemory,
             [&]<class T>() {
                 CExactEncoder<T> exact(job);
                 const std::optional<Loss> found = exact.encode();
                 if (found == Loss::none) write(exact.sections());
-                rescues |= exact.rescues();
+                rescues = earlier | exact.rescues();
                 return found;
             },
             [] { return std::optional(Loss::overlongSection); });
         if (loss != Loss::wrappedCoefficient) return loss;
         job.header.bitsPerPixel = static_cast<std::uint8_t>(raisedBits(job));
-        rescues = kDeclaredBits;
     }
 }
 

@@ -1,5 +1,7 @@
 #include "container/CRawFileRows.h"
 
+#include <cassert>
+
 #include "bitstream/Throwing.h"
 
 namespace qmx {
@@ -16,8 +18,10 @@ unsigned char* CRawFileRows::placeOf(int r) const {
 }
 
 const unsigned char* CRawFileRows::row(int r) {
+    assert(r == 0 || r == rowsAsked);
+    rowsAsked = r + 1;
     if (start < 0 && r < rowsRead) return placeOf(r);
-    if (r < rowsRead) returnTo(file.get(), start);
+    if (r == 0 && rowsRead != 0) returnTo(file.get(), start);
     if (std::fread(placeOf(r), 1, rowBytes, file.get()) < rowBytes) throwEndOfStream();
     rowsRead = r + 1;
     return placeOf(r);

@@ -27,6 +27,7 @@ private:
     /// One row, or all.
     std::unique_ptr<unsigned char[]> bytes;
     int rowsRead = 0;
+    int rowsAsked = 0;
 };
 
 }  // namespace qmx

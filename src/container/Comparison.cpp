@@ -42,7 +42,7 @@ Comparison compareWith(const ImageJob& job, const WrittenStream& stream) {
     if (!isUsable(result)) return {result, false};
     CRowComparison<T> comparison(job, limitOf<T>(result, job.header));
     const bool isSame = decodeRows(sections, comparison, {0, job.stop});
-    return {job.isStopped() ? kSuspended : result, isSame};
+    return {job.stop.isSet() ? kSuspended : result, isSame};
 }
 
 }  // namespace

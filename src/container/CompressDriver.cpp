@@ -114,7 +114,7 @@ int compress(TKHeader header, std::FILE* in, std::FILE* out, double rate, bool u
     const int resumeRow = rowBehindSuspension(extra, header);
     const auto pixels = openRows<T>(header, std::move(rawFile), upper);
     CPixelSource<T> source(*pixels, header.bytesPerPixel);
-    encodeRows(source, sections, {false, resumeRow, nullptr});
+    encodeRows(source, sections, {false, resumeRow});
     announceTransforms(header);
     const ImageJob job{header, *pixels};
     StreamFate fate;

@@ -78,7 +78,7 @@ int decompressRows(CReceivedSections<T>& sections, const TKHeader& header, std::
     announceTransforms(header);
     std::puts(kWriting);
     CRawFileSink<T> rows(header, limitOf<T>(result, header), out);
-    decodeRows(sections, rows, {resumeRow, nullptr});
+    decodeRows(sections, rows, {resumeRow});
     checkInput(in);
     return 0;
 }
@@ -98,7 +98,7 @@ int decompressStaged(CReceivedSections<T>& sections, const TKHeader& header, Fil
     std::printf(kCopying, rawSampleBits(header));
     const auto image = std::make_unique_for_overwrite<unsigned char[]>(header.rawBytes());
     CPixelSink<T> rows(header, limitOf<T>(result, header), image.get(), header.rawRowBytes());
-    decodeRows(sections, rows, {resumeRow, nullptr});
+    decodeRows(sections, rows, {resumeRow});
     std::puts(kWriting);
     writeAll(out, FileRole::output, image.get(), header.rawBytes());
     return 0;
@@ -110,8 +110,8 @@ template <class T>
 int decompress(TKHeader header, std::FILE* in, std::FILE* out, bool upper, int extra) {
     FilePtr streamFile(in);
     FilePtr rawFile(out);
-    streamFile = makeSeekable(std::move(streamFile), &header, sizeof header);
     requireMemoryForPlanes<T>(header);
+    streamFile = makeSeekable(std::move(streamFile), &header, sizeof header);
     CReceivedSections<T> sections(shapeOf(header), std::pmr::new_delete_resource());
     const int status = upper ? decompressStaged(sections, header, std::move(streamFile), out, extra)
                              : decompressRows(sections, header, streamFile.get(), out, extra);

@@ -1,8 +1,8 @@
 #pragma once
 
-#include <atomic>
 #include <memory_resource>
 
+#include "bitstream/CStopRequest.h"
 #include "bitstream/Status.h"
 #include "container/IPixelRows.h"
 #include "container/TKHeader.h"
@@ -16,10 +16,8 @@ struct ImageJob {
     TKHeader header;
     IPixelRows& pixels;
     std::pmr::memory_resource* memory = std::pmr::new_delete_resource();
-    /// While true, all work ends. May be null.
-    const std::atomic<bool>* stop = nullptr;
-
-    bool isStopped() const { return stop != nullptr && stop->load(std::memory_order_relaxed); }
+    /// Ends all work.
+    const CStopRequest& stop = kNeverStopped;
 };
 
 inline ImageShape shapeOf(const TKHeader& header) {

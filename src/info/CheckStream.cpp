@@ -3,6 +3,7 @@
 #include "bitstream/Status.h"
 #include "coding/decode/DecodeRows.h"
 #include "container/CoefficientDispatch.h"
+#include "container/ImageJob.h"
 #include "container/MemoryPolicy.h"
 
 namespace qmx {

@@ -17,7 +17,7 @@ namespace qmx {
 /// Lines holds the rows that are in work and takes those that are done:
 ///  - count(), rows(level), columns(level): the levels and their sizes;
 ///  - filteredColumns(level): how many columns are filtered vertically, from the left;
-///  - line(level, r): row r of a level, from when it is taken until row r + 3 of the level is done;
+///  - line(level, r): row r of a level, from when it is taken until row r + 1 of the level is done;
 ///  - passOn(level, r): the smooth row r is done, and its even columns are a row of the next level;
 ///  - done(level, r): a detail row is done, or a smooth row of the last level.
 /// Rows of a level are done in their order; detail rows are still read behind their end.

@@ -12,7 +12,7 @@ namespace qmx {
 template <class T>
 class CInverseSweep {
 public:
-    /// Requires: levelLines outlives the sweep and has a plane.
+    /// Requires: levelLines outlives the sweep.
     explicit CInverseSweep(const CLevelLines<T>& levelLines)
         : lines(levelLines), kernels(activeLiftingKernels<T>()) {}
 

@@ -7,7 +7,7 @@
 
 namespace qmx {
 
-/// The lines that a sweep over all levels of a plane works on. Level 0 is the plane itself. The lines
+/// The lines that a sweep over all levels of a plane works on. Level 0 is a ring of rows of the plane. The lines
 /// of a deeper level l, the samples at multiples of 2^l, stand side by side; there is room for those
 /// that are in work at one time.
 ///

@@ -16,8 +16,8 @@ using test::RawImage;
 
 /// An image as a job, in memory.
 struct Job : ImageJob {
-    explicit Job(const RawImage& image, const std::atomic<bool>* stopFlag = nullptr)
-        : ImageJob{test::headerOf(image), rows, std::pmr::new_delete_resource(), stopFlag},
+    explicit Job(const RawImage& image, const CStopRequest& stopRequest = kNeverStopped)
+        : ImageJob{test::headerOf(image), rows, std::pmr::new_delete_resource(), stopRequest},
           rows(image.bytes.data(), header.rawRowBytes()) {}
 
     CPixelsInMemory rows;
@@ -62,8 +62,9 @@ TEST(CExactEncoder, RaisedBitsAreThoseOfTheSamplesAndMoreThanDeclared) {
 
 TEST(CExactEncoder, AStoppedJobWritesNothing) {
     const RawImage image = makeImage(Content::photo, 2, 16, 40, 30);
-    const std::atomic<bool> stop{true};
-    Job job(image, &stop);
+    const std::atomic<bool> flag{true};
+    const CStopRequest stop(flag);
+    Job job(image, stop);
     bool isWritten = false;
     Rescues rescues = 0;
     EXPECT_EQ(encodeExactly(job, rescues, [&](auto&) { isWritten = true; }), std::nullopt);

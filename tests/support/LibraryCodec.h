@@ -42,7 +42,7 @@ Bytes encodeAs(const RawImage& image, std::uint64_t roomBytes, int extra) {
     qmx::CPixelsInMemory pixels(image.bytes.data(), header.rawRowBytes());
     qmx::CPixelSource<T> source(pixels, header.bytesPerPixel);
     qmx::CCodedSections<T> sections(qmx::shapeOf(header), std::pmr::new_delete_resource());
-    qmx::encodeRows(source, sections, {false, qmx::rowBehindSuspension(extra, header), nullptr});
+    qmx::encodeRows(source, sections, {false, qmx::rowBehindSuspension(extra, header)});
     Bytes stream(sizeof header + roomBytes);
     std::memcpy(stream.data(), &header, sizeof header);
     qmx::CBitWriter writer(stream.data() + sizeof header, roomBytes);
@@ -86,7 +86,7 @@ Decoded decodeAs(const qmx::TKHeader& header, qmx::CBitReader& reader, int extra
     decoded.bytes.resize(header.rawBytes());
     qmx::CPixelSink<T> pixels(header, qmx::limitOf<T>(decoded.status, header), decoded.bytes.data(),
                               header.rawRowBytes());
-    EXPECT_TRUE(qmx::decodeRows(sections, pixels, {resumeRow, nullptr}));
+    EXPECT_TRUE(qmx::decodeRows(sections, pixels, {resumeRow}));
     return decoded;
 }
 

@@ -51,8 +51,7 @@ void CReceivedSections<T>::assign(CBitReader& in, const SectionHeader& section) 
 }
 
 template <class T>
-int CReceivedSections<T>::readSections(CBitReader& in, int sectionLimit,
-                                       const std::atomic<bool>* stop) {
+int CReceivedSections<T>::readSections(CBitReader& in, int sectionLimit, const CStopRequest& stop) {
     const SectionBounds bounds{imageSize.planes, levelsUsed,
                                sampleCountBits(imageSize.width, imageSize.height)};
     begin(readTopPlane(in));
@@ -62,14 +61,14 @@ int CReceivedSections<T>::readSections(CBitReader& in, int sectionLimit,
         if (next == NextSection::endMark) return kComplete;
         if (next == NextSection::foreign) return kInvalidSection;
         assign(in, section);
-        if (stop != nullptr && stop->load(std::memory_order_relaxed)) return kKilled;
+        if (stop.isSet()) return kKilled;
         in.skip(section.lengthBits);
         if (count == sectionLimit) return kCut;
     }
 }
 
 template <class T>
-int CReceivedSections<T>::read(CBitReader& in, int sectionLimit, const std::atomic<bool>* stop) {
+int CReceivedSections<T>::read(CBitReader& in, int sectionLimit, const CStopRequest& stop) {
     begin(-1);
     try {
         return readSections(in, sectionLimit, stop);

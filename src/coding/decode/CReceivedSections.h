@@ -1,8 +1,7 @@
 #pragma once
 
-#include <atomic>
-
 #include "bitstream/CBitReader.h"
+#include "bitstream/CStopRequest.h"
 #include "bitstream/Memory.h"
 #include "coding/decode/DecoderStreams.h"
 #include "coding/syntax/CSectionCounters.h"
@@ -24,10 +23,10 @@ public:
     ///  - in: stands behind the header of the stream. Its data or file stay as they are until the
     ///    sections are decoded.
     ///  - sectionLimit: most sections to read, as if the stream ended behind them; 0 for all.
-    ///  - stop: while true, the work ends. May be null.
+    ///  - stop: ends the work.
     ///
     /// Returns: 0 complete; 4 the stream ended early; 16 stopped; 128 invalid section header.
-    int read(CBitReader& in, int sectionLimit = 0, const std::atomic<bool>* stop = nullptr);
+    int read(CBitReader& in, int sectionLimit = 0, const CStopRequest& stop = kNeverStopped);
 
     const ImageShape& shape() const { return imageSize; }
     int levels() const { return levelsUsed; }
@@ -43,7 +42,7 @@ public:
 
 private:
     void begin(int topPlane);
-    int readSections(CBitReader& in, int sectionLimit, const std::atomic<bool>* stop);
+    int readSections(CBitReader& in, int sectionLimit, const CStopRequest& stop);
     void assign(CBitReader& in, const SectionHeader& section);
     void assignSignificance(CBitReader& in, int plane, int order, std::uint64_t lengthBits);
     void assignRefinement(CBitReader& in, int plane, int order, std::uint64_t lengthBits);

@@ -18,11 +18,11 @@ bool decodeRows(CReceivedSections<T>& sections, IRowSink<T>& sink, const RowDeco
     const auto fill = [&](int p, int row, T* samples) {
         if (row >= decoding.firstRowOf(p))
             decoders[p]->decodeRow(kernels, row, samples, shape.width);
-        return !decoding.isStopped();
+        return !decoding.stop.isSet();
     };
     for (int r = 0; r < shape.height; ++r) {
         if (!restorer.restore(r, fill)) return false;
-        if (!sink.take(restorer.rows(), restorer.slotOf(r), r) || decoding.isStopped())
+        if (!sink.take(restorer.rows(), restorer.slotOf(r), r) || decoding.stop.isSet())
             return false;
     }
     return true;

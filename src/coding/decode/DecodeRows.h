@@ -1,7 +1,6 @@
 #pragma once
 
-#include <atomic>
-
+#include "bitstream/CStopRequest.h"
 #include "coding/decode/CReceivedSections.h"
 #include "wavelet/IRowSink.h"
 
@@ -12,11 +11,10 @@ struct RowDecoding {
     /// Coefficients of rows in front of this one are 0 in all colour planes but the first, whose sections
     /// then begin with this row (Quirk 5).
     int firstRowOfLaterPlanes = 0;
-    /// While true, the work ends. May be null.
-    const std::atomic<bool>* stop = nullptr;
+    /// Ends the work.
+    const CStopRequest& stop = kNeverStopped;
 
     int firstRowOf(int plane) const { return plane == 0 ? 0 : firstRowOfLaterPlanes; }
-    bool isStopped() const { return stop != nullptr && stop->load(std::memory_order_relaxed); }
 };
 
 /// Decodes and restores an image in one pass, and gives its rows to sink, from the first to the last.

@@ -19,10 +19,6 @@ constexpr std::uint64_t kFixedBits = 19;
 /// than they take; the estimate decides where lazy writers cut, so it is kept.
 constexpr std::uint64_t kHeaderPairBits = 22;
 
-bool isSet(const std::atomic<bool>* flag) {
-    return flag != nullptr && flag->load(std::memory_order_relaxed);
-}
-
 }  // namespace
 
 template <class T>
@@ -130,7 +126,7 @@ bool CCodedSections<T>::needsZerosBehind(int plane, int order, bool isRefinement
 }
 
 template <class T>
-void CCodedSections<T>::writeStream(CBitWriter& out, const std::atomic<bool>* stop) {
+void CCodedSections<T>::writeStream(CBitWriter& out, const CStopRequest& stop) {
     const CNearestRounding rounding;
     coded.misreadBit = CodedFacts::kNeverMisread;
     CSectionCounters counters;
@@ -138,7 +134,7 @@ void CCodedSections<T>::writeStream(CBitWriter& out, const std::atomic<bool>* st
     CSectionChooser<T> chooser(*coders, counters);
     writeTopPlane(out, highestPlane);
     auto choice = chooser.choose(imageSize.planes, levels());
-    while (choice && !isSet(stop)) {
+    while (choice && !stop.isSet()) {
         const auto [plane, order, isRefinement] = *choice;
         const auto bitPlane = static_cast<int>(counters.take(plane, order, isRefinement));
         writeSection(out, plane, order, isRefinement, bitPlane);
@@ -151,7 +147,7 @@ void CCodedSections<T>::writeStream(CBitWriter& out, const std::atomic<bool>* st
 }
 
 template <class T>
-bool CCodedSections<T>::writeWhatFits(CBitWriter& out, const std::atomic<bool>* stop) {
+bool CCodedSections<T>::writeWhatFits(CBitWriter& out, const CStopRequest& stop) {
     try {
         writeStream(out, stop);
     } catch (int) {

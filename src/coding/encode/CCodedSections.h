@@ -1,9 +1,9 @@
 #pragma once
 
-#include <atomic>
 #include <cstdint>
 
 #include "bitstream/CBitWriter.h"
+#include "bitstream/CStopRequest.h"
 #include "coding/encode/ClosingRuns.h"
 #include "coding/encode/CodedFacts.h"
 #include "coding/encode/EncoderStreams.h"
@@ -42,10 +42,10 @@ public:
     /// Returns: the size that lazy writers are told, a little too much. It decides where they cut.
     std::uint64_t estimateBytes() const;
     /// Writes the complete stream. Each call writes the same stream, up to a section behind which stop is
-    /// true. Throws: what out throws, which is how a budget ends a stream.
-    void writeStream(CBitWriter& out, const std::atomic<bool>* stop = nullptr);
+    /// set. Throws: what out throws, which is how a budget ends a stream.
+    void writeStream(CBitWriter& out, const CStopRequest& stop = kNeverStopped);
     /// The same. Returns: whether all of it was written.
-    bool writeWhatFits(CBitWriter& out, const std::atomic<bool>* stop = nullptr);
+    bool writeWhatFits(CBitWriter& out, const CStopRequest& stop = kNeverStopped);
 
     // Other ways to code the coarsest order of a colour plane. The stream then differs, decoders and
     // their image do not.

@@ -10,7 +10,7 @@ CRowLines<T>::CRowLines(const ImageShape& shape, int levelCount, CImageData<T>& 
                         int plane, CPlaneEncoder<T>& planeEncoder,
                         std::pmr::memory_resource* memory)
     : encoder(planeEncoder), levelsUsed(levelCount) {
-    // The row of the coarsest order is shorter than any line.
+    // The row of the coarsest order is no longer than that.
     const std::size_t longest = pitchSamples<T>(static_cast<std::size_t>(shape.width));
     std::size_t samples = kCacheLineBytes / sizeof(T) + longest;
     for (int l = 0; l < levelsUsed; ++l) {

@@ -25,11 +25,11 @@ std::uint64_t CWholeWraps::moved(std::uint64_t folded, int distance) const {
 
 CSectionRescue::CSectionRescue(const FoldedValues& original, std::uint64_t longestBits,
                                const ICoefficientMove& coefficientMove,
-                               const std::atomic<bool>* stopFlag)
+                               const CStopRequest& stopRequest)
     : values(original),
       longest(longestBits),
       move(coefficientMove),
-      stop(stopFlag),
+      stop(stopRequest),
       movable(original.get_allocator()),
       candidate(original, original.get_allocator()) {
     for (std::size_t i = 0; i < values.size(); ++i)
@@ -81,7 +81,7 @@ bool CSectionRescue::moveTwoGroups(ClosingRuns closing, const Accept& accept) {
 
 bool CSectionRescue::isTaken(std::initializer_list<Block> blocks, ClosingRuns closing,
                              const Accept& accept) {
-    if (stop != nullptr && stop->load(std::memory_order_relaxed)) return true;
+    if (stop.isSet()) return true;
     std::copy(values.begin(), values.end(), candidate.begin());
     for (const Block& block : blocks)
         for (std::size_t i = block.first; i < block.first + block.count; ++i)

@@ -1,12 +1,12 @@
 #pragma once
 
-#include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <initializer_list>
 #include <vector>
 
+#include "bitstream/CStopRequest.h"
 #include "coding/encode/SectionLengths.h"
 
 namespace qmx {
@@ -58,11 +58,11 @@ public:
     /// not passed by std::ref may be copied to memory that is not the caller's.
     using Accept = std::function<bool(const FoldedValues& values, ClosingRuns closing)>;
 
-    /// stopFlag: while true, the search ends; may be null. Requires: all outlive the search.
+    /// stopRequest: ends the search. Requires: all outlive the search.
     /// Throws: std::bad_alloc.
     CSectionRescue(const FoldedValues& original, std::uint64_t longestBits,
                    const ICoefficientMove& coefficientMove,
-                   const std::atomic<bool>* stopFlag = nullptr);
+                   const CStopRequest& stopRequest = kNeverStopped);
 
     /// Returns: whether values were accepted, or the search was stopped. Changes as little as possible
     /// first.
@@ -87,7 +87,7 @@ private:
     const FoldedValues& values;
     std::uint64_t longest;
     const ICoefficientMove& move;
-    const std::atomic<bool>* stop;
+    const CStopRequest& stop;
     std::pmr::vector<std::size_t> movable;
     FoldedValues candidate;
 };

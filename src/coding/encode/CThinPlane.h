@@ -4,6 +4,7 @@
 
 #include "coding/encode/CCodedSections.h"
 #include "coding/encode/CPlaneEncoder.h"
+#include "coding/encode/RowEncoding.h"
 #include "wavelet/CForwardSweep.h"
 
 namespace qmx {

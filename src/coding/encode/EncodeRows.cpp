@@ -43,7 +43,7 @@ RowsEncoded encodeWith(IRowSource<T>& source, CCodedSections<T>& sections,
         source.load(rows, r % kRowsInWork, r);
         for (int p = 0; p < shape.planes; ++p)
             planes[p]->takeRow(r);
-        if (encoding.isStopped()) return {false, false};
+        if (encoding.stop.isSet()) return {false, false};
     }
     FoldedUnion<T> all;
     bool isChangedByFilter = false;

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <atomic>
+#include "bitstream/CStopRequest.h"
 
 namespace qmx {
 
@@ -10,11 +10,10 @@ struct RowEncoding {
     bool filtersThinImages = false;
     /// Rows in front of this one are left out of all colour planes but the first (Quirk 5).
     int firstRowOfLaterPlanes = 0;
-    /// While true, the work ends. May be null.
-    const std::atomic<bool>* stop = nullptr;
+    /// Ends the work.
+    const CStopRequest& stop = kNeverStopped;
 
     int firstRowOf(int plane) const { return plane == 0 ? 0 : firstRowOfLaterPlanes; }
-    bool isStopped() const { return stop != nullptr && stop->load(std::memory_order_relaxed); }
 };
 
 }  // namespace qmx

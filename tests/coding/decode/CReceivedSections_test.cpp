@@ -32,7 +32,7 @@ template <class T>
 struct Decoding {
     Decoding(int width, int height, int planes = 1)
         : sections({width, height, planes}, std::pmr::new_delete_resource()) {}
-    int read(const Bytes& bytes, int sectionLimit = 0, const std::atomic<bool>* stop = nullptr) {
+    int read(const Bytes& bytes, int sectionLimit = 0, const CStopRequest& stop = kNeverStopped) {
         const Bytes& stream = streams.emplace_back(bytes);
         return sections.read(readers.emplace_back(stream.data(), stream.size()), sectionLimit,
                              stop);
@@ -174,7 +174,7 @@ TEST(CReceivedSections, ThoseOfAnEarlierStreamAreForgotten) {
 TEST(CReceivedSections, WhenStoppedNoFurtherSectionIsRead) {
     const std::atomic<bool> stop{true};
     Decoding<short> work(2, 2);
-    EXPECT_EQ(work.read(twoCoefficients().end(), 0, &stop), kKilled);
+    EXPECT_EQ(work.read(twoCoefficients().end(), 0, CStopRequest(stop)), kKilled);
     EXPECT_EQ(work.readers.back().getTotal(), 8U + 6 + 4) << "the top plane and a header";
 }
 

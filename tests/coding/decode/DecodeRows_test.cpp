@@ -222,7 +222,7 @@ bool givesAllRows(CountingSink& sink) {
     qmx::CBitReader reader(stream.data() + 16, stream.size() - 16);
     qmx::CReceivedSections<short> sections({30, 130, 1}, std::pmr::new_delete_resource());
     EXPECT_EQ(sections.read(reader), qmx::kComplete);
-    return decodeRows(sections, sink, {0, &sink.stop});
+    return decodeRows(sections, sink, {0, qmx::CStopRequest(sink.stop)});
 }
 
 TEST(DecodeRows, EndsWhenNoMoreIsWantedOrWhenStopped) {

@@ -123,7 +123,7 @@ TEST(CCodedSections, WhenStoppedNoFurtherSectionIsWritten) {
     Bytes room(photo.sections.facts().streamBytes());
     CBitWriter writer(room.data(), room.size());
     const std::atomic<bool> stop{true};
-    EXPECT_TRUE(photo.sections.writeWhatFits(writer, &stop));
+    EXPECT_TRUE(photo.sections.writeWhatFits(writer, CStopRequest(stop)));
     EXPECT_EQ(writer.getTotal(), 8U + 2 + 9);
 }
 

@@ -94,7 +94,7 @@ template <class T>
 void expectFilteredOnce(const RawImage& image) {
     SCOPED_TRACE(nameOf(image));
     CodedRows<T> plain(image);
-    CodedRows<T> filtered(image, {true, 0, nullptr});
+    CodedRows<T> filtered(image, {true, 0});
     const bool isThin = filtered.sections.levels() <= 0;
     ASSERT_TRUE(plain.result.isComplete && filtered.result.isComplete);
     ASSERT_FALSE(plain.result.isChangedByFilter);
@@ -163,7 +163,7 @@ TEST(EncodeRows, EndsAtTheRowAtWhichItIsStopped) {
         for (int row = 0; row < height; ++row) {
             CCodedSections<short> sections({width, height, 3}, std::pmr::new_delete_resource());
             StoppingRows rows(image, row);
-            EXPECT_FALSE(encodeRows(rows, sections, {true, 0, &rows.stop}).isComplete);
+            EXPECT_FALSE(encodeRows(rows, sections, {true, 0, CStopRequest(rows.stop)}).isComplete);
             EXPECT_EQ(rows.loaded, row + 1);
         }
     }
