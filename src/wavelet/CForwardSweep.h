@@ -49,8 +49,8 @@ private:
         T* detail = lines.line(level, smoothRow + 1);
         const T* smoothAfter = lines.line(level, smoothRow + 2);
         if (smoothRow == 0) {
-            predictLines(detail, smooth, smoothAfter, columns, 1);
-            updateEndLines(smooth, detail, columns, 1);
+            predictLines(detail, smooth, smoothAfter, columns);
+            updateEndLines(smooth, detail, columns);
         } else {
             kernels.filterRows(smooth, detail, lines.line(level, smoothRow - 1), smoothAfter,
                                columns);
@@ -64,11 +64,11 @@ private:
         T* last = lines.line(level, lastRow);
         T* before = lines.line(level, lastRow - 1);
         if (lastRow % 2 == 0) {
-            updateEndLines(last, before, columns, 1);
+            updateEndLines(last, before, columns);
             endSmooth(level, lastRow);
         } else {
-            predictEndLines(last, before, columns, 1);
-            updateLines(before, lines.line(level, lastRow - 2), last, columns, 1);
+            predictEndLines(last, before, columns);
+            updateLines(before, lines.line(level, lastRow - 2), last, columns);
             endSmooth(level, lastRow - 1);
             lines.done(level, lastRow);
         }

@@ -57,18 +57,18 @@ void CInverseSweep<T>::unfilterColumns(int level, int smoothRow) {
     const int rows = lines.rows(level);
     if (rows < kShortestLine) return;
     T* smooth = lines.line(level, smoothRow);
-    if (smoothRow == 0) return unupdateEndLines(smooth, lines.line(level, 1), columns, 1);
+    if (smoothRow == 0) return unupdateEndLines(smooth, lines.line(level, 1), columns);
 
     const T* smoothBefore = lines.line(level, smoothRow - 2);
     T* detailBefore = lines.line(level, smoothRow - 1);
     if (smoothRow == rows - 1) {
-        unupdateEndLines(smooth, detailBefore, columns, 1);
-        unpredictLines(detailBefore, smoothBefore, smooth, columns, 1);
+        unupdateEndLines(smooth, detailBefore, columns);
+        unpredictLines(detailBefore, smoothBefore, smooth, columns);
         return;
     }
     T* detail = lines.line(level, smoothRow + 1);
     kernels.unfilterRows(smooth, detailBefore, smoothBefore, detail, columns);
-    if (smoothRow == rows - 2) unpredictEndLines(detail, smooth, columns, 1);
+    if (smoothRow == rows - 2) unpredictEndLines(detail, smooth, columns);
 }
 
 template <class T>

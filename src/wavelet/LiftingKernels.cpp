@@ -7,26 +7,26 @@ namespace {
 
 template <class T>
 void filterLine(T* line, std::size_t samples) {
-    filterLines(LiftingLines<T>{line, 1, 1, 1}, static_cast<int>(samples));
+    filterWholeLine(line, static_cast<int>(samples));
 }
 
 template <class T>
 void unfilterLine(T* line, std::size_t samples) {
-    unfilterLines(LiftingLines<T>{line, 1, 1, 1}, static_cast<int>(samples));
+    unfilterWholeLine(line, static_cast<int>(samples));
 }
 
 template <class T>
 void filterRows(T* smooth, T* detail, const T* detailBefore, const T* smoothAfter,
                 std::size_t columns) {
-    predictLines(detail, smooth, smoothAfter, columns, 1);
-    updateLines(smooth, detailBefore, detail, columns, 1);
+    predictLines(detail, smooth, smoothAfter, columns);
+    updateLines(smooth, detailBefore, detail, columns);
 }
 
 template <class T>
 void unfilterRows(T* smooth, T* detailBefore, const T* smoothBefore, const T* detail,
                   std::size_t columns) {
-    unupdateLines(smooth, detailBefore, detail, columns, 1);
-    unpredictLines(detailBefore, smoothBefore, smooth, columns, 1);
+    unupdateLines(smooth, detailBefore, detail, columns);
+    unpredictLines(detailBefore, smoothBefore, smooth, columns);
 }
 
 template <class T>

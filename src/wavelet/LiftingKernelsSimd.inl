@@ -75,7 +75,7 @@ template <class V>
 QMX_TARGET void filterLine(typename V::Sample* line, std::size_t samples) {
     using Sample = typename V::Sample;
     if (!V::kHasMasks && samples <= V::kSamples)
-        return filterLines(LiftingLines<Sample>{line, 1, 1, 1}, static_cast<int>(samples));
+        return filterWholeLine(line, static_cast<int>(samples));
     const Sample first = line[0];
     std::size_t i = 0;
     auto before = V::zero();
@@ -88,8 +88,7 @@ QMX_TARGET void filterLine(typename V::Sample* line, std::size_t samples) {
     if constexpr (V::kHasMasks) {
         filterLast<V>(line + i, samples - i, before);
     } else {
-        filterLinesFrom(LiftingLines<Sample>{line, 1, 1, 1}, static_cast<int>(i),
-                        static_cast<int>(samples));
+        filterLineFrom(line, static_cast<int>(i), static_cast<int>(samples));
     }
     line[0] = static_cast<Sample>(wrappingSum(first, half(line[1])));
 }
@@ -136,16 +135,14 @@ QMX_TARGET inline void unfilterLast(typename V::Sample* line, std::size_t sample
 template <class V>
 QMX_TARGET inline void unfilterRest(typename V::Sample* line, std::size_t samples,
                                     const Pending<V>& pending) {
-    using Sample = typename V::Sample;
     if (samples == 1)
-        unupdateEndLines(line, line - 1, 1, 1);
+        unupdateEndLines(line, line - 1, 1);
     else
-        unupdateLines(line, line - 1, line + 1, 1, 1);
+        unupdateLines(line, line - 1, line + 1, 1);
     const auto after = V::evens(V::withFirst(V::zero(), line[0]));
     V::store(line - V::kSamples, unpredicted<V>(pending.pairs, pending.evens, after));
-    if (samples == 2) unpredictEndLines(line + 1, line, 1, 1);
-    if (samples > 2)
-        unfilterLinesFrom(LiftingLines<Sample>{line, 1, 1, 1}, 2, static_cast<int>(samples));
+    if (samples == 2) unpredictEndLines(line + 1, line, 1);
+    if (samples > 2) unfilterLineFrom(line, 2, static_cast<int>(samples));
 }
 
 /// The evens of a vector come first. Its odds need the even sample behind it, so that they are made
@@ -159,7 +156,7 @@ QMX_TARGET void unfilterLine(typename V::Sample* line, std::size_t samples) {
         if constexpr (V::kHasMasks)
             return unfilterLast<V>(line, samples, {V::zero(), V::zero(), V::zero()}, false,
                                    firstEven);
-        return unfilterLines(LiftingLines<Sample>{line, 1, 1, 1}, static_cast<int>(samples));
+        return unfilterWholeLine(line, static_cast<int>(samples));
     }
     auto pending = restoreEvens<V>(V::load(line), V::zero());
     pending.pairs = V::withFirst(pending.pairs, firstEven);
@@ -206,8 +203,8 @@ QMX_TARGET void filterRows(typename V::Sample* smooth, typename V::Sample* detai
         filterColumns<V>(Part<V>{columns - i}, smooth + i, detail + i, detailBefore + i,
                          smoothAfter + i);
     } else {
-        predictLines(detail + i, smooth + i, smoothAfter + i, columns - i, 1);
-        updateLines(smooth + i, detailBefore + i, detail + i, columns - i, 1);
+        predictLines(detail + i, smooth + i, smoothAfter + i, columns - i);
+        updateLines(smooth + i, detailBefore + i, detail + i, columns - i);
     }
 }
 
@@ -233,8 +230,8 @@ QMX_TARGET void unfilterRows(typename V::Sample* smooth, typename V::Sample* det
         unfilterColumns<V>(Part<V>{columns - i}, smooth + i, detailBefore + i, smoothBefore + i,
                            detail + i);
     } else {
-        unupdateLines(smooth + i, detailBefore + i, detail + i, columns - i, 1);
-        unpredictLines(detailBefore + i, smoothBefore + i, smooth + i, columns - i, 1);
+        unupdateLines(smooth + i, detailBefore + i, detail + i, columns - i);
+        unpredictLines(detailBefore + i, smoothBefore + i, smooth + i, columns - i);
     }
 }
 

@@ -6,15 +6,15 @@
 
 namespace qmx {
 
-// The plain lifting steps over count parallel lines: line j stands j * step samples after the first.
-// Sums are formed in 32 bits and narrowed to T when they are stored, both with wrap-around.
-// Requires: the output does not overlap the inputs. Format: docs/format.md, 6.2 One line.
+// The plain lifting steps over count samples side by side, of a line or of rows. Sums are formed in 32 bits and
+// narrowed to T when they are stored, both with wrap-around. Requires: the output does not overlap the inputs.
+// Format: docs/format.md, 6.2 One line.
 
 /// detail -= half(left + right)
 template <class T>
 inline void predictLines(T* __restrict detail, const T* __restrict left, const T* __restrict right,
-                         std::size_t count, std::size_t step) {
-    for (std::size_t i = 0; i < count * step; i += step)
+                         std::size_t count) {
+    for (std::size_t i = 0; i < count; ++i)
         detail[i] =
             static_cast<T>(wrappingDifference(detail[i], half(wrappingSum(left[i], right[i]))));
 }
@@ -22,24 +22,24 @@ inline void predictLines(T* __restrict detail, const T* __restrict left, const T
 /// detail += half(left + right)
 template <class T>
 inline void unpredictLines(T* __restrict detail, const T* __restrict left,
-                           const T* __restrict right, std::size_t count, std::size_t step) {
-    for (std::size_t i = 0; i < count * step; i += step)
+                           const T* __restrict right, std::size_t count) {
+    for (std::size_t i = 0; i < count; ++i)
         detail[i] = static_cast<T>(wrappingSum(detail[i], half(wrappingSum(left[i], right[i]))));
 }
 
 /// smooth += quarter(left + right)
 template <class T>
 inline void updateLines(T* __restrict smooth, const T* __restrict left, const T* __restrict right,
-                        std::size_t count, std::size_t step) {
-    for (std::size_t i = 0; i < count * step; i += step)
+                        std::size_t count) {
+    for (std::size_t i = 0; i < count; ++i)
         smooth[i] = static_cast<T>(wrappingSum(smooth[i], quarter(wrappingSum(left[i], right[i]))));
 }
 
 /// smooth -= quarter(left + right)
 template <class T>
 inline void unupdateLines(T* __restrict smooth, const T* __restrict left, const T* __restrict right,
-                          std::size_t count, std::size_t step) {
-    for (std::size_t i = 0; i < count * step; i += step)
+                          std::size_t count) {
+    for (std::size_t i = 0; i < count; ++i)
         smooth[i] =
             static_cast<T>(wrappingDifference(smooth[i], quarter(wrappingSum(left[i], right[i]))));
 }
@@ -49,33 +49,32 @@ inline void unupdateLines(T* __restrict smooth, const T* __restrict left, const 
 
 /// detail -= neighbour
 template <class T>
-inline void predictEndLines(T* __restrict detail, const T* __restrict neighbour, std::size_t count,
-                            std::size_t step) {
-    for (std::size_t i = 0; i < count * step; i += step)
+inline void predictEndLines(T* __restrict detail, const T* __restrict neighbour,
+                            std::size_t count) {
+    for (std::size_t i = 0; i < count; ++i)
         detail[i] = static_cast<T>(wrappingDifference(detail[i], neighbour[i]));
 }
 
 /// detail += neighbour
 template <class T>
 inline void unpredictEndLines(T* __restrict detail, const T* __restrict neighbour,
-                              std::size_t count, std::size_t step) {
-    for (std::size_t i = 0; i < count * step; i += step)
+                              std::size_t count) {
+    for (std::size_t i = 0; i < count; ++i)
         detail[i] = static_cast<T>(wrappingSum(detail[i], neighbour[i]));
 }
 
 /// smooth += half(neighbour)
 template <class T>
-inline void updateEndLines(T* __restrict smooth, const T* __restrict neighbour, std::size_t count,
-                           std::size_t step) {
-    for (std::size_t i = 0; i < count * step; i += step)
+inline void updateEndLines(T* __restrict smooth, const T* __restrict neighbour, std::size_t count) {
+    for (std::size_t i = 0; i < count; ++i)
         smooth[i] = static_cast<T>(wrappingSum(smooth[i], half(neighbour[i])));
 }
 
 /// smooth -= half(neighbour)
 template <class T>
-inline void unupdateEndLines(T* __restrict smooth, const T* __restrict neighbour, std::size_t count,
-                             std::size_t step) {
-    for (std::size_t i = 0; i < count * step; i += step)
+inline void unupdateEndLines(T* __restrict smooth, const T* __restrict neighbour,
+                             std::size_t count) {
+    for (std::size_t i = 0; i < count; ++i)
         smooth[i] = static_cast<T>(wrappingDifference(smooth[i], half(neighbour[i])));
 }
 
