@@ -98,9 +98,9 @@ TEST(CTeskCompressor, GivesTheGoldenStreams) {
                              std::stoi(command[5]), test::readFile(folder + command[1])};
         const double rate = command.size() > 7 ? std::stod(command[7]) : 0.0;
         const auto budget = truncateToUnsigned(static_cast<double>(image.bytes.size()) * rate);
-        const test::Coded coded = test::compressObject(image, budget);
+        const test::Outcome coded = test::compressObject(image, budget);
         EXPECT_TRUE(isUsable(coded.status));
-        EXPECT_TRUE(test::sameBytes(test::readFile(folder + command[6]), coded.stream));
+        EXPECT_TRUE(test::sameBytes(test::readFile(folder + command[6]), coded.bytes));
         if (rate == 0.0) ++withoutRate;
     }
     EXPECT_GE(withoutRate, 15);
@@ -109,9 +109,9 @@ TEST(CTeskCompressor, GivesTheGoldenStreams) {
 TEST(CTeskCompressor, TheEstimateCutsTinyFlatImagesOnly) {
     // 8-bit, all 200, 2 x 2: the estimate is 39 bytes, the complete stream needs 26 behind the header.
     const RawImage tiny{1, 8, 2, 2, Bytes(4, 200)};
-    const test::Coded cut = test::compressObject(tiny, 0);
+    const test::Outcome cut = test::compressObject(tiny, 0);
     EXPECT_EQ(cut.status, kCut);
-    EXPECT_EQ(cut.stream, test::prefixOf(test::encode(tiny), 39));
+    EXPECT_EQ(cut.bytes, test::prefixOf(test::encode(tiny), 39));
     EXPECT_EQ(test::encode(tiny).size(), 42U);
     // 64 x 64, all 0: the estimate is 34 bytes, the complete stream needs 14 behind the header.
     const RawImage zero{1, 8, 64, 64, Bytes(4096, 0)};
@@ -166,14 +166,14 @@ RawImage wideSamples(int bitsPerPixel) {
 
 TEST(CTeskCompressor, SamplesOf12BitsHaveWideCoefficients) {
     const RawImage image = wideSamples(12);
-    const Bytes stream = test::compressObject(image).stream;
+    const Bytes stream = test::compressObject(image).bytes;
     EXPECT_EQ(test::decompressObject(stream).bytes, image.bytes);
     EXPECT_NE(stream, test::encode(image)) << "files have narrow ones up to 12 bits";
 }
 
 TEST(CTeskCompressor, SamplesOf11BitsHaveNarrowCoefficients) {
     const RawImage image = wideSamples(11);
-    const Bytes stream = test::compressObject(image).stream;
+    const Bytes stream = test::compressObject(image).bytes;
     EXPECT_NE(test::decompressObject(stream).bytes, image.bytes);
     EXPECT_EQ(stream, test::encode(image));
 }

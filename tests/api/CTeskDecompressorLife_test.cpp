@@ -141,6 +141,9 @@ TEST_F(DecompressorLife, ImagesWithoutPixelsNeedNoBuffer) {
         const Bytes stream = test::encode(test::makeImage(Content::flat, 1, 8, width, height));
         CTeskDecompressor decompressor(stream.data(), stream.size());
         EXPECT_EQ(decompressor.decompress(nullptr, 0), kComplete);
+        CTeskDecompressor stopped(stream.data(), stream.size());
+        stopped.stop();
+        EXPECT_EQ(stopped.decompress(nullptr, 0), height == 0 ? kComplete : kSuspended);
     }
 }
 

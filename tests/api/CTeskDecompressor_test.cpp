@@ -11,7 +11,7 @@ using namespace qmx;
 using test::Bytes;
 using test::Content;
 using test::decompressObject;
-using test::expectSameDecoded;
+using test::expectSameOutcome;
 using test::prefixOf;
 using test::RawImage;
 
@@ -23,7 +23,7 @@ TEST(CTeskDecompressor, CompleteStreamsDecodeAsInTheLibrary) {
                                                        kind.bitsPerPixel, width, height);
                 SCOPED_TRACE(testing::Message() << width << " x " << height);
                 const Bytes stream = test::encode(image);
-                expectSameDecoded(test::decode(stream), decompressObject(stream));
+                expectSameOutcome(test::decode(stream), decompressObject(stream));
             }
 }
 
@@ -36,8 +36,8 @@ TEST(CTeskDecompressor, EveryPrefixDecodesAsInTheLibrary) {
         for (std::size_t size = 17; size <= stream.size(); ++size) {
             SCOPED_TRACE(size);
             const Bytes prefix = prefixOf(stream, size);
-            const test::Decoded decoded = decompressObject(prefix);
-            expectSameDecoded(test::decode(prefix), decoded);
+            const test::Outcome decoded = decompressObject(prefix);
+            expectSameOutcome(test::decode(prefix), decoded);
             ASSERT_TRUE(decoded.status == kCut || size > stream.size() / 2);
         }
         if (decompressObject(stream).bytes == image.bytes) ++restored;
@@ -52,8 +52,8 @@ TEST(CTeskDecompressor, NoiseDecodesAsInTheLibrary) {
         const test::SampleKind kind = test::kKindsOfBothProfiles[seed % 7];
         const Bytes stream =
             test::noiseStream(makeHeader(kind.bytesPerPixel, kind.bitsPerPixel, 40, 30), 60, seed);
-        const test::Decoded decoded = decompressObject(stream);
-        expectSameDecoded(test::decode(stream), decoded);
+        const test::Outcome decoded = decompressObject(stream);
+        expectSameOutcome(test::decode(stream), decoded);
         ++counts[decoded.status == kComplete ? 0 : decoded.status == kCut ? 1 : 2];
     }
     EXPECT_GT(counts[0], 0);
@@ -109,7 +109,7 @@ TEST(CTeskDecompressor, TheMagicIsNotLookedAt) {
     Bytes stream = test::encode(image);
     for (int i = 0; i < 4; ++i) {
         stream[static_cast<std::size_t>(i)] = 0xEE;
-        expectSameDecoded({kComplete, image.bytes}, decompressObject(stream));
+        test::expectOutcome(kComplete, image.bytes, decompressObject(stream));
     }
 }
 
@@ -117,7 +117,7 @@ TEST(CTeskDecompressor, ReservedBytesOfTheHeaderAreIgnored) {
     const RawImage image = test::makeImage(Content::photo, 1, 8, 12, 14);
     Bytes stream = test::encode(image);
     std::fill(stream.begin() + 10, stream.begin() + 16, static_cast<unsigned char>(0xFF));
-    expectSameDecoded({kComplete, image.bytes}, decompressObject(stream));
+    test::expectOutcome(kComplete, image.bytes, decompressObject(stream));
 }
 
 TEST(CTeskDecompressor, AFirstByteBehindTheHeaderIsACutStream) {
@@ -125,7 +125,7 @@ TEST(CTeskDecompressor, AFirstByteBehindTheHeaderIsACutStream) {
         const RawImage image =
             test::makeImage(Content::noise, kind.bytesPerPixel, kind.bitsPerPixel, 9, 9);
         const Bytes zeros(image.bytes.size(), 0);
-        expectSameDecoded({kCut, zeros}, decompressObject(prefixOf(test::encode(image), 17)));
+        test::expectOutcome(kCut, zeros, decompressObject(prefixOf(test::encode(image), 17)));
     }
 }
 
@@ -143,8 +143,8 @@ TEST(CTeskDecompressor, OnlyCutStreamsAreLimitedToTheBitsOfTheHeader) {
     for (const int bits : {13, 15}) {
         const unsigned greatest = (1U << bits) - 1;
         stream[5] = static_cast<unsigned char>(bits);
-        expectSameDecoded({kComplete, image.bytes}, decompressObject(stream));
-        const test::Decoded cut = decompressObject(prefixOf(stream, stream.size() - 40));
+        test::expectOutcome(kComplete, image.bytes, decompressObject(stream));
+        const test::Outcome cut = decompressObject(prefixOf(stream, stream.size() - 40));
         EXPECT_EQ(cut.status, kCut);
         const std::vector<unsigned> samples = samples16(cut.bytes);
         EXPECT_EQ(*std::max_element(samples.begin(), samples.end()), greatest);
@@ -156,7 +156,7 @@ TEST(CTeskDecompressor, WidthOfCoefficientsFollowsTheMemoryProfile) {
     // A coefficient of 40000 fits into 32 bits and wraps in 16.
     const Bytes body = test::StreamBuilder(1, 1, 15).n(0, "0 1").end();
     const auto sampleFor = [&](int bits) {
-        const test::Decoded decoded =
+        const test::Outcome decoded =
             decompressObject(test::headed(makeHeader(2, bits, 1, 1), body));
         return std::make_pair(decoded.status, decoded.bytes);
     };

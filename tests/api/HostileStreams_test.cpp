@@ -61,7 +61,7 @@ TEST(HostileStreams, MegabytesOfEmptySectionsAreACutStreamOfZeros) {
         const test::Call call = test::decompressCall(codec.get(), stream);
         EXPECT_EQ(call.status, TESK_CUT);
         EXPECT_EQ(call.bytes, Bytes(header.rawBytes()));
-        const test::Decoded object = test::decompressObject(stream);
+        const test::Outcome object = test::decompressObject(stream);
         EXPECT_EQ(object.status, kCut);
         EXPECT_EQ(object.bytes, call.bytes);
         EXPECT_LT(watch.seconds(), kSeconds);

@@ -37,11 +37,11 @@ TEST(Rounding, OfTheCallerChangesNoStream) {
     const test::Codec codec = test::makeCodec();
     for (const RawImage& image : manyImages()) {
         const test::Bytes called = test::compressCall(codec.get(), image).bytes;
-        const test::Bytes made = test::compressObject(image).stream;
+        const test::Bytes made = test::compressObject(image).bytes;
         for (const int mode : kModes) {
             const Mode other(mode);
             EXPECT_EQ(test::compressCall(codec.get(), image).bytes, called) << mode;
-            EXPECT_EQ(test::compressObject(image).stream, made) << mode;
+            EXPECT_EQ(test::compressObject(image).bytes, made) << mode;
         }
     }
 }

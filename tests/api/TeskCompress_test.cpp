@@ -34,7 +34,7 @@ protected:
     test::Codec codec = test::makeCodec();
     test::Codec plainCodec = test::makeCodecWithFlags(TESK_PLAIN);
     RawImage image = test::makeImage(Content::noise, 1, 8, 20, 20);
-    Bytes complete = test::compressObject(image).stream;
+    Bytes complete = test::compressObject(image).bytes;
 };
 
 TEST_F(TeskCompress, PlainStreamsAreThoseOfTheCompressor) {
@@ -46,7 +46,7 @@ TEST_F(TeskCompress, PlainStreamsAreThoseOfTheCompressor) {
                 SCOPED_TRACE(testing::Message() << width << " x " << height);
                 const Call call = compressCall(plainCodec.get(), photo);
                 EXPECT_EQ(call.status, TESK_OK);
-                EXPECT_TRUE(sameBytes(test::compressObject(photo).stream, call.bytes));
+                EXPECT_TRUE(sameBytes(test::compressObject(photo).bytes, call.bytes));
             }
 }
 
@@ -56,7 +56,7 @@ TEST_F(TeskCompress, SamplesWiderThanTheHeaderSaysGiveTheBytesOfTheCompressor) {
         wide.bitsPerPixel = bits;
         const Call call = compressCall(plainCodec.get(), wide);
         EXPECT_EQ(call.status, TESK_OK);
-        EXPECT_TRUE(sameBytes(test::compressObject(wide).stream, call.bytes));
+        EXPECT_TRUE(sameBytes(test::compressObject(wide).bytes, call.bytes));
     }
 }
 
@@ -135,7 +135,7 @@ TEST_F(TeskCompress, GapsAndAddressesDoNotMatter) {
     for (const test::SampleKind kind : {test::SampleKind{1, 8}, {3, 8}, {2, 9}, {2, 16}}) {
         const RawImage photo =
             test::makeImage(Content::photo, kind.bytesPerPixel, kind.bitsPerPixel, 15, 11);
-        const Bytes expected = test::compressObject(photo).stream;
+        const Bytes expected = test::compressObject(photo).bytes;
         for (std::size_t gap = 0; gap <= 5; ++gap)
             for (std::size_t shift = 0; shift <= 3; ++shift) {
                 SCOPED_TRACE(testing::Message() << "gap " << gap << ", address " << shift);

@@ -26,7 +26,7 @@ tesk_status statusFor(int objectStatus) {
 class TeskDecompress : public testing::Test {
 protected:
     void expectAsDecompressor(const Bytes& bytes) {
-        const test::Decoded expected = test::decompressObject(bytes);
+        const test::Outcome expected = test::decompressObject(bytes);
         Call call = decompressCall(codec.get(), bytes);
         EXPECT_EQ(call.status, statusFor(expected.status));
         EXPECT_TRUE(sameBytes(expected.bytes, call.bytes));
@@ -38,12 +38,12 @@ protected:
     }
     void take(const RawImage& other) {
         image = other;
-        stream = test::compressObject(image).stream;
+        stream = test::compressObject(image).bytes;
     }
 
     test::Codec codec = test::makeCodec();
     RawImage image = test::makeImage(Content::photo, 1, 8, 16, 16);
-    Bytes stream = test::compressObject(image).stream;
+    Bytes stream = test::compressObject(image).bytes;
 };
 
 TEST_F(TeskDecompress, EveryPrefixDecodesLikeTheDecompressor) {

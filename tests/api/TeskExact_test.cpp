@@ -62,7 +62,7 @@ TEST(TeskExact, ASideOf1IsOutOfReachUnlessAllSamplesAre0) {
 
 TEST(TeskExact, PlainCodecsGiveThePlainStreamWithAndWithoutABudget) {
     const RawImage image = flat(5, 5, 200);
-    const Bytes plain = test::compressObject(image).stream;
+    const Bytes plain = test::compressObject(image).bytes;
     const test::Codec codec = test::makeCodecWithFlags(TESK_PLAIN);
     for (const std::size_t budget : {std::size_t{0}, std::size_t{1000}}) {
         const Call call = compressCall(codec.get(), image, budget);

@@ -2,16 +2,14 @@
 #include <gtest/gtest.h>
 #include <sys/wait.h>
 
-#include "support/Bytes.h"
-#include "support/DriverAgreement.h"
+#include "support/FileDrivers.h"
 #include "support/TempDir.h"
-#include "support/TestImages.h"
 
 namespace {
 
 using test::Bytes;
 using test::Content;
-using test::decompressHere;
+using test::decompressFile;
 using test::expectSameImage;
 using test::imagesOf;
 using test::nameOf;
@@ -52,10 +50,9 @@ protected:
     /// Checks that the tool does with a stream what the library does.
     void expectAsInLibrary(const Bytes& stream) {
         for (const bool upper : {false, true}) {
-            const Outcome here = decompressHere(stream, upper);
-            const Outcome there = decompress(stream, upper ? "D" : "d");
-            EXPECT_EQ(here.status, there.status);
-            EXPECT_TRUE(sameBytes(here.bytes, there.bytes));
+            SCOPED_TRACE(upper ? "D" : "d");
+            test::expectSameOutcome(decompressFile(stream, upper),
+                                    decompress(stream, upper ? "D" : "d"));
         }
     }
 
@@ -118,7 +115,7 @@ TEST_F(Tool, MemoryWordsDecodeAsTheOthersDo) {
             SCOPED_TRACE(nameOf(image) + " cut to " + std::to_string(size) + " bytes");
             const Bytes stream(complete.begin(),
                                complete.begin() + static_cast<std::ptrdiff_t>(size));
-            const Outcome here = decompressHere(stream, false);
+            const Outcome here = decompressFile(stream, false);
             if (here.status != 0) continue;  // dc reports it, with status 0
             ++compared;
             const Outcome memory = decompress(stream, "dc");

@@ -4,7 +4,7 @@
 #include <chrono>
 #include <gtest/gtest.h>
 
-#include "support/DriverAgreement.h"
+#include "support/FileDrivers.h"
 
 namespace {
 
@@ -14,12 +14,9 @@ using test::expectSameImage;
 using test::imagesOf;
 using test::kHeaderBytes;
 using test::nameOf;
+using test::prefixOf;
 using test::RawImage;
 using test::Size;
-
-Bytes prefixOf(const Bytes& stream, std::size_t sizeBytes) {
-    return {stream.begin(), stream.begin() + static_cast<std::ptrdiff_t>(sizeBytes)};
-}
 
 /// Flips one to three bits behind the header.
 Bytes damaged(Bytes stream, test::Random& random) {

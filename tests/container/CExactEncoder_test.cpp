@@ -4,7 +4,6 @@
 
 #include "container/Comparison.h"
 #include "support/CodecObjects.h"
-#include "support/DriverAgreement.h"
 
 namespace {
 
@@ -30,7 +29,7 @@ WrittenStream behindHeader(const Bytes& stream) {
 TEST(Comparison, TellsTheImageFromEveryOther) {
     for (const test::SampleKind kind : {test::SampleKind{1, 8}, {3, 8}, {2, 12}, {2, 16}}) {
         RawImage image = makeImage(Content::photo, kind.bytesPerPixel, kind.bitsPerPixel, 64, 48);
-        const Bytes stream = test::compressObject(image).stream;
+        const Bytes stream = test::compressObject(image).bytes;
         const Job job(image);
         EXPECT_TRUE(restoresExactly(job, behindHeader(stream)));
         EXPECT_FALSE(restoresExactly(job, behindHeader(test::prefixOf(stream, stream.size() / 2))))
@@ -46,7 +45,7 @@ TEST(Comparison, TellsTheImageFromEveryOther) {
 TEST(Comparison, ATwelveBitStreamHasToComeBackInBothProfiles) {
     RawImage image = makeImage(Content::noise, 2, 16, 32, 32);
     image.bitsPerPixel = 12;
-    const Bytes stream = test::compressObject(image).stream;
+    const Bytes stream = test::compressObject(image).bytes;
     ASSERT_EQ(test::decompressObject(stream).bytes, image.bytes) << "in memory it does";
     EXPECT_FALSE(restoresExactly(Job(image), behindHeader(stream)));
 }

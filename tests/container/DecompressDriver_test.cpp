@@ -2,65 +2,53 @@
 
 #include <gtest/gtest.h>
 
-#include "support/Drivers.h"
+#include "support/FileDrivers.h"
 #include "support/StreamBuilder.h"
 
 namespace {
 
 using test::Bytes;
 using test::Content;
+using test::decompressFile;
+using test::headed;
+using test::headerOf;
 using test::makeImage;
-using test::runDecompress;
 using test::sameBytes;
 
-Bytes withHeader(const test::RawImage& image, const Bytes& coefficients) {
-    Bytes stream = test::encode(image, 0);
-    stream.insert(stream.end(), coefficients.begin(), coefficients.end());
-    return stream;
-}
-
 TEST(DecompressDriver, RestoresEverySampleTypeInBothModes) {
-    const auto gray = makeImage(Content::photo, 1, 8, 61, 47);
-    const auto colour = makeImage(Content::photo, 3, 8, 50, 60);
-    const auto twelve = makeImage(Content::photo, 2, 12, 64, 64);
-    const auto sixteen = makeImage(Content::photo, 2, 16, 64, 96);
-    for (const bool upper : {false, true}) {
-        EXPECT_TRUE(sameBytes(gray.bytes, runDecompress<short>(test::encode(gray), upper).output));
-        EXPECT_TRUE(
-            sameBytes(colour.bytes, runDecompress<short>(test::encode(colour), upper).output));
-        EXPECT_TRUE(
-            sameBytes(twelve.bytes, runDecompress<short>(test::encode(twelve), upper).output));
-        EXPECT_TRUE(
-            sameBytes(sixteen.bytes, runDecompress<int>(test::encode(sixteen), upper).output));
-    }
+    for (const auto& image :
+         {makeImage(Content::photo, 1, 8, 61, 47), makeImage(Content::photo, 3, 8, 50, 60),
+          makeImage(Content::photo, 2, 12, 64, 64), makeImage(Content::photo, 2, 16, 64, 96)})
+        for (const bool upper : {false, true})
+            EXPECT_TRUE(sameBytes(image.bytes, decompressFile(test::encode(image), upper).bytes));
 }
 
 TEST(DecompressDriver, ProgressLinesOfBothModes) {
     const Bytes gray = test::encode(makeImage(Content::photo, 1, 8, 16, 16));
-    EXPECT_EQ((runDecompress<short>(gray, false).lines),
+    EXPECT_EQ(decompressFile(gray, false).lines,
               "Reading...(into 16-bit array)\nTransforming...\nWriting...\n");
-    EXPECT_EQ((runDecompress<short>(gray, true).lines),
+    EXPECT_EQ(decompressFile(gray, true).lines,
               "Reading to memory...\nReading...(into 16-bit array)\nTransforming...\n"
               "Copying (into 8-bit array)...\nWriting...\n");
     const Bytes colour = test::encode(makeImage(Content::photo, 3, 8, 16, 16));
-    EXPECT_EQ((runDecompress<short>(colour, false).lines),
+    EXPECT_EQ(decompressFile(colour, false).lines,
               "Reading...(into 16-bit array)\nTransforming...\nTransforming RGB...\nWriting...\n");
     const Bytes deep = test::encode(makeImage(Content::photo, 2, 16, 16, 16));
-    EXPECT_EQ((runDecompress<int>(deep, true).lines),
+    EXPECT_EQ(decompressFile(deep, true).lines,
               "Reading to memory...\nReading...(into 32-bit array)\nTransforming...\n"
               "Copying (into 16-bit array)...\nWriting...\n");
 }
 
 TEST(DecompressDriver, AnInvalidStreamGivesOneAndAnEmptyFile) {
-    const auto image = makeImage(Content::flat, 1, 8, 16, 16);
-    const Bytes stream =
-        withHeader(image, test::StreamBuilder(16, 16, 3).section(2, 0, false, "").end());
-    for (const bool upper : {false, true}) {
-        const auto run = runDecompress<short>(stream, upper);
-        EXPECT_EQ(run.result, 1);
-        EXPECT_TRUE(run.output.empty());
-        EXPECT_NE(run.lines.find("ERROR: Decompression error 128\n"), std::string::npos);
-    }
+    const Bytes stream = headed(headerOf(makeImage(Content::flat, 1, 8, 16, 16)),
+                                test::StreamBuilder(16, 16, 3).section(2, 0, false, "").end());
+    for (const bool upper : {false, true})
+        for (const int extra : {0, -5}) {
+            const auto run = decompressFile(stream, upper, extra);
+            EXPECT_EQ(run.status, 1);
+            EXPECT_TRUE(run.bytes.empty());
+            EXPECT_NE(run.lines.find("ERROR: Decompression error 128\n"), std::string::npos);
+        }
 }
 
 /// A 2 x 2 stream whose samples are 300, -3, 7 and 0.
@@ -73,49 +61,64 @@ test::StreamBuilder outOfRange() {
     return stream.u(0, "1").u(0, "01").u(0, "011");
 }
 
+/// Returns: the samples of a 2 x 2 stream.
+Bytes samplesOf(const Bytes& sections, bool upper, int extra) {
+    return decompressFile(headed(qmx::makeHeader(1, 8, 2, 2), sections), upper, extra).bytes;
+}
+
 TEST(DecompressDriver, OnlyACutStreamIsLimitedToTheBitsOfTheHeader) {
-    const auto image = makeImage(Content::flat, 1, 8, 2, 2);
     for (const bool upper : {false, true}) {
-        const auto whole = runDecompress<short>(withHeader(image, outOfRange().end()), upper);
-        EXPECT_EQ(whole.output, (Bytes{44, 253, 7, 0}));
-        const auto cut = runDecompress<short>(withHeader(image, outOfRange().cut()), upper);
-        EXPECT_EQ(cut.output, (Bytes{255, 0, 7, 0}));
+        EXPECT_EQ(samplesOf(outOfRange().end(), upper, 0), (Bytes{44, 253, 7, 0}));
+        EXPECT_EQ(samplesOf(outOfRange().cut(), upper, 0), (Bytes{255, 0, 7, 0}));
     }
 }
 
-TEST(DecompressDriver, BothModesAgreeOnEveryPrefix) {
-    const Bytes stream = test::encode(makeImage(Content::photo, 2, 16, 8, 12));
-    for (std::size_t size = 16; size <= stream.size(); ++size) {
-        const Bytes prefix(stream.begin(), stream.begin() + static_cast<std::ptrdiff_t>(size));
-        const auto file = runDecompress<int>(prefix, false);
-        const auto memory = runDecompress<int>(prefix, true);
-        ASSERT_EQ(file.result, 0);
-        ASSERT_EQ(memory.result, 0);
-        ASSERT_TRUE(sameBytes(memory.output, file.output)) << size;
+TEST(DecompressDriver, ACutStreamThatWasSuspendedIsTakenForComplete) {  // Quirk 12
+    for (const bool upper : {false, true}) {
+        EXPECT_EQ(samplesOf(outOfRange().cut(), upper, -1), (Bytes{44, 253, 7, 0}));
+        EXPECT_EQ(samplesOf(outOfRange().cut(), upper, -2), (Bytes{255, 0, 7, 0}))
+            << "there is no row behind which to pause";
     }
 }
 
 TEST(DecompressDriver, TheSecondPassOfASuspendedDecoderNeverSuspends) {  // Quirk 10
     const auto image = makeImage(Content::photo, 1, 8, 48, 48);
-    const auto run = runDecompress<short>(test::encode(image), false, -5);
-    EXPECT_EQ(run.result, 0);
-    EXPECT_TRUE(sameBytes(image.bytes, run.output));
+    const auto run = decompressFile(test::encode(image), false, -5);
+    EXPECT_EQ(run.status, 0);
+    EXPECT_TRUE(sameBytes(image.bytes, run.bytes));
+}
+
+/// Decompresses the stream of a small image from one file to another.
+void runOn(const char* inName, const char* outName, bool upper) {
+    const auto image = makeImage(Content::flat, 1, 8, 8, 8);
+    std::FILE* in =
+        inName == nullptr ? test::fileOf(test::encode(image)).release() : std::fopen(inName, "rb");
+    std::fseek(in, 16, SEEK_SET);
+    const test::CapturedOutput printed;
+    qmx::decompress<short>(headerOf(image), in, std::fopen(outName, "wb"), upper, 0);
+}
+
+TEST(DecompressDriver, AFullDiskThatShowsAtCloseIsAFileError) {
+    for (const bool upper : {false, true})
+        EXPECT_THROW(runOn(nullptr, "/dev/full", upper), qmx::FileError);
+}
+
+TEST(DecompressDriver, AStreamThatCannotBeReadIsAFileError) {
+    for (const bool upper : {false, true})
+        EXPECT_THROW(runOn("/", "/dev/null", upper), qmx::FileError);
 }
 
 TEST(DecompressDriver, ARowThatCannotBeWrittenThrowsThree) {
     const auto image = makeImage(Content::noise, 1, 8, 300, 300);
-    const Bytes stream = test::encode(image);
-    std::FILE* in = test::fileOf(stream).release();
+    std::FILE* in = test::fileOf(test::encode(image)).release();
     std::fseek(in, 16, SEEK_SET);
-    testing::internal::CaptureStdout();
+    const test::CapturedOutput printed;
     try {
-        qmx::decompress<short>(test::headerOf(image), in, test::openFile("/dev/full", "wb"), false,
-                               0);
+        qmx::decompress<short>(headerOf(image), in, std::fopen("/dev/full", "wb"), false, 0);
         ADD_FAILURE() << "nothing thrown";
     } catch (int number) {
         EXPECT_EQ(number, qmx::kThrownEndOfStream);
     }
-    testing::internal::GetCapturedStdout();
 }
 
 }  // namespace

@@ -26,6 +26,10 @@ inline void writeFile(const std::string& name, const Bytes& bytes) {
     ASSERT_TRUE(file.good()) << "cannot write " << name;
 }
 
+inline Bytes prefixOf(const Bytes& bytes, std::size_t sizeBytes) {
+    return {bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(sizeBytes)};
+}
+
 /// Compares byte strings; a failure names the first place where they differ instead of printing
 /// thousands of numbers.
 inline testing::AssertionResult sameBytes(const Bytes& expected, const Bytes& actual) {

@@ -2,8 +2,7 @@
 
 #include <memory>
 
-#include "api/tesk.h"
-#include "support/TestImages.h"
+#include "support/Outcome.h"
 
 // The C interface on images and streams that are byte strings.
 
@@ -38,16 +37,6 @@ inline tesk_image geometryOf(const RawImage& image) {
 inline std::size_t rowBytesOf(const RawImage& image) {
     return static_cast<std::size_t>(image.width) * static_cast<std::size_t>(image.bytesPerPixel);
 }
-
-/// What a call did.
-struct Call {
-    tesk_status status = TESK_INVALID_ARGUMENT;
-    /// The stream or the pixels; empty unless the status says that there are some.
-    Bytes bytes;
-    tesk_result result = TESK_RESULT_INIT;
-
-    bool isUsable() const { return status == TESK_OK || status == TESK_CUT; }
-};
 
 /// Compresses to a block of the codec.
 inline Call compressCall(tesk_codec* codec, const RawImage& image, std::size_t budgetBytes = 0) {

@@ -1,9 +1,8 @@
 #pragma once
 
-#include <vector>
-
 #include "api/CTeskCompressor.h"
 #include "api/CTeskDecompressor.h"
+#include "api/CompressorLoss.h"
 #include "support/LibraryCodec.h"
 
 // The in-memory codec objects on images and streams that are byte strings.
@@ -47,22 +46,20 @@ private:
     BlockLog& log;
 };
 
-struct Coded {
-    int status = qmx::kNotRun;
-    /// Empty when there is no block.
-    Bytes stream;
-};
-
 inline Bytes streamOf(const qmx::CTeskCompressor& compressor) {
     const unsigned char* block = compressor.getBlock();
     return block == nullptr ? Bytes() : Bytes(block, block + compressor.getStreamSize());
 }
 
-inline Coded compressObject(const RawImage& image, unsigned long budgetBytes = kAmpleBudget) {
+/// budgetBytes: 0 lets the object choose the size of its block.
+inline Outcome compressObject(const RawImage& image, unsigned long budgetBytes = kAmpleBudget) {
     qmx::CTeskCompressor compressor(image.width, image.height, image.bitsPerPixel,
                                     image.bytesPerPixel, image.bytes.data(), budgetBytes, true);
-    const int status = compressor.compress();
-    return {status, streamOf(compressor)};
+    Outcome outcome;
+    outcome.status = compressor.compress();
+    outcome.bytes = streamOf(compressor);
+    if (!outcome.bytes.empty()) outcome.report = qmx::findLoss(compressor, budgetBytes != 0);
+    return outcome;
 }
 
 inline std::size_t pixelBytesOf(qmx::CTeskDecompressor& decompressor) {
@@ -71,31 +68,13 @@ inline std::size_t pixelBytesOf(qmx::CTeskDecompressor& decompressor) {
            static_cast<std::size_t>(decompressor.getBytesPerPixel());
 }
 
-inline Decoded decompressObject(const Bytes& stream) {
+inline Outcome decompressObject(const Bytes& stream) {
     qmx::CTeskDecompressor decompressor(stream.data(), stream.size());
-    Decoded decoded;
+    Outcome decoded;
     decoded.bytes.resize(pixelBytesOf(decompressor));
     decoded.status = decompressor.decompress(decoded.bytes.data(), decoded.bytes.size());
     if (!qmx::isUsable(decoded.status)) decoded.bytes.clear();
     return decoded;
-}
-
-/// Checks that two ways of decoding agree.
-inline void expectSameDecoded(const Decoded& expected, const Decoded& actual) {
-    EXPECT_EQ(expected.status, actual.status);
-    EXPECT_TRUE(sameBytes(expected.bytes, actual.bytes));
-}
-
-inline Bytes prefixOf(const Bytes& bytes, std::size_t sizeBytes) {
-    return {bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(sizeBytes)};
-}
-
-/// Returns: the bytes of a header, then others.
-inline Bytes headed(const qmx::TKHeader& header, const Bytes& others) {
-    Bytes bytes(sizeof header + others.size());
-    std::memcpy(bytes.data(), &header, sizeof header);
-    std::copy(others.begin(), others.end(), bytes.begin() + sizeof header);
-    return bytes;
 }
 
 /// Returns: a stream file of noise, which may be anything.
@@ -107,15 +86,5 @@ inline Bytes noiseStream(const qmx::TKHeader& header, std::size_t noiseBytes, st
     if (!noise.empty()) noise[0] %= 12;  // a top plane as images have it
     return headed(header, noise);
 }
-
-/// A sample type: bytes per pixel and bits per pixel.
-struct SampleKind {
-    int bytesPerPixel;
-    int bitsPerPixel;
-};
-
-/// All types whose streams are the same in both profiles.
-inline constexpr SampleKind kKindsOfBothProfiles[] = {{1, 8},  {3, 8},  {2, 8}, {2, 9},
-                                                      {2, 11}, {2, 13}, {2, 16}};
 
 }  // namespace test

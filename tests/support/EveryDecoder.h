@@ -2,9 +2,7 @@
 
 #include <malloc.h>
 
-#include "api/CTeskDecompressor.h"
-#include "support/CodecCalls.h"
-#include "support/DriverAgreement.h"
+#include "support/Ways.h"
 
 // One stream through every decoder there is: the drivers behind `d` and `D`, the object behind `dc`,
 // and the C interface, twice with memory that was filled differently before.
@@ -61,7 +59,6 @@ public:
 
 private:
     static constexpr int kPerturbation = 0x5A;
-    static constexpr int kNoSuchFormat = -1;
 
     struct Answer {
         tesk_status status;
@@ -90,7 +87,7 @@ private:
 
     /// out has one byte more than the image, which nobody may write.
     static Answer ask(tesk_codec* codec, const Bytes& stream, unsigned char filler) {
-        const std::size_t size = stream.size() < kHeaderBytes ? 0 : rawBytes(stream);
+        const std::size_t size = stream.size() < kHeaderBytes ? 0 : headerOf(stream).rawBytes();
         Answer answer{TESK_INVALID_ARGUMENT, Bytes(size + 1, filler)};
         // Exactly as long as it says, so that a sanitizer sees a read behind it.
         const std::unique_ptr<unsigned char[]> exact(new unsigned char[stream.size()]);
@@ -115,7 +112,7 @@ private:
                            : expected.status == TESK_UNSUPPORTED_FORMAT ? kNoSuchFormat
                                                                         : 1;
         for (const bool upper : {false, true}) {
-            const Outcome driver = decompressHere(stream, upper);
+            const Outcome driver = decompressFile(stream, upper);
             ASSERT_EQ(driver.status, status);
             ASSERT_TRUE(
                 sameBytes(expected.isUsable() ? withoutEnd(expected.out) : Bytes(), driver.bytes));
@@ -125,7 +122,7 @@ private:
     static void expectObject(const Bytes& stream, const Answer& expected) {
         constexpr unsigned char kFiller = 0x3C;
         qmx::CTeskDecompressor decompressor(stream.data(), stream.size());
-        Bytes pixels(rawBytes(stream), kFiller);
+        Bytes pixels(headerOf(stream).rawBytes(), kFiller);
         const int result = decompressor.decompress(pixels.data(), pixels.size());
         ASSERT_EQ(result, resultOf(stream, expected.status));
         if (!qmx::isUsable(result)) return expectUntouched(pixels, kFiller);

@@ -12,7 +12,7 @@
 #include "container/CoefficientDispatch.h"
 #include "container/ImageJob.h"
 #include "container/Suspension.h"
-#include "support/TestImages.h"
+#include "support/Outcome.h"
 
 // The way of an image through the library's classes, from memory to memory and without the progress
 // lines of the drivers.
@@ -36,6 +36,23 @@ inline qmx::TKHeader headerOf(const RawImage& image) {
     return qmx::makeHeader(image.bytesPerPixel, image.bitsPerPixel, image.width, image.height);
 }
 
+inline constexpr std::size_t kHeaderBytes = sizeof(qmx::TKHeader);
+
+/// stream: at least 16 bytes.
+inline qmx::TKHeader headerOf(const Bytes& stream) {
+    qmx::TKHeader header;
+    std::memcpy(&header, stream.data(), sizeof header);
+    return header;
+}
+
+/// Returns: the bytes of a header, then others.
+inline Bytes headed(const qmx::TKHeader& header, const Bytes& others) {
+    Bytes bytes(sizeof header + others.size());
+    std::memcpy(bytes.data(), &header, sizeof header);
+    std::copy(others.begin(), others.end(), bytes.begin() + sizeof header);
+    return bytes;
+}
+
 template <class T>
 Bytes encodeAs(const RawImage& image, std::uint64_t roomBytes, int extra) {
     const qmx::TKHeader header = headerOf(image);
@@ -43,8 +60,7 @@ Bytes encodeAs(const RawImage& image, std::uint64_t roomBytes, int extra) {
     qmx::CPixelSource<T> source(pixels, header.bytesPerPixel);
     qmx::CCodedSections<T> sections(qmx::shapeOf(header), std::pmr::new_delete_resource());
     qmx::encodeRows(source, sections, {false, qmx::rowBehindSuspension(extra, header)});
-    Bytes stream(sizeof header + roomBytes);
-    std::memcpy(stream.data(), &header, sizeof header);
+    Bytes stream = headed(header, Bytes(roomBytes));
     qmx::CBitWriter writer(stream.data() + sizeof header, roomBytes);
     sections.writeWhatFits(writer);
     stream.resize(sizeof header + (writer.getTotal() + 7) / 8);
@@ -67,19 +83,13 @@ inline Bytes encode(const RawImage& image, std::uint64_t roomBytes = ~std::uint6
     return stream;
 }
 
-struct Decoded {
-    int status = qmx::kNotRun;
-    /// Empty when the status says that nothing was decoded.
-    Bytes bytes;
-};
-
 enum class ReadFrom { memory, file };
 
 template <class T>
-Decoded decodeAs(const qmx::TKHeader& header, qmx::CBitReader& reader, int extra) {
+Outcome decodeAs(const qmx::TKHeader& header, qmx::CBitReader& reader, int extra) {
     const int resumeRow = qmx::rowBehindSuspension(extra, header);
     qmx::CReceivedSections<T> sections(qmx::shapeOf(header), std::pmr::new_delete_resource());
-    Decoded decoded;
+    Outcome decoded;
     decoded.status = sections.read(reader, std::max(extra, 0));
     if (!qmx::isUsable(decoded.status)) return decoded;
     if (resumeRow != 0) decoded.status = qmx::kComplete;
@@ -91,16 +101,15 @@ Decoded decodeAs(const qmx::TKHeader& header, qmx::CBitReader& reader, int extra
 }
 
 /// Decodes a stream file of at least 16 bytes.
-inline Decoded decode(const Bytes& stream, ReadFrom from = ReadFrom::memory, int extra = 0) {
-    qmx::TKHeader header;
-    std::memcpy(&header, stream.data(), sizeof header);
+inline Outcome decode(const Bytes& stream, ReadFrom from = ReadFrom::memory, int extra = 0) {
+    const qmx::TKHeader header = headerOf(stream);
     const File file = fileOf(stream);
     std::fseek(file.get(), sizeof header, SEEK_SET);
     qmx::CBitFileReader fileReader(file.get());
     qmx::CBitReader memoryReader(stream.data() + sizeof header, stream.size() - sizeof header);
     qmx::CBitReader& reader =
         from == ReadFrom::file ? static_cast<qmx::CBitReader&>(fileReader) : memoryReader;
-    Decoded decoded;
+    Outcome decoded;
     qmx::dispatchCoefficients(
         header, qmx::MostBitsOfShort::inFiles,
         [&]<class T>() {

@@ -18,6 +18,27 @@ struct RawImage {
     Bytes bytes;
 };
 
+inline std::string nameOf(const RawImage& image) {
+    return std::to_string(image.width) + " x " + std::to_string(image.height) + " pixels of " +
+           std::to_string(image.bytesPerPixel) + " bytes, " + std::to_string(image.bitsPerPixel) +
+           " bits";
+}
+
+/// A sample type: bytes per pixel and bits per pixel.
+struct SampleKind {
+    int bytesPerPixel;
+    int bitsPerPixel;
+};
+
+/// All types whose streams are the same in both profiles.
+inline constexpr SampleKind kKindsOfBothProfiles[] = {{1, 8},  {3, 8},  {2, 8}, {2, 9},
+                                                      {2, 11}, {2, 13}, {2, 16}};
+
+struct Size {
+    int width;
+    int height;
+};
+
 enum class Content { flat, gradient, noise, photo, sparse };
 
 inline const char* nameOf(Content content) {
@@ -91,6 +112,32 @@ inline RawImage makeImage(Content content, int bytesPerPixel, int bitsPerPixel, 
                     image.bytes.push_back(static_cast<unsigned char>(sample >> 8));
             }
     return image;
+}
+
+/// Returns: an image of any content, type and size up to 40 x 40. Samples may exceed the bits that it
+/// declares, so that coefficients wrap.
+inline RawImage randomImage(std::uint64_t seed) {
+    constexpr SampleKind kKinds[] = {{1, 8}, {3, 8}, {2, 10}, {2, 12}, {2, 13}, {2, 16}};
+    Random random(seed);
+    const SampleKind kind = kKinds[random.below(std::size(kKinds))];
+    const auto content = static_cast<Content>(random.below(5));
+    const int width = static_cast<int>(random.below(41));
+    const int height = static_cast<int>(random.below(41));
+    RawImage image = makeImage(content, kind.bytesPerPixel, kind.bitsPerPixel, width, height, seed);
+    if (kind.bytesPerPixel == 2 && random.below(4) == 0)
+        for (unsigned char& byte : image.bytes)
+            byte = static_cast<unsigned char>(random.next());
+    return image;
+}
+
+/// Returns: images of all sample types.
+inline std::vector<RawImage> imagesOf(Content content, const std::vector<Size>& sizes) {
+    constexpr SampleKind kKinds[] = {{1, 8}, {3, 8}, {2, 9}, {2, 12}, {2, 13}, {2, 16}};
+    std::vector<RawImage> images;
+    for (const auto& [bytes, bits] : kKinds)
+        for (const Size size : sizes)
+            images.push_back(makeImage(content, bytes, bits, size.width, size.height));
+    return images;
 }
 
 }  // namespace test

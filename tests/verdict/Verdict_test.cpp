@@ -5,14 +5,13 @@
 #include <map>
 #include <tuple>
 
-#include "support/Verdicts.h"
+#include "support/Ways.h"
 #include "verdict/VerdictImages.h"
 
 namespace {
 
 using test::Picture;
 using test::RawImage;
-using test::Verdict;
 using test::VerdictImages;
 using test::Way;
 
@@ -47,20 +46,21 @@ struct Totals {
 class VerdictOf : public testing::TestWithParam<Way> {
 protected:
     void tryImage(Picture picture, const RawImage& image) {
-        const Verdict verdict = test::judge(GetParam(), image);
-        const bool isLost = !test::comesBack(GetParam(), verdict, image);
+        const test::Outcome outcome = test::compress(GetParam(), image);
+        const bool saysLoss = outcome.saysLoss();
+        const bool isLost = !test::comesBack(GetParam(), outcome.bytes, image);
+        ASSERT_NE(outcome.result.loss, TESK_LOSS_UNCHECKED);
         ++typesMet[{picture, image.bytesPerPixel, image.bitsPerPixel}];
         Totals& sum = totals[picture];
         ++sum.images;
-        sum.warnings += verdict.saysLoss ? 1 : 0;
-        if (verdict.saysLoss == isLost) return;
+        sum.warnings += saysLoss ? 1 : 0;
+        if (saysLoss == isLost) return;
         if (++sum.wrong <= kMostExamples)
             examples += std::string(nameOf(picture)) + ", " + nameOf(image) +
                         (isLost ? ": lost without a word\n" : ": said to be lost\n");
     }
 
     void tryAllSizes() {
-        const test::Silence silence;
         const VerdictImages images;
         for (int height = 1; height <= VerdictImages::kGreatestSide; ++height)
             for (int width = 1; width <= VerdictImages::kGreatestSide; ++width)
@@ -84,7 +84,6 @@ protected:
     std::map<Picture, Totals> totals;
     /// Images of each picture, bytes per pixel and bits per pixel.
     std::map<std::tuple<Picture, int, int>, std::size_t> typesMet;
-    /// Standard output is silent while images are tried.
     std::string examples;
 
 private:

@@ -16,11 +16,8 @@ TEST(CPlaneDecoder, AStreamWithEveryBitPlaneStaysInsideTheBoundOfMemory) {
         for (int order = 0; order <= 5; ++order)
             for (int p = 0; p < planes; ++p)
                 builder.n(order, "1 0 1").u(order, "1");
-        const qmx::TKHeader header = test::headerOf({bits == 8 ? 1 : 2, bits, kSide, kSide, {}});
-        const test::Bytes sections = builder.end();
-        test::Bytes stream(sizeof header + sections.size());
-        std::memcpy(stream.data(), &header, sizeof header);
-        std::copy(sections.begin(), sections.end(), stream.begin() + sizeof header);
+        const qmx::TKHeader header = qmx::makeHeader(bits == 8 ? 1 : 2, bits, kSide, kSide);
+        const test::Bytes stream = test::headed(header, builder.end());
         const test::Codec codec = test::makeCodec();
         const test::Call call = test::decompressCall(codec.get(), stream);
         ASSERT_EQ(call.status, TESK_OK);

@@ -13,15 +13,13 @@ namespace {
 
 using test::Bytes;
 using test::Content;
+using test::prefixOf;
 using test::Random;
 using test::RawImage;
 using test::ReadFrom;
 using test::sameBytes;
 
-struct SampleType {
-    int bytesPerPixel;
-    int bitsPerPixel;
-};
+using SampleType = test::SampleKind;
 constexpr SampleType kSampleTypes[] = {{1, 8}, {3, 8}, {2, 10}, {2, 12}, {2, 13}, {2, 16}};
 
 RawImage imageOf(SampleType type, Content content, int width, int height, std::uint64_t seed = 1) {
@@ -31,15 +29,10 @@ RawImage imageOf(SampleType type, Content content, int width, int height, std::u
 void expectSameDecoding(const Bytes& stream) {
     const reference::Decoded expected = reference::decode(stream);
     for (const ReadFrom from : {ReadFrom::memory, ReadFrom::file}) {
-        const test::Decoded actual = test::decode(stream, from);
+        const test::Outcome actual = test::decode(stream, from);
         ASSERT_EQ(actual.status, expected.status);
         ASSERT_TRUE(sameBytes(expected.bytes, actual.bytes));
     }
-}
-
-Bytes prefixOf(const Bytes& stream, std::size_t sizeBytes) {
-    return {stream.begin(),
-            stream.begin() + static_cast<std::ptrdiff_t>(std::min(sizeBytes, stream.size()))};
 }
 
 /// Flips some bits behind the header.
@@ -129,14 +122,23 @@ TEST_P(DecodeRowsTest, DamagedStreams) {
     }
 }
 
+TEST(DecodeRows, RandomImagesAndNoiseBehindTheirHeaders) {
+    for (std::uint64_t seed = 0; seed < 300; ++seed) {
+        SCOPED_TRACE(seed);
+        const RawImage image = test::randomImage(seed);
+        expectSameDecoding(test::encode(image));
+        Random random(seed);
+        Bytes noise(1 + random.below(200));
+        for (unsigned char& byte : noise)
+            byte = static_cast<unsigned char>(random.next());
+        expectSameDecoding(test::headed(test::headerOf(image), noise));
+    }
+}
+
 /// Returns: a stream file of a grayscale image with the sections in `sections`.
 Bytes grayFile(int width, int height, int bitsPerPixel, const Bytes& sections) {
     RawImage image{bitsPerPixel > 8 ? 2 : 1, bitsPerPixel, width, height, {}};
-    const qmx::TKHeader header = test::headerOf(image);
-    Bytes stream(sizeof header + sections.size());
-    std::memcpy(stream.data(), &header, sizeof header);
-    std::copy(sections.begin(), sections.end(), stream.begin() + sizeof header);
-    return stream;
+    return test::headed(test::headerOf(image), sections);
 }
 
 /// Returns: bits of which about one in `rarity` is set.

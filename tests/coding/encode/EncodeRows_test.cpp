@@ -17,19 +17,11 @@ using test::CodedRows;
 using test::Content;
 using test::RawImage;
 
-struct SampleType {
-    int bytesPerPixel;
-    int bitsPerPixel;
-};
+using SampleType = test::SampleKind;
 constexpr SampleType kSampleTypes[] = {{1, 8}, {3, 8}, {2, 12}, {2, 16}};
 
 RawImage imageOf(SampleType type, Content content, int width, int height) {
     return test::makeImage(content, type.bytesPerPixel, type.bitsPerPixel, width, height);
-}
-
-std::string nameOf(const RawImage& image) {
-    return std::to_string(image.bytesPerPixel) + " x " + std::to_string(image.width) + " x " +
-           std::to_string(image.height);
 }
 
 testing::AssertionResult isCodedLikeTheReference(const RawImage& image, int pauseRow = 0) {
@@ -76,6 +68,17 @@ TEST(EncodeRows, ASuspensionLeavesOutTheFirstRowsOfLaterPlanes) {  // Quirk 5
             ASSERT_TRUE(isCodedLikeTheReference(vivid, row));
             ASSERT_TRUE(test::sameBytes(whole, test::encode(gray, ~std::uint64_t{0}, -row)));
         }
+    }
+}
+
+TEST(EncodeRows, RandomImagesAreCodedAndCutLikeTheReference) {
+    for (std::uint64_t seed = 0; seed < 400; ++seed) {
+        const RawImage image = test::randomImage(seed);
+        ASSERT_TRUE(isCodedLikeTheReference(image)) << seed;
+        const std::uint64_t budget = 16 + seed % 300;
+        ASSERT_TRUE(test::sameBytes(reference::encodeCut(test::referenceImage(image), budget),
+                                    test::encode(image, budget - 16)))
+            << seed;
     }
 }
 
