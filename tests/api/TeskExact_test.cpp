@@ -143,4 +143,33 @@ TEST(ExactCompression, OtherLayoutsAreUnsupported) {
     }
 }
 
+/// Compresses an image of which a pixel changes at the nth allocation of the call.
+Call compressChanging(RawImage image, int n) {
+    struct Change {
+        unsigned char* pixel;
+        int left;
+    } change{image.bytes.data(), n};
+    tesk_options options = TESK_OPTIONS_INIT;
+    options.user = &change;
+    options.allocate = [](void* user, std::size_t size) {
+        auto* todo = static_cast<Change*>(user);
+        if (--todo->left == 0) *todo->pixel ^= 1;
+        return std::malloc(size);
+    };
+    options.release = [](void*, void* memory) { std::free(memory); };
+    return compressCall(test::makeCodec(&options).get(), image);
+}
+
+TEST(TeskExact, WhatDoesNotComeBackIsNoResult) {
+    int refused = 0;
+    for (int n = 1; n < 40; ++n) {
+        const Call call = compressChanging(makeImage(Content::photo, 1, 8, 40, 30), n);
+        if (call.status == TESK_OK) continue;
+        ++refused;
+        EXPECT_EQ(call.status, TESK_NOT_RESTORABLE);
+        EXPECT_EQ(call.result.loss, TESK_LOSS_UNKNOWN);
+    }
+    EXPECT_GT(refused, 0);
+}
+
 }  // namespace

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 #include <set>
 
+#include "exact/ExposedImages.h"
 #include "support/CodecCalls.h"
 
 namespace {
@@ -34,6 +35,28 @@ TEST(TeskLoss, EveryReasonHasItsNumber) {
     EXPECT_EQ(lossOf(deep), TESK_LOSS_NONE);
     deep.bitsPerPixel = 9;
     EXPECT_EQ(lossOf(deep), TESK_LOSS_WRAPPED);
+}
+
+TEST(TeskLoss, ACutInFrontOfALongSectionIsThatOfTheBudget) {
+    const RawImage image = test::makeBright(test::Bright::nearlyFlat, 1, 8, 9, 13);
+    const test::Codec codec = test::makeCodecWithFlags(TESK_PLAIN);
+    const std::size_t completeBytes = compressCall(codec.get(), image).bytes.size();
+    int opened = 0;
+    int refused = 0;
+    for (std::size_t budget = 17; budget < completeBytes; ++budget) {
+        const test::Call call = compressCall(codec.get(), image, budget);
+        const int status = test::decompressCall(codec.get(), call.bytes).status;
+        if (call.result.loss == TESK_LOSS_BUDGET) {
+            EXPECT_EQ(status, TESK_CUT) << budget;
+            ++opened;
+        }
+        if (status == TESK_INVALID_STREAM) {
+            EXPECT_EQ(call.result.loss, TESK_LOSS_LONG_SECTION) << budget;
+            ++refused;
+        }
+    }
+    EXPECT_GT(opened, 0);
+    EXPECT_GT(refused, 0);
 }
 
 TEST(TeskLoss, ZerosComeBackWhateverTheirSize) {

@@ -50,6 +50,15 @@ TEST(Comparison, ATwelveBitStreamHasToComeBackInBothProfiles) {
     EXPECT_FALSE(restoresExactly(Job(image), behindHeader(stream)));
 }
 
+TEST(Comparison, ACutStreamOfTheImageIsNotEnough) {
+    const RawImage zeros{1, 8, 64, 64, Bytes(4096, 0)};
+    const Bytes stream = test::compressObject(zeros).bytes;
+    EXPECT_TRUE(restoresExactly(Job(zeros), behindHeader(stream)));
+    const Bytes part = test::prefixOf(stream, 17);
+    EXPECT_TRUE(decodeAndCompare(Job(zeros), MostBitsOfShort::inFiles, behindHeader(part)).isSame);
+    EXPECT_FALSE(restoresExactly(Job(zeros), behindHeader(part)));
+}
+
 TEST(CExactEncoder, RaisedBitsAreThoseOfTheSamplesAndMoreThanDeclared) {
     RawImage image{2, 9, 4, 4, Bytes(32)};
     EXPECT_EQ(raisedBits(Job(image)), 10);
