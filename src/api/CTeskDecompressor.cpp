@@ -39,7 +39,7 @@ int CTeskDecompressor::decode(void* out, unsigned long sizeBytes) {
         status = result;
         return kBufferTooSmall;
     }
-    // Whoever is stopped has written nothing to out.
+    // A call that is stopped has written nothing to out.
     const auto staging = std::make_unique_for_overwrite<unsigned char[]>(rawBytes());
     CPixelSink<T> pixels(*this, limitOf<T>(result, *this), staging.get(), rawRowBytes());
     if (!decodeRows(sections, pixels, {0, stop})) return status = kSuspended;

@@ -7,8 +7,8 @@
 
 namespace qmx {
 
-/// 64-bit words in the first chunk, 512 bytes, unless the writer is told another number. Each further chunk has
-/// twice as many as the one before it, up to 32 KiB. Implementation limits, not part of a stream.
+/// 64-bit words in the first chunk, 512 bytes, unless the writer is told another number. Each further
+/// chunk has twice as many as the one before it, up to 32 KiB. Implementation limits, not part of a stream.
 inline constexpr int kFirstChunkWords = 64;
 inline constexpr int kMostChunkWords = 4096;
 

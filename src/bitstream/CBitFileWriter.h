@@ -17,8 +17,8 @@ public:
     /// Requires: outputFile, unless null, is open for writing while the writer lives.
     /// Owns: the file only if closesFile, and not when it throws. Throws: std::bad_alloc.
     explicit CBitFileWriter(std::FILE* outputFile, bool closesFile = false);
-    /// A failed write, or a close that fails, throws 5 out of this destructor and so ends the process: there is nobody left
-    /// who could be told that the stream is incomplete.
+    /// A failed write, or a close that fails, throws 5 out of this destructor and so ends the process: there
+    /// is nobody left who could be told that the stream is incomplete.
     ~CBitFileWriter() override;
 
     const char* getType() const override { return "file"; }

@@ -9,8 +9,8 @@ namespace qmx {
 
 /// Goes on from where another reader stands and, behind the end of its data, delivers zero bits for
 /// ever; the length that create is told does not end it (Quirk 14). The coefficient decoder reads each
-/// section through one. If the other reader reads a file,
-/// this one reads the same file through a window of its own, which it makes when it needs it.
+/// section through one. If the other reader reads a file, this one reads the same file through a window of
+/// its own, which it makes when it needs it.
 /// getTotal counts from the start of the current window or of the zeros; between create and the
 /// first window it is below 0 and wraps.
 class CBitInfiniteReader final : public CBitReader {

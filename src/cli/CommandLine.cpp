@@ -32,7 +32,7 @@ CommandLine parseRawFileMode(Action action, int argc, const char* const* argv) {
     line.geometry = parseGeometry(argv + 3);
     line.otherName = argv[7];
     if (argc > 8) line.rate = std::strtod(argv[8], nullptr);
-    if (argc > 9) line.extra = static_cast<int>(parseLong(argv[9]));
+    if (argc > 9) line.rowOrSections = static_cast<int>(parseLong(argv[9]));
     return line;
 }
 
@@ -42,7 +42,7 @@ CommandLine parseStreamFileMode(int argc, const char* const* argv) {
     line.action = Action::decompress;
     line.inputName = argv[2];
     line.otherName = argv[3];
-    if (argc > 4) line.extra = static_cast<int>(parseLong(argv[4]));
+    if (argc > 4) line.rowOrSections = static_cast<int>(parseLong(argv[4]));
     return line;
 }
 
@@ -64,7 +64,7 @@ std::optional<CommandLine> parseCommandLine(int argc, const char* const* argv) {
     if ((mode == 'd' || mode == 'D') && (argc == 4 || argc == 5))
         line = parseStreamFileMode(argc, argv);
     if (line) line->inMemory = inMemory;
-    if (line) line->upper = mode == 'C' || mode == 'D';
+    if (line) line->staged = mode == 'C' || mode == 'D';
     return line;
 }
 

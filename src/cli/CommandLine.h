@@ -19,7 +19,7 @@ struct RawGeometry {
 struct CommandLine {
     Action action = Action::compress;
     /// The mode word's capital letter: build the stream, or read it, in memory.
-    bool upper = false;
+    bool staged = false;
     /// The mode word's second letter c: work through the in-memory codec objects.
     bool inMemory = false;
     const char* inputName = nullptr;
@@ -27,7 +27,8 @@ struct CommandLine {
     const char* otherName = nullptr;
     RawGeometry geometry;
     double rate = 0.0;
-    int extra = 0;
+    /// The optional last number, `extra` in the usage: above 0 a number of sections, below 0 a row.
+    int rowOrSections = 0;
 };
 
 /// Returns: the request, or nothing when the mode word or the number of arguments is wrong. Numbers

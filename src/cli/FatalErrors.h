@@ -25,7 +25,8 @@ void rememberGeometry(const TKHeader& header);
 int reportFileError(const FileError& error, const CommandLine& line);
 /// Prints that the stream gave no image. The modes that print progress lines say so there.
 void reportDecompressionError(int result, const CommandLine& line);
-/// Prints why a stream that was just written will not restore its image, or gives none, if so.
+/// Prints why a stream that was just written will not restore its image, or cannot be decoded. Prints
+/// nothing when neither is so.
 void reportLoss(const LossReport& report, const CommandLine& line);
 /// Prints "Out of memory" with the geometry. Returns: exit status 1.
 int reportOutOfMemory();

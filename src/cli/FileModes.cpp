@@ -61,7 +61,7 @@ int compressFile(const CommandLine& line) {
             reportSurplus(files.input.get(), line.inputName, header);
             LossReport loss;
             const int status = compress<T>(header, files.input.release(), files.output.release(),
-                                           line.rate, line.upper, line.extra, &loss);
+                                           line.rate, line.staged, line.rowOrSections, &loss);
             reportLoss(loss, line);
             return status;
         },
@@ -84,8 +84,8 @@ int decompressFile(const CommandLine& line) {
     return dispatchCoefficients(
         header, MostBitsOfShort::inFiles,
         [&]<class T>() {
-            return decompress<T>(header, files.input.release(), files.output.release(), line.upper,
-                                 line.extra);
+            return decompress<T>(header, files.input.release(), files.output.release(), line.staged,
+                                 line.rowOrSections);
         },
         refuseFormat);
 }

@@ -105,14 +105,14 @@ LossReport writeBudgeted(CCodedSections<T>& sections, const ImageJob& job, std::
 }  // namespace
 
 template <class T>
-int compress(TKHeader header, std::FILE* in, std::FILE* out, double rate, bool upper, int extra,
-             LossReport* loss) {
+int compress(TKHeader header, std::FILE* in, std::FILE* out, double rate, bool staged,
+             int rowOrSections, LossReport* loss) {
     FilePtr rawFile(in);
     FilePtr streamFile(out);
     requireMemoryForPlanes<T>(header);
     CCodedSections<T> sections(shapeOf(header), std::pmr::new_delete_resource());
-    const int resumeRow = rowBehindSuspension(extra, header);
-    const auto pixels = openRows<T>(header, std::move(rawFile), upper);
+    const int resumeRow = rowBehindSuspension(rowOrSections, header);
+    const auto pixels = openRows<T>(header, std::move(rawFile), staged);
     CPixelSource<T> source(*pixels, header.bytesPerPixel);
     encodeRows(source, sections, {false, resumeRow});
     announceTransforms(header);
@@ -122,8 +122,8 @@ int compress(TKHeader header, std::FILE* in, std::FILE* out, double rate, bool u
     fate.isLossAskedFor = asksForLoss(sections.facts(), header, rate);
     fate.stream.sizeBytes = sections.facts().streamBytes();
     const LossReport report =
-        upper ? writeBudgeted(sections, job, out, streamBudgetBytes(header, rate), fate)
-              : writeComplete(sections, job, out, fate);
+        staged ? writeBudgeted(sections, job, out, streamBudgetBytes(header, rate), fate)
+               : writeComplete(sections, job, out, fate);
     closeOutput(std::move(streamFile));
     if (loss != nullptr) *loss = report;
     return 0;

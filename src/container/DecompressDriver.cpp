@@ -57,11 +57,11 @@ void announceTransforms(const TKHeader& header) {
     if (header.bytesPerPixel == 3) std::puts(kInverseColour);
 }
 
-/// Reads the section headers. Returns: the result that the word ends with, as far as it is known then.
+/// Reads the section headers. Returns: the result of the decoder, which they decide.
 template <class T>
-int readSections(CReceivedSections<T>& sections, CBitReader& in, int resumeRow, int extra) {
+int readSections(CReceivedSections<T>& sections, CBitReader& in, int resumeRow, int rowOrSections) {
     std::printf(kReadingStream, kSampleBits<T>);
-    const int result = sections.read(in, std::max(extra, 0));
+    const int result = sections.read(in, std::max(rowOrSections, 0));
     // Quirk 12: a decoder that was suspended no longer knows that its stream ended early.
     return isUsable(result) && resumeRow != 0 ? kComplete : result;
 }
@@ -69,10 +69,10 @@ int readSections(CReceivedSections<T>& sections, CBitReader& in, int resumeRow, 
 /// From file to file, row by row.
 template <class T>
 int decompressRows(CReceivedSections<T>& sections, const TKHeader& header, std::FILE* in,
-                   std::FILE* out, int extra) {
+                   std::FILE* out, int rowOrSections) {
     CBitFileReader reader(in);
-    const int resumeRow = rowBehindSuspension(extra, header);
-    const int result = readSections(sections, reader, resumeRow, extra);
+    const int resumeRow = rowBehindSuspension(rowOrSections, header);
+    const int result = readSections(sections, reader, resumeRow, rowOrSections);
     checkInput(in);
     if (!isUsable(result)) return refuse(result);
     announceTransforms(header);
@@ -86,13 +86,13 @@ int decompressRows(CReceivedSections<T>& sections, const TKHeader& header, std::
 /// The whole stream is read at once, and the whole image is written at once.
 template <class T>
 int decompressStaged(CReceivedSections<T>& sections, const TKHeader& header, FilePtr in,
-                     std::FILE* out, int extra) {
+                     std::FILE* out, int rowOrSections) {
     std::puts(kReadingToMemory);
     const FileBytes stream = readRest(in.get());
     in.reset();
     CBitReader reader(stream.bytes.get(), stream.sizeBytes);
-    const int resumeRow = rowBehindSuspension(extra, header);
-    const int result = readSections(sections, reader, resumeRow, extra);
+    const int resumeRow = rowBehindSuspension(rowOrSections, header);
+    const int result = readSections(sections, reader, resumeRow, rowOrSections);
     if (!isUsable(result)) return refuse(result);
     announceTransforms(header);
     std::printf(kCopying, rawSampleBits(header));
@@ -107,14 +107,15 @@ int decompressStaged(CReceivedSections<T>& sections, const TKHeader& header, Fil
 }  // namespace
 
 template <class T>
-int decompress(TKHeader header, std::FILE* in, std::FILE* out, bool upper, int extra) {
+int decompress(TKHeader header, std::FILE* in, std::FILE* out, bool staged, int rowOrSections) {
     FilePtr streamFile(in);
     FilePtr rawFile(out);
     requireMemoryForPlanes<T>(header);
     streamFile = makeSeekable(std::move(streamFile), &header, sizeof header);
     CReceivedSections<T> sections(shapeOf(header), std::pmr::new_delete_resource());
-    const int status = upper ? decompressStaged(sections, header, std::move(streamFile), out, extra)
-                             : decompressRows(sections, header, streamFile.get(), out, extra);
+    const int status =
+        staged ? decompressStaged(sections, header, std::move(streamFile), out, rowOrSections)
+               : decompressRows(sections, header, streamFile.get(), out, rowOrSections);
     if (status == 0) closeOutput(std::move(rawFile));
     return status;
 }

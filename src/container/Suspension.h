@@ -6,11 +6,12 @@
 
 namespace qmx {
 
-/// The last number of a command line may suspend a coefficient coder behind a row, from which it goes on at
-/// once, and with that row in all later colour planes (Quirk 5): it does not meet the number again (Quirk 10).
+/// The last number of a command line: below 0, it suspends the coefficient coder behind row
+/// -rowOrSections. The coder goes on at once, with the next row, and begins all later colour planes with
+/// that row (Quirk 5). It is not suspended again (Quirk 10).
 /// Returns: the row with which it goes on; 0 when it is not suspended.
-inline int rowBehindSuspension(int extra, const TKHeader& header) {
-    const std::int64_t row = -std::int64_t{extra};
+inline int rowBehindSuspension(int rowOrSections, const TKHeader& header) {
+    const std::int64_t row = -std::int64_t{rowOrSections};
     return row > 0 && row < header.ySize ? static_cast<int>(row) + 1 : 0;
 }
 

@@ -37,12 +37,20 @@ public:
     }
 
 private:
-    // The inverse sweep needs the most, because its deeper levels run ahead. A step of a level takes in
-    // a smooth row and the detail row behind it and begins when the finer level needs the row two
-    // before. In rows of the plane: row q 2^t of level l, q odd, is gathered for level l + t at
-    // (q - 5) 2^(l + t), and given away to level l - 1 at q 2^(l + t) - 2^(l + 1), which is after the
-    // next but one of its group, (q + 4) 2^t, has been gathered, and before the one behind it. In the
-    // last group a step takes in two rows.
+    // The inverse sweep needs the most slots, because its deeper levels run ahead. A step of a level takes
+    // in a smooth row and the detail row behind it, and begins when the finer level needs the row two
+    // before. Row q 2^t of level l, q odd, belongs to group t. It is gathered for level l + t, and later
+    // given away to level l - 1. Time is the row of the plane that is being restored; its unit here is
+    // 2^(l + t) rows, the distance of such rows in the plane:
+    //
+    //     time              q - 5   q - 3   q - 1   q + 1
+    //     row q 2^t           |=================)             gathered at q - 5, given away before q
+    //     row (q + 2) 2^t             |=================)
+    //     row (q + 4) 2^t                     |===============
+    //     row (q + 6) 2^t                             |=======  in the slot of row q 2^t
+    //
+    // In the last group a step takes in two rows, q even and q + 1, both at q - 4. When q + 4 and q + 5
+    // come, at q, row q is gone, and q + 1 to q + 3 are there.
     static constexpr int kSlots = 3;
     static constexpr int kSlotsOfLastGroup = 5;
 

@@ -79,13 +79,13 @@ TEST(CommandLine, ASecondLetterCSelectsTheMemoryMode) {
         const auto line = parse(wordWith(word, 6)).value();
         EXPECT_EQ(line.action, Action::compress);
         EXPECT_TRUE(line.inMemory);
-        EXPECT_EQ(line.upper, word[0] == 'C');
+        EXPECT_EQ(line.staged, word[0] == 'C');
     }
     for (const char* word : {"dc", "Dc", "dcd"}) {
         const auto line = parse(wordWith(word, 2)).value();
         EXPECT_EQ(line.action, Action::decompress);
         EXPECT_TRUE(line.inMemory);
-        EXPECT_EQ(line.upper, word[0] == 'D');
+        EXPECT_EQ(line.staged, word[0] == 'D');
     }
 }
 
@@ -106,7 +106,7 @@ TEST(CommandLine, MemoryModesTakeNamesAndNumbersInTheSameOrder) {
     EXPECT_EQ(line.geometry.width, 640);
     EXPECT_EQ(line.geometry.height, 480);
     EXPECT_EQ(line.rate, 0.5);
-    EXPECT_EQ(line.extra, -3);
+    EXPECT_EQ(line.rowOrSections, -3);
     EXPECT_STREQ(parse({"dc", "in.tk", "out.raw"}).value().otherName, "out.raw");
 }
 
@@ -117,16 +117,16 @@ TEST(CommandLine, ComparisonTakesSixArgumentsBehindTheWord) {
 TEST(CommandLine, WordSelectsActionAndItsCapitalLetterTheUpperFlag) {
     const auto lowerCompress = parse(wordWith("c", 6)).value();
     EXPECT_EQ(lowerCompress.action, Action::compress);
-    EXPECT_FALSE(lowerCompress.upper);
+    EXPECT_FALSE(lowerCompress.staged);
     const auto upperCompress = parse(wordWith("C", 6)).value();
     EXPECT_EQ(upperCompress.action, Action::compress);
-    EXPECT_TRUE(upperCompress.upper);
+    EXPECT_TRUE(upperCompress.staged);
     const auto lowerDecompress = parse(wordWith("d", 2)).value();
     EXPECT_EQ(lowerDecompress.action, Action::decompress);
-    EXPECT_FALSE(lowerDecompress.upper);
+    EXPECT_FALSE(lowerDecompress.staged);
     const auto upperDecompress = parse(wordWith("D", 2)).value();
     EXPECT_EQ(upperDecompress.action, Action::decompress);
-    EXPECT_TRUE(upperDecompress.upper);
+    EXPECT_TRUE(upperDecompress.staged);
     EXPECT_EQ(parse(wordWith("m", 6)).value().action, Action::compare);
 }
 
@@ -154,23 +154,23 @@ TEST(CommandLine, DecompressionTakesStreamThenRawFileThenExtra) {
     const auto plain = parse({"d", "in.tk", "out.raw"}).value();
     EXPECT_STREQ(plain.inputName, "in.tk");
     EXPECT_STREQ(plain.otherName, "out.raw");
-    EXPECT_EQ(plain.extra, 0);
-    EXPECT_EQ(parse({"D", "in.tk", "out.raw", "-12"}).value().extra, -12);
+    EXPECT_EQ(plain.rowOrSections, 0);
+    EXPECT_EQ(parse({"D", "in.tk", "out.raw", "-12"}).value().rowOrSections, -12);
 }
 
 TEST(CommandLine, WithoutRateBothRateAndExtraAreZero) {
     EXPECT_EQ(compression({}).rate, 0.0);
-    EXPECT_EQ(compression({}).extra, 0);
+    EXPECT_EQ(compression({}).rowOrSections, 0);
 }
 
 TEST(CommandLine, WithRateOnlyExtraIsZero) {
     EXPECT_EQ(compression({"0.1"}).rate, 0.1);
-    EXPECT_EQ(compression({"0.1"}).extra, 0);
+    EXPECT_EQ(compression({"0.1"}).rowOrSections, 0);
 }
 
 TEST(CommandLine, ExtraFollowsRate) {
     EXPECT_EQ(compression({"0.25", "-7"}).rate, 0.25);
-    EXPECT_EQ(compression({"0.25", "-7"}).extra, -7);
+    EXPECT_EQ(compression({"0.25", "-7"}).rowOrSections, -7);
 }
 
 TEST(CommandLine, RatesReadLikeFloatingPointNumbersOfTheCLibrary) {
@@ -190,7 +190,7 @@ TEST(CommandLine, WhatIsNoNumberReadsAsZeroOrUpToTheFirstOtherCharacter) {
     EXPECT_EQ(g.bitsPerPixel, 8);
     EXPECT_EQ(g.width, 64);
     EXPECT_EQ(g.height, 0);
-    EXPECT_EQ(compression({"1", "row"}).extra, 0);
+    EXPECT_EQ(compression({"1", "row"}).rowOrSections, 0);
 }
 
 TEST(CommandLine, NumbersAreDecimalEvenWithLeadingZeros) {
@@ -207,9 +207,9 @@ TEST(CommandLine, GeometryIsNotTruncatedYet) {
 }
 
 TEST(CommandLine, ExtraKeepsItsLow32Bits) {
-    EXPECT_EQ(compression({"1", "4294967301"}).extra, 5);
-    EXPECT_EQ(parse({"d", "in.tk", "out.raw", "-4294967301"}).value().extra, -5);
-    EXPECT_EQ(parse({"d", "in.tk", "out.raw", "2147483648"}).value().extra,
+    EXPECT_EQ(compression({"1", "4294967301"}).rowOrSections, 5);
+    EXPECT_EQ(parse({"d", "in.tk", "out.raw", "-4294967301"}).value().rowOrSections, -5);
+    EXPECT_EQ(parse({"d", "in.tk", "out.raw", "2147483648"}).value().rowOrSections,
               std::numeric_limits<int>::min());
 }
 

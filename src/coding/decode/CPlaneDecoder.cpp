@@ -5,18 +5,23 @@
 namespace qmx {
 namespace {
 
-/// Candidates in the windows of each order of a small plane and of a large one. Fewer refills take less
-/// time. A photograph, by those of order 0, ns per sample: 1.89 with 4096, 1.78 with 8192, 1.70 with 16384,
-/// 1.71 with 32768 (2026-11-21). All windows of a plane together stay below the constants of docs/limits.md.
+// The candidates in each window of order o, in a plane of S samples, are
+//
+//     S / (32 * 2^o), not below kLeastCapacities[o], not above kMostCapacities[o],
+//     and no more than the order has, S / 4^o, but at least 256,
+//
+// in whole groups of 64. Fewer refills take less time: a photograph, by the capacity of order 0, ns per
+// sample: 1.89 with 4096, 1.78 with 8192, 1.70 with 16384, 1.71 with 32768 (2026-11-21). All windows of a
+// plane together stay below the constants of docs/limits.md.
+
 constexpr std::uint32_t kLeastCapacities[kMaxOrders] = {4096, 1024, 512, 256, 256, 256};
 constexpr std::uint32_t kMostCapacities[kMaxOrders] = {16384, 8192, 4096, 1024, 512, 256};
-/// Samples of the plane for one candidate of order 0; those of the others halve with their most capacity.
+/// Samples of the plane for one candidate of order 0.
 constexpr std::uint64_t kSamplesPerCandidate = 32;
 /// What refillWindows takes at least.
 constexpr std::uint64_t kLeastWindow = 256;
 
-/// Returns: candidates in the windows of an order, whole groups. No more than the order has about: what is
-/// parsed behind its end is of no use.
+/// What is parsed behind the end of the order is of no use.
 std::uint32_t capacityOf(int order, std::uint64_t samplesPerPlane) {
     const std::uint64_t wanted = (samplesPerPlane >> order) / kSamplesPerCandidate;
     const std::uint64_t capacity = std::clamp<std::uint64_t>(
@@ -76,7 +81,7 @@ CPlaneDecoder<T>::CPlaneDecoder(DecoderStreams<T>& streams, const CSectionCounte
         for (int p = sections.highest; p >= sections.lowest; --p) {
             SectionWindow& window = sections.windows[p];
             window.nextNew = window.decoder->getRun();
-            window.news = next;
+            window.fresh = next;
             window.negatives = next + bitmapBytes(sections);
             next += 2 * bitmapBytes(sections);
         }

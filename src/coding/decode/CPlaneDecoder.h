@@ -13,9 +13,9 @@ namespace qmx {
 /// Format: docs/format.md, 13.2 Coefficients.
 ///
 /// Plain way: for each coefficient, from the top plane down, lower the run of each n section by 1,
-/// until one is used up: there the coefficient is new. Here each n section is parsed ahead into a
-/// window that says which of its candidates are new, and 64 coefficients are gathered at a time; see
-/// DecodeKernels.
+/// until one is used up: there the coefficient is newly significant. Here each n section is parsed ahead
+/// into a window that says which of its candidates become significant, and 64 coefficients are gathered at
+/// a time; see DecodeKernels.
 template <class T>
 class CPlaneDecoder {
 public:

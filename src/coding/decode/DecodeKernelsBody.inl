@@ -39,50 +39,51 @@ struct GroupState {
     std::uint64_t negatives = 0;
 };
 
-/// Returns: which coefficients are new in a bit plane; notes their signs.
-QMX_TARGET inline std::uint64_t takeNews(SectionWindow& w, GroupState& group) {
+/// Returns: the newly significant coefficients of a bit plane; notes their signs.
+QMX_TARGET inline std::uint64_t takeFresh(SectionWindow& w, GroupState& group) {
     const std::uint64_t candidates = group.valid & ~group.significant;
-    const std::uint64_t news = deposit(bitsAt(w.news, w.taken), candidates);
-    group.negatives |= news & deposit(bitsAt(w.negatives, w.taken), candidates);
+    const std::uint64_t fresh = deposit(bitsAt(w.fresh, w.taken), candidates);
+    group.negatives |= fresh & deposit(bitsAt(w.negatives, w.taken), candidates);
     w.taken += static_cast<unsigned>(group.count - group.significantCount);
-    group.significant |= news;
+    group.significant |= fresh;
     group.significantCount = countOnes(group.significant);
-    return news;
+    return fresh;
 }
 
-/// Returns: the bits of a bit plane in the coefficients that are significant above. Requires: there
-/// are some.
+/// The refinement pass of a bit plane. Returns: its bits in the coefficients that are significant above.
+/// Requires: there are some.
 QMX_TARGET inline std::uint64_t refine(RefinementBits& bits, const GroupState& group) {
     return deposit(takeRefinement(bits, group.significantCount), group.significant);
 }
 
-/// Passes over the bit planes in which no coefficient of a group is new. Returns: the first in which
-/// one is, -1 when there is none.
+/// Passes over the bit planes in which no coefficient of a group becomes significant. Returns: the first in
+/// which one does, -1 when there is none.
 template <class T>
 QMX_TARGET inline int skipEmptyPlanes(OrderWindows<T>& s, const GroupState& group) {
     for (int p = s.highest; p >= s.lowest; --p) {
         SectionWindow& w = s.windows[p];
-        if ((bitsAt(w.news, w.taken) & group.valid) != 0) return p;
+        if ((bitsAt(w.fresh, w.taken) & group.valid) != 0) return p;
         w.taken += static_cast<unsigned>(group.count);
     }
     return -1;
 }
 
-/// Decodes a group of which all sections have come, from the top plane with a new coefficient down.
+/// Decodes a group of which all sections have come, from the first bit plane with a newly significant
+/// coefficient, `top`, down.
 template <class T>
 QMX_TARGET inline void decodeWhole(OrderWindows<T>& s, int top, GroupState& group,
                                    Lanes<T>& lanes) {
-    lanes.shiftIn(takeNews(s.windows[top], group));
+    lanes.shiftIn(takeFresh(s.windows[top], group));
     for (int p = top - 1; p >= 0; --p) {
         const std::uint64_t refined = refine(s.refinements[p], group);
-        lanes.shiftIn(refined | takeNews(s.windows[p], group));
+        lanes.shiftIn(refined | takeFresh(s.windows[p], group));
     }
 }
 
 /// The same for any sections.
 ///
-/// Rounding, as masks: the bit below the planes that are refined is set in all coefficients that were
-/// new above; what is new in the planes below has a bit set two planes further down.
+/// Rounding, as masks: the bit below the planes that are refined is set in all coefficients that became
+/// significant above; those that do in the planes below have a bit set two planes further down.
 template <class T>
 QMX_TARGET void decodeCut(OrderWindows<T>& s, int top, GroupState& group, Lanes<T>& lanes) {
     std::uint64_t planes[kTableBitPlanes<T>] = {};
@@ -90,12 +91,12 @@ QMX_TARGET void decodeCut(OrderWindows<T>& s, int top, GroupState& group, Lanes<
     for (int p = top; p >= std::min(s.lowest, s.unrefined + 1); --p) {
         if (p > s.unrefined && group.significant != 0) planes[p] |= refine(s.refinements[p], group);
         if (p < s.lowest) continue;
-        const std::uint64_t news = takeNews(s.windows[p], group);
-        planes[p] |= news;
+        const std::uint64_t fresh = takeFresh(s.windows[p], group);
+        planes[p] |= fresh;
         if (p > s.unrefined + 1) {
-            newAbove |= news;
+            newAbove |= fresh;
         } else if (p >= 2) {
-            planes[p - 2] |= news;
+            planes[p - 2] |= fresh;
         }
     }
     if (s.unrefined >= 1) planes[s.unrefined - 1] |= newAbove;

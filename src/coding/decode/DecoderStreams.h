@@ -15,8 +15,12 @@ struct DecoderStreams {
         : DecoderStreams(TableSize::of(planes, levels, std::min(topPlane + 1, kTableBitPlanes<T>)),
                          memory) {}
 
+    /// Significance: run codes and signs of the n sections.
     CSectionTable<CBitDecoder> decoders;
+    /// Where the bits of the n sections stand: each decoder reads from the element of its own
+    /// plane, order and bit plane.
     CSectionTable<CBitInfiniteReader> significances;
+    /// Refinement: raw bits of the u sections.
     CSectionTable<CBitInfiniteReader> refinements;
 
 private:

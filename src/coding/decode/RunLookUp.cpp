@@ -31,7 +31,7 @@ constexpr RunLookUp entryOf(unsigned window) {
         const SignedRun next = firstSignedRun(window >> entry.bits, kLookUpBits - entry.bits);
         const int candidates = entry.candidates + 1 + next.run;
         if (next.bits == 0 || candidates > kLookUpCandidates) return entry;
-        entry.news = static_cast<std::uint16_t>(entry.news | 1U << entry.candidates);
+        entry.fresh = static_cast<std::uint16_t>(entry.fresh | 1U << entry.candidates);
         if (next.negative)
             entry.negatives = static_cast<std::uint16_t>(entry.negatives | 1U << entry.candidates);
         entry.bits = static_cast<std::uint8_t>(entry.bits + next.bits);

@@ -25,7 +25,7 @@ struct RunLookUp {
     /// New candidates and the zeros that follow them.
     std::uint8_t candidates;
     /// One bit for each candidate: whether it is new, whether it is new and negative.
-    std::uint16_t news;
+    std::uint16_t fresh;
     std::uint16_t negatives;
     std::uint16_t padding;
 };

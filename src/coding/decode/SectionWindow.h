@@ -13,11 +13,12 @@ namespace qmx {
 inline constexpr std::uint64_t kLoadBits = 128;
 
 /// An n section that is parsed ahead of the coefficients. Its candidates, the coefficients that it
-/// covers, are counted from the start of the window. A candidate is new when it becomes significant in
-/// this bit plane. Behind a new one stands a signed run: its sign, and the run of zeros up to the next.
+/// covers, are counted from the start of the window. A candidate is new, or fresh, when it becomes
+/// significant in this bit plane. Behind a new one stands a signed run: its sign, and the run of zeros up to
+/// the next.
 ///
 ///  - taken <= filled <= nextNew; filled is nextNew or kGroupSize more than the capacity
-///  - bits taken to filled - 1 of `news` and `negatives` say which candidates are new and which of
+///  - bits taken to filled - 1 of `fresh` and `negatives` say which candidates are new and which of
 ///    those are negative, the others have 0 there; in front of a refill all bits behind filled are 0
 ///  - the candidates from filled to nextNew - 1 are not new, nextNew is: its sign has not been read
 struct SectionWindow {
@@ -25,7 +26,7 @@ struct SectionWindow {
     static constexpr std::size_t kSlackBytes = 32;
 
     CBitDecoder* decoder;
-    unsigned char* news;
+    unsigned char* fresh;
     unsigned char* negatives;
     std::uint64_t taken;
     std::uint64_t filled;

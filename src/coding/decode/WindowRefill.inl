@@ -9,16 +9,16 @@ struct Filling {
 };
 
 QMX_TARGET inline Filling fillingOf(const SectionWindow& w) {
-    return {w.news, w.negatives, w.nextNew};
+    return {w.fresh, w.negatives, w.nextNew};
 }
 
 /// Appends count <= 56 candidates.
-QMX_TARGET inline void append(Filling& f, std::uint64_t news, std::uint64_t negatives,
+QMX_TARGET inline void append(Filling& f, std::uint64_t fresh, std::uint64_t negatives,
                               std::uint64_t count) {
     unsigned char* const newPlace = f.newBytes + f.next / 8;
     unsigned char* const negativePlace = f.negativeBytes + f.next / 8;
     const unsigned bit = f.next % 8;
-    storeWord(newPlace, *newPlace | news << bit);
+    storeWord(newPlace, *newPlace | fresh << bit);
     storeWord(negativePlace, *negativePlace | negatives << bit);
     f.next += count;
 }
@@ -35,11 +35,11 @@ QMX_TARGET inline void appendRun(Filling& f, std::uint64_t negative, std::uint64
 QMX_TARGET inline void makeRoom(SectionWindow& w, std::uint64_t capacity) {
     const std::uint64_t bytes = w.taken / 8;
     const std::size_t kept = w.filled / 8 + 1 - bytes;
-    std::memmove(w.news, w.news + bytes, kept);
+    std::memmove(w.fresh, w.fresh + bytes, kept);
     std::memmove(w.negatives, w.negatives + bytes, kept);
     // The last store, of 8 bytes, begins in front of the capacity.
     const std::size_t behind = capacity / 8 + 2 * kWordBytes - kept;
-    std::memset(w.news + kept, 0, behind);
+    std::memset(w.fresh + kept, 0, behind);
     std::memset(w.negatives + kept, 0, behind);
     w.taken -= 8 * bytes;
     w.nextNew -= 8 * bytes;
@@ -87,7 +87,7 @@ QMX_TARGET inline std::uint64_t nextBits(const BitSpan& span) {
 template <std::size_t N>
 QMX_TARGET inline void appendRuns(Filling* fillings, BitSpan* spans, bool* stalled) {
     std::uint64_t bits[N];
-    std::uint64_t news[N] = {};
+    std::uint64_t fresh[N] = {};
     std::uint64_t negatives[N] = {};
     std::uint64_t count[N] = {};
     for (std::size_t k = 0; k < N; ++k)
@@ -95,7 +95,7 @@ QMX_TARGET inline void appendRuns(Filling* fillings, BitSpan* spans, bool* stall
     for (int i = 0; i < kLookUps; ++i)
         for (std::size_t k = 0; k < N; ++k) {
             const RunLookUp& entry = kRunLookUps[bits[k] % (1U << kLookUpBits)];
-            news[k] |= std::uint64_t{entry.news} << count[k];
+            fresh[k] |= std::uint64_t{entry.fresh} << count[k];
             negatives[k] |= std::uint64_t{entry.negatives} << count[k];
             count[k] += entry.candidates;
             bits[k] >>= entry.bits;
@@ -104,7 +104,7 @@ QMX_TARGET inline void appendRuns(Filling* fillings, BitSpan* spans, bool* stall
     for (std::size_t k = 0; k < N; ++k) {
         // Not std::countl_zero, which asks whether the bits are 0.
         spans[k].next += static_cast<unsigned>(__builtin_clzll(bits[k]));
-        append(fillings[k], news[k], negatives[k], count[k]);
+        append(fillings[k], fresh[k], negatives[k], count[k]);
     }
 }
 

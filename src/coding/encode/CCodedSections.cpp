@@ -15,9 +15,10 @@ namespace {
 
 /// Stream bits outside the sections: top plane and end mark.
 constexpr std::uint64_t kFixedBits = 19;
-/// Bits of the two section headers of a bit plane in the size estimate, without their lengths. More
-/// than they take; the estimate decides where lazy writers cut, so it is kept.
-constexpr std::uint64_t kHeaderPairBits = 22;
+/// What the size estimate counts for the headers of the n and the u section of a bit plane, beside their
+/// lengths: more than the 2 * kSectionTagBits that they take. Lazy writers cut where the estimate ends, so
+/// that another number would be another stream.
+constexpr std::uint64_t kEstimatedTagBits = 22;
 
 }  // namespace
 
@@ -60,7 +61,7 @@ void CCodedSections<T>::closeAndMeasure(int plane, int order, int bitPlane) {
     const auto lengthBits = static_cast<std::uint64_t>(lengthFieldBits(sampleCountBits(), order));
     // The top plane has no u section.
     const std::uint64_t headers = bitPlane < highestPlane ? 2 : 1;
-    estimateBits += 2 * lengthBits + kHeaderPairBits;
+    estimateBits += 2 * lengthBits + kEstimatedTagBits;
     coded.streamBits += headers * (kSectionTagBits + lengthBits);
 
     auto* encoder = coders->encoders.find(plane, order, bitPlane);

@@ -17,7 +17,7 @@ std::size_t queueEvents(std::uint64_t coefficients) {
 template <class T>
 COrderEncoder<T>::COrderEncoder(EncoderStreams<T>& streams, int plane, int order, int bitPlanes)
     : kernels(&activeEncodeKernels<T>()), newCounts(streams.newCounts.bitPlanes(plane, order)) {
-    sections.begin(pairs, queues, streams.encoders.bitPlanes(plane, order),
+    sections.begin(planes, queues, streams.encoders.bitPlanes(plane, order),
                    streams.refinements.bitPlanes(plane, order), bitPlanes,
                    queueEvents(streams.coefficients(order)), streams.memory);
 }

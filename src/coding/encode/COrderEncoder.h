@@ -52,7 +52,7 @@ private:
     const EncodeKernels<T>* kernels;
     std::uint64_t* newCounts;
     OrderSections sections;
-    PlaneSections pairs[kTableBitPlanes<T>];
+    PlaneSections planes[kTableBitPlanes<T>];
     EventQueue queues[kTableBitPlanes<T>];
     std::size_t queued = 0;
     T queue[kRoom + kGroupSize];

@@ -29,10 +29,10 @@ void CPlaneEncoder<T>::encodeLine(int order, int row, const T* line, std::size_t
 template <class T>
 void CPlaneEncoder<T>::encodeOdds(int order, int row, const T* line, std::size_t count, T* evens) {
     for (std::size_t c = 0; c < count / 2; c += kBlockColumns) {
-        const std::size_t couples = std::min(kBlockColumns, count / 2 - c);
+        const std::size_t columns = std::min(kBlockColumns, count / 2 - c);
         T odds[kBlockColumns];
-        kernels->split(line + 2 * c, couples, evens + c, odds);
-        encodeLine(order, row, odds, couples);
+        kernels->split(line + 2 * c, columns, evens + c, odds);
+        encodeLine(order, row, odds, columns);
     }
     if (count % 2 != 0) evens[count / 2] = line[count - 1];
 }

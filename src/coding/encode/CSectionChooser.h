@@ -9,6 +9,7 @@
 
 namespace qmx {
 
+/// The section that comes next; the counters say its bit plane.
 struct SectionChoice {
     int plane;
     int order;

@@ -24,7 +24,8 @@ public:
 };
 
 /// The other representative modulo 2^16. A decoder with 16-bit coefficients stores v and
-/// 65536 - |v| with the other sign alike, but the latter is new in plane 15. 0 has no other one.
+/// 65536 - |v| with the other sign alike, but the latter becomes significant in bit plane
+/// 15. 0 has no other one.
 class COtherRepresentative final : public ICoefficientMove {
 public:
     bool canMove(std::uint64_t folded) const override { return folded >= 2; }
@@ -49,9 +50,10 @@ private:
 /// Looks for values in place of those of the coarsest order whose n sections are too long, so that
 /// all of them fit. Format: docs/format.md, 15 Images that do not come back.
 ///
-/// With T = 2^bitlength(W H) / 4^L a length field holds 2 T - 1, and there are at most 1.5 T values:
-/// moving N - T + 1 of them splits a section that is too long into two that fit, but for some orders
-/// of 12 values, whose last runs have to be left out as well.
+/// Let an image of W x H samples have L levels, and its coarsest order N values. With
+/// T = 2^bitlength(W H) / 4^L a length field holds 2 T - 1, and N is at most 1.5 T: moving N - T + 1 values
+/// splits a section that is too long into two that fit, but for some orders of 12 values, whose last runs
+/// have to be left out as well.
 class CSectionRescue {
 public:
     /// Is given values that fit. Returns: whether they are taken; the search goes on otherwise. What is

@@ -12,9 +12,9 @@ struct CodedFacts {
     int levels = -1;
     /// The exact length of the complete stream.
     std::uint64_t streamBits = 0;
-    /// The bit of the stream written last at which decoders expect a section header and find something
-    /// else, because the section in front of it is longer than its length field can say, as far as the
-    /// stream was written.
+    /// The first bit of the stream written last that decoders take for a section header and that is none:
+    /// it belongs to a section that is longer than its length field can say. kNeverMisread when no such
+    /// section was written.
     std::uint64_t misreadBit = kNeverMisread;
 
     // What makes a complete stream lose its image.

@@ -40,7 +40,7 @@ struct EncoderStreams {
     std::pmr::memory_resource* memory;
     /// Significance: run codes and signs of the n sections.
     CSectionTable<CBitChunkEncoder> encoders;
-    /// Coefficients whose highest bit lies in a bit plane.
+    /// Newly significant coefficients: those whose highest bit lies in the bit plane.
     CSectionTable<std::uint64_t> newCounts;
     /// Refinement: raw bits of the u sections.
     CSectionTable<CBitChunkWriter> refinements;

@@ -20,10 +20,10 @@ void foldRow(const T* row, std::size_t count, T* folded, FoldedUnion<T>& all) {
 }
 
 template <class T>
-void splitRow(const T* row, std::size_t pairs, T* even, T* odd) {
-    for (std::size_t i = 0; i < pairs; ++i) {
-        odd[i] = row[2 * i + 1];
-        even[i] = row[2 * i];
+void splitRow(const T* row, std::size_t count, T* evens, T* odds) {
+    for (std::size_t i = 0; i < count; ++i) {
+        odds[i] = row[2 * i + 1];
+        evens[i] = row[2 * i];
     }
 }
 

@@ -26,9 +26,9 @@ struct FoldKernels {
     /// Folds count coefficients. folded may be row, and does not overlap it otherwise.
     /// Format: docs/format.md, 8 Folded values and top plane.
     void (*fold)(const T* row, std::size_t count, T* folded, FoldedUnion<T>& all);
-    /// even[i] = row[2 i], odd[i] = row[2 i + 1], for i below pairs. Requires: odd does not overlap
-    /// the others; even may be row.
-    void (*split)(const T* row, std::size_t pairs, T* even, T* odd);
+    /// evens[i] = row[2 i], odds[i] = row[2 i + 1], for i < count. Requires: odds does not overlap the
+    /// others; evens may be row.
+    void (*split)(const T* row, std::size_t count, T* evens, T* odds);
 };
 
 extern const KernelTables<FoldKernels> kFoldScalar;

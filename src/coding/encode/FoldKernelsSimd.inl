@@ -39,16 +39,16 @@ QMX_TARGET void foldRow(const T* row, std::size_t count, T* out, FoldedUnion<T>&
 }
 
 template <class T>
-QMX_TARGET void splitRow(const T* row, std::size_t pairs, T* even, T* odd) {
+QMX_TARGET void splitRow(const T* row, std::size_t count, T* evens, T* odds) {
     using V = Vec<T>;
     std::size_t i = 0;
-    for (; i + V::kSamples <= pairs; i += V::kSamples) {
+    for (; i + V::kSamples <= count; i += V::kSamples) {
         const auto first = V::load(row + 2 * i);
         const auto second = V::load(row + 2 * i + V::kSamples);
-        V::store(even + i, V::evensOf(first, second));
-        V::store(odd + i, V::oddsOf(first, second));
+        V::store(evens + i, V::evensOf(first, second));
+        V::store(odds + i, V::oddsOf(first, second));
     }
-    kFoldScalar.of<T>().split(row + 2 * i, pairs - i, even + i, odd + i);
+    kFoldScalar.of<T>().split(row + 2 * i, count - i, evens + i, odds + i);
 }
 
 constexpr KernelTables<FoldKernels> kTables{{foldRow<short>, splitRow<short>},

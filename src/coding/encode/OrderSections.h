@@ -7,6 +7,7 @@
 #include "bitstream/CBitEncoder.h"
 #include "bitstream/Memory.h"
 #include "bitstream/RunCode.h"
+#include "coding/syntax/CoefficientGroup.h"
 
 namespace qmx {
 
@@ -23,8 +24,8 @@ struct PlaneSections {
     /// Coefficients that are newly significant in the bit plane.
     std::uint64_t newCount;
 
-    /// Returns: the run after the last new coefficient, when position coefficients of the order have
-    /// passed. Unsigned on purpose: a run that was set before the first of them counts below 0.
+    /// Returns: the run after the last newly significant coefficient, when position coefficients of the order
+    /// have passed. Unsigned on purpose: a run that was set before the first of them counts below 0.
     std::uint64_t run(std::uint64_t position) const { return position - excluded - coded; }
 };
 
@@ -51,20 +52,20 @@ struct EventQueue {
     MemoryArray<std::uint16_t> room;
 
 private:
-    /// Events of a group.
-    static constexpr std::size_t kMostAtOnce = 64;
+    /// Events of a group: each coefficient may be one.
+    static constexpr std::size_t kMostAtOnce = kGroupSize;
 };
 
 /// All sections of one colour plane and order.
 ///
-/// Plain way: each coefficient that is not new at a bit plane, and not significant above it, adds 1
-/// to the run of that plane's coder. Here no section is touched that does not code: all coefficients
+/// Plain way: each coefficient that is 0 down to a bit plane, that one included, adds 1 to the run of
+/// that plane's coder. Here no section is touched that does not code: all coefficients
 /// of the order are counted once (`position`), and each section knows how many of them do not
 /// concern it. Only coefficients that are not 0 cost anything.
 struct OrderSections {
-    /// Takes over from the coders of planeCount bit planes. Requires: they and both storages, one
-    /// element for each, outlive this object, as queueMemory outlives the queues; the queues have no room yet and
-    /// get room for queueEvents each, 64 to kEvents.
+    /// Takes over from the coders of planeCount bit planes. queueEvents: events that a queue gets room for
+    /// when it needs it, 64 to kEvents. Requires: the coders and both storages, one element for each bit
+    /// plane, outlive this object; queueMemory outlives the queues; no queue has room yet.
     void begin(PlaneSections* planeStorage, EventQueue* queueStorage, CBitChunkEncoder* runCoders,
                CBitChunkWriter* rawCoders, int planeCount, std::size_t queueEvents,
                std::pmr::memory_resource* queueMemory);

@@ -17,21 +17,24 @@ public:
                 order = {topPlane, std::int64_t{topPlane} - 1};
     }
 
-    std::int64_t significance(int plane, int order) const { return next[plane][order].n; }
-    std::int64_t refinement(int plane, int order) const { return next[plane][order].u; }
+    std::int64_t significance(int plane, int order) const {
+        return next[plane][order].significance;
+    }
+    std::int64_t refinement(int plane, int order) const { return next[plane][order].refinement; }
 
     /// Returns: the bit plane of the section that is sent or has arrived, and counts it.
     std::int64_t take(int plane, int order, bool isRefinement) {
-        Pair& pair = next[plane][order];
-        return isRefinement ? pair.u-- : pair.n--;
+        NextPlanes& planes = next[plane][order];
+        return isRefinement ? planes.refinement-- : planes.significance--;
     }
 
 private:
-    struct Pair {
-        std::int64_t n;
-        std::int64_t u;
+    /// Of the next n section and of the next u section.
+    struct NextPlanes {
+        std::int64_t significance;
+        std::int64_t refinement;
     };
-    Pair next[kTablePlanes][kMaxOrders];
+    NextPlanes next[kTablePlanes][kMaxOrders];
 };
 
 }  // namespace qmx

@@ -70,8 +70,8 @@ public:
             const auto place = static_cast<std::size_t>(p);
             read(significances[p], coded.significances[place]);
             decoders[p].attach(&significances[p]);
-            unsigned char* const news = bitmap();
-            open.windows[p] = {&decoders[p], news, bitmap(), 0, 0, decoders[p].getRun()};
+            unsigned char* const fresh = bitmap();
+            open.windows[p] = {&decoders[p], fresh, bitmap(), 0, 0, decoders[p].getRun()};
             read(refinements[p], coded.refinements[place]);
             open.refinements[p] = {&refinements[p], refinements[p].loadedBits()};
         }

@@ -12,7 +12,7 @@ using namespace qmx;
 struct Plain {
     unsigned bits = 0;
     unsigned candidates = 0;
-    unsigned news = 0;
+    unsigned fresh = 0;
     unsigned negatives = 0;
 };
 
@@ -24,7 +24,7 @@ Plain decode(unsigned window, unsigned wholeBits) {
     decoder.attach(&reader);
     Plain plain;
     while (plain.bits < wholeBits) {
-        plain.news |= 1U << plain.candidates;
+        plain.fresh |= 1U << plain.candidates;
         plain.negatives |= static_cast<unsigned>(decoder.readRawBit()) << plain.candidates;
         decoder.readRun();
         plain.candidates += 1 + static_cast<unsigned>(decoder.getRun());
@@ -39,7 +39,7 @@ TEST(RunLookUp, EntriesAreWhatTheDecoderReads) {
         const Plain plain = decode(window, entry.bits);
         ASSERT_EQ(entry.bits, plain.bits) << window;
         ASSERT_EQ(entry.candidates, plain.candidates) << window;
-        ASSERT_EQ(entry.news, plain.news) << window;
+        ASSERT_EQ(entry.fresh, plain.fresh) << window;
         ASSERT_EQ(entry.negatives, plain.negatives) << window;
     }
 }
