@@ -41,7 +41,7 @@ private:
     /// Also when it is killed.
     std::atomic<bool> isStopped{false};
     /// Programs that were built with version 1.0 make objects of this size.
-    void* reserved[2] = {};
+    [[maybe_unused]] void* reserved[2] = {};
 };
 
 #pragma GCC visibility pop
