@@ -38,7 +38,7 @@ QMX_TARGET inline void makeRoom(SectionWindow& w, std::uint64_t capacity) {
     std::memmove(w.fresh, w.fresh + bytes, kept);
     std::memmove(w.negatives, w.negatives + bytes, kept);
     // The last store, of 8 bytes, begins in front of the capacity.
-    const std::size_t behind = capacity / 8 + 2 * kWordBytes - kept;
+    const std::size_t behind = capacity / 8 + 2 * std::size_t{kWordBytes} - kept;
     std::memset(w.fresh + kept, 0, behind);
     std::memset(w.negatives + kept, 0, behind);
     w.taken -= 8 * bytes;
