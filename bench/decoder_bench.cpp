@@ -59,13 +59,10 @@ Bytes streamOf(const sample::Layout& layout, int noise) {
 
 template <class T>
 void decodePlane(qmx::CReceivedSections<T>& sections, T* row) {
-    qmx::CPlaneDecoder<T> decoder(sections.streams(), sections.counters(), 0, sections.topPlane(),
-                                  sections.levels(), sections.shape().samplesPerPlane(),
-                                  sections.memory());
-    const qmx::DecodeKernels<T>& kernels = qmx::decodeKernels<T>(qmx::activeCpuLevel());
+    qmx::CPlaneDecoder<T> decoder(sections, 0);
     for (int r = 0; r < kHeight; ++r) {
         std::fill_n(row, kWidth, T{0});
-        decoder.decodeRow(kernels, r, row, kWidth);
+        decoder.decodeRow(r, row);
     }
 }
 

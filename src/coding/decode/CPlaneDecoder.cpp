@@ -32,66 +32,69 @@ std::uint32_t capacityOf(int order, std::uint64_t samplesPerPlane) {
 }
 
 template <class T>
-std::size_t bitmapBytes(const OrderWindows<T>& sections) {
-    return sections.capacity / 8 + SectionWindow::kSlackBytes;
+std::size_t bitmapBytes(const OrderWindows<T>& windows) {
+    return windows.capacity / 8 + SectionWindow::kSlackBytes;
 }
 
 template <class T>
-OrderWindows<T> sectionsOf(DecoderStreams<T>& streams, const CSectionCounters& counters, int plane,
-                           int order, int topPlane, std::uint64_t samplesPerPlane) {
+OrderWindows<T> windowsOf(CReceivedSections<T>& sections, int plane, int order) {
     constexpr std::int64_t kPlanes = kTableBitPlanes<T>;
-    OrderWindows<T> sections{};
-    sections.highest = std::min(topPlane, kTableBitPlanes<T> - 1);
-    sections.lowest = static_cast<int>(
+    const CSectionCounters& counters = sections.counters();
+    DecoderStreams<T>& streams = sections.streams();
+    OrderWindows<T> windows{};
+    windows.highest = std::min(sections.topPlane(), kTableBitPlanes<T> - 1);
+    windows.lowest = static_cast<int>(
         std::clamp<std::int64_t>(counters.significance(plane, order) + 1, 0, kPlanes));
-    sections.unrefined =
+    windows.unrefined =
         static_cast<int>(std::clamp<std::int64_t>(counters.refinement(plane, order), -1, kPlanes));
-    sections.capacity = capacityOf(order, samplesPerPlane);
-    for (int p = 0; p <= sections.highest; ++p) {
-        sections.windows[p].decoder = streams.decoders.bitPlanes(plane, order) + p;
-        sections.refinements[p].reader = streams.refinements.bitPlanes(plane, order) + p;
-        sections.refinements[p].span = sections.refinements[p].reader->loadedBits();
+    windows.capacity = capacityOf(order, sections.shape().samplesPerPlane());
+    for (int p = 0; p <= windows.highest; ++p) {
+        windows.windows[p].decoder = streams.decoders.bitPlanes(plane, order) + p;
+        windows.refinements[p].reader = streams.refinements.bitPlanes(plane, order) + p;
+        windows.refinements[p].span = windows.refinements[p].reader->loadedBits();
     }
-    return sections;
+    return windows;
 }
 
 template <class T>
-int windowCount(const OrderWindows<T>& sections) {
-    return std::max(sections.highest - sections.lowest + 1, 0);
+int windowCount(const OrderWindows<T>& windows) {
+    return std::max(windows.highest - windows.lowest + 1, 0);
 }
 
 }  // namespace
 
 template <class T>
-CPlaneDecoder<T>::CPlaneDecoder(DecoderStreams<T>& streams, const CSectionCounters& counters,
-                                int plane, int topPlane, int levelCount,
-                                std::uint64_t samplesPerPlane, std::pmr::memory_resource* memory)
-    : levels(levelCount), orders(memory), bitmaps(memory) {
+CPlaneDecoder<T>::CPlaneDecoder(CReceivedSections<T>& sections, int plane)
+    : kernels(&activeDecodeKernels<T>()),
+      levels(sections.levels()),
+      width(sections.shape().width),
+      orders(sections.memory()),
+      bitmaps(sections.memory()) {
     orders.reserve(static_cast<std::size_t>(levels) + 1);
     std::size_t bytes = 0;
     for (int order = 0; order <= levels; ++order) {
-        orders.push_back(sectionsOf(streams, counters, plane, order, topPlane, samplesPerPlane));
+        orders.push_back(windowsOf(sections, plane, order));
         bytes +=
             2 * bitmapBytes(orders.back()) * static_cast<std::size_t>(windowCount(orders.back()));
     }
     bitmaps.resize(bytes);
     unsigned char* next = bitmaps.data();
     for (int order = 0; order <= levels; ++order) {
-        OrderWindows<T>& sections = orders[static_cast<std::size_t>(order)];
-        for (int p = sections.highest; p >= sections.lowest; --p) {
-            SectionWindow& window = sections.windows[p];
+        OrderWindows<T>& windows = orders[static_cast<std::size_t>(order)];
+        for (int p = windows.highest; p >= windows.lowest; --p) {
+            SectionWindow& window = windows.windows[p];
             window.nextNew = window.decoder->getRun();
             window.fresh = next;
-            window.negatives = next + bitmapBytes(sections);
-            next += 2 * bitmapBytes(sections);
+            window.negatives = next + bitmapBytes(windows);
+            next += 2 * bitmapBytes(windows);
         }
     }
 }
 
 template <class T>
-void CPlaneDecoder<T>::decodeRow(const DecodeKernels<T>& kernels, int row, T* samples, int width) {
+void CPlaneDecoder<T>::decodeRow(int row, T* samples) {
     forEachOrder(row, levels, [&](const ScanLine& line) {
-        kernels.decodeLine(orders[static_cast<std::size_t>(line.order)], samples, line, width);
+        kernels->decodeLine(orders[static_cast<std::size_t>(line.order)], samples, line, width);
     });
 }
 

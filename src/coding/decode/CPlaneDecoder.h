@@ -3,9 +3,8 @@
 #include <memory_resource>
 #include <vector>
 
+#include "coding/decode/CReceivedSections.h"
 #include "coding/decode/DecodeKernels.h"
-#include "coding/syntax/CSectionCounters.h"
-#include "image/CImageData.h"
 
 namespace qmx {
 
@@ -19,19 +18,20 @@ namespace qmx {
 template <class T>
 class CPlaneDecoder {
 public:
-    /// Takes the current runs from the decoders; the windows fit a plane of so many samples.
-    /// Requires: streams and memory outlive this object; every bit plane between the counters and the top
-    /// plane that the tables hold has its decoder attached. Throws: std::bad_alloc.
-    CPlaneDecoder(DecoderStreams<T>& streams, const CSectionCounters& counters, int plane,
-                  int topPlane, int levelCount, std::uint64_t samplesPerPlane,
-                  std::pmr::memory_resource* memory);
+    /// Takes the current runs from the decoders of the plane.
+    /// Requires: sections.read has returned 0 or 4; sections, their reader and their memory outlive this
+    /// object; 0 <= plane < sections.shape().planes. Throws: std::bad_alloc.
+    CPlaneDecoder(CReceivedSections<T>& sections, int plane);
 
-    /// Stores the coefficients of row `row` into width samples, which are 0 before. Requires: rows
-    /// come in rising order. Throws: std::bad_alloc, when a reader needs its file window.
-    void decodeRow(const DecodeKernels<T>& kernels, int row, T* samples, int width);
+    /// Stores the coefficients of row `row` into as many samples as the image is wide, which are 0
+    /// before. Requires: rows come in rising order. Throws: std::bad_alloc, when a reader needs its file
+    /// window.
+    void decodeRow(int row, T* samples);
 
 private:
+    const DecodeKernels<T>* kernels;
     int levels;
+    int width;
     std::pmr::vector<OrderWindows<T>> orders;
     /// Of all windows.
     std::pmr::vector<unsigned char> bitmaps;

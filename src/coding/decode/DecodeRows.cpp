@@ -11,13 +11,9 @@ bool decodeRows(CReceivedSections<T>& sections, IRowSink<T>& sink, const RowDeco
     CRowRestorer<T> restorer(shape, sections.memory());
     MemoryObject<CPlaneDecoder<T>> decoders[CImageData<T>::kMaxPlanes];
     for (int p = 0; p < shape.planes; ++p)
-        decoders[p] = makeObject<CPlaneDecoder<T>>(
-            sections.memory(), sections.streams(), sections.counters(), p, sections.topPlane(),
-            sections.levels(), shape.samplesPerPlane(), sections.memory());
-    const DecodeKernels<T>& kernels = activeDecodeKernels<T>();
+        decoders[p] = makeObject<CPlaneDecoder<T>>(sections.memory(), sections, p);
     const auto fill = [&](int p, int row, T* samples) {
-        if (row >= decoding.firstRowOf(p))
-            decoders[p]->decodeRow(kernels, row, samples, shape.width);
+        if (row >= decoding.firstRowOf(p)) decoders[p]->decodeRow(row, samples);
         return !decoding.stop.isSet();
     };
     for (int r = 0; r < shape.height; ++r) {
