@@ -14,7 +14,7 @@ CLevelLines<T>::CLevelLines(const ImageShape& shape, int levelCount, CImageData<
     static_assert(std::is_same_v<T, short> || std::is_same_v<T, int>);
     std::size_t samples = kCacheLineBytes / sizeof(T);
     for (int l = 0; l < levelsUsed; ++l) {
-        const LevelGeometry geometry{shape.width, shape.height, ring.stride, 1 << l};
+        const LevelGeometry geometry{shape.width, shape.height, 1 << l};
         Level& level = levels[l];
         level.rows = geometry.samplesPerColumn();
         level.columns = static_cast<std::size_t>(geometry.samplesPerRow());

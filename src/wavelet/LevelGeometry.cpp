@@ -6,10 +6,13 @@
 namespace qmx {
 namespace {
 
-/// Above this row pitch (in samples of the plane) and from this number of sample distances on, a
-/// level is wide and tall.
-constexpr std::int64_t kWideStrideSamples = 512;
+/// Above this pitch of a row, times step, and from this number of sample distances on, a level is wide and
+/// tall.
+constexpr std::int64_t kWidePitchSamples = 512;
 constexpr int kTallDistances = 512;
+/// Instead of the pitch, the width rounded up to a multiple of 8, the width itself may be compared with
+/// kWidePitchSamples / step: a multiple of 8 is exceeded by both or by none.
+static_assert(kWidePitchSamples % (8 << (kMaxLevels - 1)) == 0);
 
 }  // namespace
 
@@ -23,7 +26,7 @@ int levelCount(int width, int height) {
 }
 
 int LevelGeometry::filteredColumns() const {
-    const bool wide = static_cast<std::int64_t>(strideSamples) * step > kWideStrideSamples;
+    const bool wide = std::int64_t{width} * step > kWidePitchSamples;
     const bool tall = (height - 1) / step >= kTallDistances;
     return wide && tall ? width / step : samplesPerRow();
 }

@@ -18,7 +18,6 @@ int levelCount(int width, int height);
 struct LevelGeometry {
     int width;
     int height;
-    int strideSamples;
     int step;
 
     /// Samples of the level in a row of the plane, and in a column.

@@ -23,7 +23,7 @@ public:
         for (int l = 0; l < levels; ++l) {
             const int columnsOfLevel = (shape.width - 1) / (1 << l) + 1;
             rings.push_back(std::make_unique<qmx::CImageData<T>>(columnsOfLevel, kRows, 1));
-            geometries.push_back({shape.width, shape.height, rings[0]->stride, 1 << l});
+            geometries.push_back({shape.width, shape.height, 1 << l});
         }
     }
 

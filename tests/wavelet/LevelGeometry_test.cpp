@@ -28,25 +28,25 @@ TEST(LevelCount, IsZeroForThinImagesAndMinusOneForASideOfOneOrNone) {
 }
 
 TEST(FilteredColumns, WideTallLevelsLeaveOutALastColumnWithoutAWholeStep) {  // Quirk 9
-    EXPECT_EQ((LevelGeometry{2001, 1500, 2008, 2}.samplesPerRow()), 1001);
-    EXPECT_EQ((LevelGeometry{2001, 1500, 2008, 2}.filteredColumns()), 1000);
-    EXPECT_EQ((LevelGeometry{2000, 1500, 2000, 2}.filteredColumns()), 1000);
-    EXPECT_EQ((LevelGeometry{2001, 1500, 2008, 1}.filteredColumns()), 2001);
-    EXPECT_EQ((LevelGeometry{2003, 2500, 2008, 4}.filteredColumns()), 500);
+    EXPECT_EQ((LevelGeometry{2001, 1500, 2}.samplesPerRow()), 1001);
+    EXPECT_EQ((LevelGeometry{2001, 1500, 2}.filteredColumns()), 1000);
+    EXPECT_EQ((LevelGeometry{2000, 1500, 2}.filteredColumns()), 1000);
+    EXPECT_EQ((LevelGeometry{2001, 1500, 1}.filteredColumns()), 2001);
+    EXPECT_EQ((LevelGeometry{2003, 2500, 4}.filteredColumns()), 500);
 }
 
 TEST(FilteredColumns, TheThresholdsAreFiveHundredAndTwelveDistancesAndSamples) {
-    EXPECT_EQ((LevelGeometry{2001, 1025, 2008, 2}.filteredColumns()), 1000);
-    EXPECT_EQ((LevelGeometry{2001, 1024, 2008, 2}.filteredColumns()), 1001);
-    EXPECT_EQ((LevelGeometry{257, 1025, 264, 2}.filteredColumns()), 128);
-    EXPECT_EQ((LevelGeometry{255, 1025, 256, 2}.filteredColumns()), 128);
-    EXPECT_EQ((LevelGeometry{249, 1025, 256, 2}.filteredColumns()), 125);
+    EXPECT_EQ((LevelGeometry{2001, 1025, 2}.filteredColumns()), 1000);
+    EXPECT_EQ((LevelGeometry{2001, 1024, 2}.filteredColumns()), 1001);
+    EXPECT_EQ((LevelGeometry{257, 1025, 2}.filteredColumns()), 128);
+    EXPECT_EQ((LevelGeometry{255, 1025, 2}.filteredColumns()), 128);
+    EXPECT_EQ((LevelGeometry{249, 1025, 2}.filteredColumns()), 125);
 }
 
 TEST(LevelGeometry, EmptySidesHaveNoSamples) {
-    EXPECT_EQ((LevelGeometry{0, 7, 0, 1}.samplesPerRow()), 0);
-    EXPECT_EQ((LevelGeometry{0, 7, 0, 1}.filteredColumns()), 0);
-    EXPECT_EQ((LevelGeometry{7, 0, 8, 1}.samplesPerColumn()), 0);
+    EXPECT_EQ((LevelGeometry{0, 7, 1}.samplesPerRow()), 0);
+    EXPECT_EQ((LevelGeometry{0, 7, 1}.filteredColumns()), 0);
+    EXPECT_EQ((LevelGeometry{7, 0, 1}.samplesPerColumn()), 0);
 }
 
 }  // namespace

@@ -14,7 +14,7 @@ CRowLines<T>::CRowLines(const ImageShape& shape, int levelCount, CImageData<T>& 
     const std::size_t longest = pitchSamples<T>(static_cast<std::size_t>(shape.width));
     std::size_t samples = kCacheLineBytes / sizeof(T) + longest;
     for (int l = 0; l < levelsUsed; ++l) {
-        const LevelGeometry geometry{shape.width, shape.height, firstRows.stride, 1 << l};
+        const LevelGeometry geometry{shape.width, shape.height, 1 << l};
         Level& level = levels[l];
         level.rows = geometry.samplesPerColumn();
         level.columns = static_cast<std::size_t>(geometry.samplesPerRow());
