@@ -6,6 +6,7 @@
 #include <type_traits>
 
 #include "bitstream/Throwing.h"
+#include "image/LinePitch.h"
 #include "image/PixelKernels.h"
 
 namespace qmx {
@@ -41,21 +42,6 @@ void separate(const unsigned char* samples, CImageData<T>& image, int r) {
     }
 }
 
-/// Planes begin at whole cache lines. The format asks for less; vectors of rows of a multiple of 32
-/// samples then never cross from one line into the next.
-constexpr std::size_t kPlaneAlignmentBytes = 64;
-/// Room for moving the first sample to such an address.
-template <class T>
-constexpr std::size_t kSpareSamples = kPlaneAlignmentBytes / sizeof(T);
-
-template <class T>
-T* alignUp(T* storage) {
-    const auto address = reinterpret_cast<std::uintptr_t>(storage);
-    const std::size_t spareBytes =
-        (kPlaneAlignmentBytes - address % kPlaneAlignmentBytes) % kPlaneAlignmentBytes;
-    return storage + spareBytes / sizeof(T);
-}
-
 }  // namespace
 
 template <class T>
@@ -64,11 +50,13 @@ CImageData<T>::CImageData(int width, int height, int planeCount,
     : planes(planeCount), x(width), y(height), stride(paddedWidth<T>(width)) {
     static_assert(std::is_same_v<T, short> || std::is_same_v<T, int>);
     if (planes < 1 || planes > kMaxPlanes) throwBadPlaneCount();
+    // Planes begin at whole cache lines. The format asks for less; vectors of rows of a multiple of 32
+    // samples then never cross from one line into the next.
     const std::size_t samples =
         arrayLength<T>(std::int64_t{stride} * y + std::int64_t{kSpareSamples<T>});
     for (int p = 0; p < planes; ++p) {
         rawPlane[p] = makeArray<T>(samples, planeMemory);
-        plane[p] = alignUp(rawPlane[p].get());
+        plane[p] = alignToCacheLine(rawPlane[p].get());
     }
 }
 

@@ -4,7 +4,7 @@
 #include <bit>
 #include <type_traits>
 
-#include "wavelet/LinePitch.h"
+#include "image/LinePitch.h"
 
 namespace qmx {
 template <class T>
@@ -12,7 +12,7 @@ CLevelLines<T>::CLevelLines(const ImageShape& shape, int levelCount, CImageData<
                             std::pmr::memory_resource* memory)
     : levelsUsed(levelCount), ringMask(ring.y - 1) {
     static_assert(std::is_same_v<T, short> || std::is_same_v<T, int>);
-    std::size_t samples = kCacheLineBytes / sizeof(T);
+    std::size_t samples = kSpareSamples<T>;
     for (int l = 0; l < levelsUsed; ++l) {
         const LevelGeometry geometry{shape.width, shape.height, 1 << l};
         Level& level = levels[l];

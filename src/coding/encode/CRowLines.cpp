@@ -1,7 +1,7 @@
 #include "coding/encode/CRowLines.h"
 
+#include "image/LinePitch.h"
 #include "wavelet/LevelGeometry.h"
-#include "wavelet/LinePitch.h"
 
 namespace qmx {
 
@@ -12,7 +12,7 @@ CRowLines<T>::CRowLines(const ImageShape& shape, int levelCount, CImageData<T>& 
     : encoder(planeEncoder), levelsUsed(levelCount) {
     // The row of the coarsest order is no longer than that.
     const std::size_t longest = pitchSamples<T>(static_cast<std::size_t>(shape.width));
-    std::size_t samples = kCacheLineBytes / sizeof(T) + longest;
+    std::size_t samples = kSpareSamples<T> + longest;
     for (int l = 0; l < levelsUsed; ++l) {
         const LevelGeometry geometry{shape.width, shape.height, 1 << l};
         Level& level = levels[l];

@@ -9,6 +9,10 @@ namespace qmx {
 /// apart would meet in the same few sets of the cache.
 inline constexpr std::size_t kCacheLineBytes = 64;
 
+/// Room for moving the first of some lines to such an address.
+template <class T>
+inline constexpr std::size_t kSpareSamples = kCacheLineBytes / sizeof(T);
+
 /// Returns: the samples from one line of so many columns to the next.
 template <class T>
 std::size_t pitchSamples(std::size_t columns) {
