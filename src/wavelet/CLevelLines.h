@@ -1,9 +1,7 @@
 #pragma once
 
-#include "bitstream/Memory.h"
-#include "image/CImageData.h"
-#include "image/ImageShape.h"
 #include "wavelet/LevelGeometry.h"
+#include "wavelet/LinesOfLevel.h"
 
 namespace qmx {
 
@@ -31,9 +29,7 @@ public:
 
     /// Returns: row r of a level. Requires: 0 <= r < rows(level).
     T* line(int level, int r) const {
-        const Level& of = levels[level];
-        return of.first +
-               static_cast<std::ptrdiff_t>(level == 0 ? r & ringMask : of.slotOf(r)) * of.pitch;
+        return levels[level].line(level == 0 ? r & ringMask : slotOf(level, r));
     }
 
 private:
@@ -54,20 +50,11 @@ private:
     static constexpr int kSlots = 3;
     static constexpr int kSlotsOfLastGroup = 5;
 
-    struct Level {
-        T* first;
-        std::ptrdiff_t pitch;
-        int rows;
-        std::size_t columns;
-        std::size_t filteredColumns;
-        int lastGroup;
-
-        int slots() const { return kSlots * lastGroup + kSlotsOfLastGroup; }
-        int slotOf(int r) const;
-    };
+    int lastGroup(int level) const { return levelsUsed - 1 - level; }
+    int slotOf(int level, int r) const;
 
     MemoryArray<T> storage;
-    Level levels[kMaxLevels];
+    LinesOfLevel<T> levels[kMaxLevels];
     int levelsUsed;
     int ringMask;
 };

@@ -1,11 +1,9 @@
 #pragma once
 
-#include "bitstream/Memory.h"
 #include "coding/encode/CPlaneEncoder.h"
-#include "image/CImageData.h"
-#include "image/ImageShape.h"
 #include "wavelet/CForwardSweep.h"
 #include "wavelet/LevelGeometry.h"
+#include "wavelet/LinesOfLevel.h"
 
 namespace qmx {
 
@@ -28,9 +26,7 @@ public:
     int rows(int level) const { return levels[level].rows; }
     std::size_t columns(int level) const { return levels[level].columns; }
     std::size_t filteredColumns(int level) const { return levels[level].filteredColumns; }
-    T* line(int level, int r) const {
-        return levels[level].first + (r % kRows) * levels[level].pitch;
-    }
+    T* line(int level, int r) const { return levels[level].line(r % kRows); }
 
     void passOn(int level, int r) {
         encoder.encodeOdds(level, r << level, line(level, r), columns(level),
@@ -39,24 +35,16 @@ public:
     void done(int level, int r) {
         const int row = r << level;
         if (r % 2 != 0) return encoder.encodeLine(level, row, line(level, r), columns(level));
-        encoder.encodeOdds(level, row, line(level, r), columns(level), lowPass);
-        encoder.encodeLine(levelsUsed, row, lowPass, (columns(level) + 1) / 2);
+        T* smooth = line(levelsUsed, 0);
+        encoder.encodeOdds(level, row, line(level, r), columns(level), smooth);
+        encoder.encodeLine(levelsUsed, row, smooth, columns(levelsUsed));
     }
 
 private:
-    struct Level {
-        T* first;
-        std::ptrdiff_t pitch;
-        int rows;
-        std::size_t columns;
-        std::size_t filteredColumns;
-    };
-
     CPlaneEncoder<T>& encoder;
     MemoryArray<T> storage;
-    Level levels[kMaxLevels];
-    /// A row of the coarsest order.
-    T* lowPass;
+    /// Behind the levels one line, of the coarsest order.
+    LinesOfLevel<T> levels[kMaxLevels + 1];
     int levelsUsed;
 };
 
