@@ -103,10 +103,20 @@ void splitLine(benchmark::State& state, CpuLevel level, const std::vector<T>& co
     report(state, kLineSamples);
 }
 
+template <class T>
+void encodeOrder(COrderEncoder<T>& encoder, const std::vector<T>& folded) {
+    constexpr std::size_t kRoom = COrderEncoder<T>::kRoom;
+    static_assert(kSamples % kRoom == 0);
+    for (auto next = folded.begin(); next != folded.end(); next += kRoom) {
+        std::copy_n(next, kRoom, encoder.room());
+        encoder.encodeRoom(kRoom);
+    }
+    encoder.finish();
+}
+
 /// encode and finish of the kernels: all coefficients as if they were of one order.
 template <class T>
 void encodeGroups(benchmark::State& state, CpuLevel level, const std::vector<T>& coefficients) {
-    static_assert(kSamples % kGroupSize == 0);
     const CCpuLevelGuard guard(level);
     std::vector<T> folded(kSamples);
     FoldedUnion<T> all;
@@ -117,8 +127,7 @@ void encodeGroups(benchmark::State& state, CpuLevel level, const std::vector<T>&
             std::make_unique<EncoderStreams<T>>(1, 0, kSamples, std::pmr::new_delete_resource());
         auto encoder = std::make_unique<COrderEncoder<T>>(*streams, 0, 0);
         state.ResumeTiming();
-        encoder->encodeRow(folded.data(), kSamples);
-        encoder->finish();
+        encodeOrder(*encoder, folded);
         state.PauseTiming();
         encoder.reset();
         streams.reset();

@@ -15,36 +15,20 @@ std::size_t queueEvents(std::uint64_t coefficients) {
 }  // namespace
 
 template <class T>
-COrderEncoder<T>::COrderEncoder(EncoderStreams<T>& streams, int plane, int order, int bitPlanes)
+COrderEncoder<T>::COrderEncoder(EncoderStreams<T>& streams, int plane, int order)
     : kernels(&activeEncodeKernels<T>()), newCounts(streams.newCounts.bitPlanes(plane, order)) {
     sections.begin(planes, queues, streams.encoders.bitPlanes(plane, order),
-                   streams.refinements.bitPlanes(plane, order), bitPlanes,
+                   streams.refinements.bitPlanes(plane, order), kTableBitPlanes<T>,
                    queueEvents(streams.coefficients(order)), streams.memory);
-}
-
-template <class T>
-void COrderEncoder<T>::encodeQueue() {
-    const std::size_t whole = queued / kGroupSize * kGroupSize;
-    kernels->encode(sections, queue, whole);
-    std::copy_n(queue + whole, queued - whole, queue);
-    queued -= whole;
 }
 
 template <class T>
 void COrderEncoder<T>::encodeRoom(std::size_t count) {
     queued += count;
-    encodeQueue();
-}
-
-template <class T>
-void COrderEncoder<T>::encodeRow(const T* folded, std::size_t count) {
-    const std::size_t first = std::min(count, (kGroupSize - queued) % kGroupSize);
-    std::copy_n(folded, first, room());
-    encodeRoom(first);
-    const std::size_t whole = (count - first) / kGroupSize * kGroupSize;
-    kernels->encode(sections, folded + first, whole);
-    std::copy_n(folded + first + whole, count - first - whole, room());
-    queued += count - first - whole;
+    const std::size_t whole = queued / kGroupSize * kGroupSize;
+    kernels->encode(sections, queue, whole);
+    std::copy_n(queue + whole, queued - whole, queue);
+    queued -= whole;
 }
 
 template <class T>

@@ -16,10 +16,8 @@ namespace qmx {
 template <class T>
 class COrderEncoder {
 public:
-    /// Takes over from the coders of the first bitPlanes bit planes. Requires: no coefficient has a
-    /// higher bit; streams has plane and order, and outlives this object.
-    COrderEncoder(EncoderStreams<T>& streams, int plane, int order,
-                  int bitPlanes = kTableBitPlanes<T>);
+    /// Takes over from the coders. Requires: streams has plane and order, and outlives this object.
+    COrderEncoder(EncoderStreams<T>& streams, int plane, int order);
     COrderEncoder(const COrderEncoder&) = delete;
     COrderEncoder& operator=(const COrderEncoder&) = delete;
 
@@ -31,12 +29,8 @@ public:
     /// Encodes count folded values that stand in room. Throws: std::bad_alloc.
     void encodeRoom(std::size_t count);
 
-    /// Encodes count folded values that stand elsewhere, whole groups without a copy.
-    /// Throws: std::bad_alloc.
-    void encodeRow(const T* folded, std::size_t count);
-
     /// Encodes one coefficient of any width up to the bit planes that the tables have.
-    /// Requires: the two above are not used. Throws: std::bad_alloc.
+    /// Requires: encodeRoom is not used. Throws: std::bad_alloc.
     void encode(std::uint64_t folded) {
         if (folded >= 2) sections.encode(folded);
         ++sections.position;
@@ -47,8 +41,6 @@ public:
     void finish();
 
 private:
-    void encodeQueue();
-
     const EncodeKernels<T>* kernels;
     std::uint64_t* newCounts;
     OrderSections sections;
