@@ -24,6 +24,7 @@ public:
 
     /// Remembers row r as it is before it is filtered.
     void begin(int r) { std::copy_n(line(0, r), columns(0), before.row(0, r % ring.y)); }
+    void encode(int r) { encoder.encodeLine(0, r, line(0, r), columns(0)); }
     /// Returns: whether a row was done that is not as it was.
     bool hasChanged() const { return isChanged; }
 
@@ -37,7 +38,7 @@ public:
     void done(int, int r) {
         const T* row = line(0, r);
         isChanged = isChanged || !std::equal(row, row + columns(0), before.row(0, r % ring.y));
-        encoder.encodeLine(0, r, row, columns(0));
+        encode(r);
     }
 
 private:
@@ -60,8 +61,8 @@ public:
           isFiltered(how.filtersThinImages) {}
 
     void takeRow(int r) {
+        if (!isFiltered) return lines.encode(r);
         lines.begin(r);
-        if (!isFiltered) return lines.done(0, r);
         sweep.takeRow(r);
     }
     bool isChangedByFilter() const { return lines.hasChanged(); }

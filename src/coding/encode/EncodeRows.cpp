@@ -8,9 +8,6 @@
 namespace qmx {
 namespace {
 
-/// Rows of a level that are in work at one time.
-constexpr int kRowsInWork = CRowLines<short>::kRows;
-
 /// What transforms and codes one colour plane of an image with levels.
 template <class T>
 class CSweptPlane {
@@ -35,12 +32,12 @@ template <class T, class Plane>
 RowsEncoded encodeWith(IRowSource<T>& source, CCodedSections<T>& sections,
                        const RowEncoding& encoding) {
     const ImageShape& shape = sections.shape();
-    CImageData<T> rows(shape.width, kRowsInWork, shape.planes, sections.memory());
+    CImageData<T> rows(shape.width, CRowLines<T>::kRows, shape.planes, sections.memory());
     MemoryObject<Plane> planes[CImageData<T>::kMaxPlanes];
     for (int p = 0; p < shape.planes; ++p)
         planes[p] = makeObject<Plane>(sections.memory(), sections, rows, p, encoding);
     for (int r = 0; r < shape.height; ++r) {
-        source.load(rows, r % kRowsInWork, r);
+        source.load(rows, r % rows.y, r);
         for (int p = 0; p < shape.planes; ++p)
             planes[p]->takeRow(r);
         if (encoding.stop.isSet()) return {false, false};
