@@ -21,20 +21,18 @@ using ByteArray = std::unique_ptr<unsigned char[]>;
 class CStagedRows final : public IPixelRows {
 public:
     CStagedRows(const TKHeader& header, FilePtr rawFile)
-        : rowBytes(header.rawRowBytes()),
-          bytes(std::make_unique_for_overwrite<unsigned char[]>(header.rawBytes())) {
+        : bytes(std::make_unique_for_overwrite<unsigned char[]>(header.rawBytes())),
+          pixels(bytes.get(), header.rawRowBytes()) {
         const std::size_t got = readUpTo(rawFile.get(), bytes.get(), header.rawBytes());
         std::fill(bytes.get() + got, bytes.get() + header.rawBytes(),
                   static_cast<unsigned char>(0));
     }
 
-    const unsigned char* row(int r) override {
-        return bytes.get() + static_cast<std::size_t>(r) * rowBytes;
-    }
+    const unsigned char* row(int r) override { return pixels.row(r); }
 
 private:
-    std::size_t rowBytes;
     ByteArray bytes;
+    CPixelsInMemory pixels;
 };
 
 template <class T>
@@ -105,8 +103,8 @@ LossReport writeBudgeted(CCodedSections<T>& sections, const ImageJob& job, std::
 }  // namespace
 
 template <class T>
-int compress(TKHeader header, std::FILE* in, std::FILE* out, double rate, bool staged,
-             int rowOrSections, LossReport* loss) {
+LossReport compress(TKHeader header, std::FILE* in, std::FILE* out, double rate, bool staged,
+                    int rowOrSections) {
     FilePtr rawFile(in);
     FilePtr streamFile(out);
     requireMemoryForPlanes<T>(header);
@@ -125,11 +123,10 @@ int compress(TKHeader header, std::FILE* in, std::FILE* out, double rate, bool s
         staged ? writeBudgeted(sections, job, out, streamBudgetBytes(header, rate), fate)
                : writeComplete(sections, job, out, fate);
     closeOutput(std::move(streamFile));
-    if (loss != nullptr) *loss = report;
-    return 0;
+    return report;
 }
 
-template int compress<short>(TKHeader, std::FILE*, std::FILE*, double, bool, int, LossReport*);
-template int compress<int>(TKHeader, std::FILE*, std::FILE*, double, bool, int, LossReport*);
+template LossReport compress<short>(TKHeader, std::FILE*, std::FILE*, double, bool, int);
+template LossReport compress<int>(TKHeader, std::FILE*, std::FILE*, double, bool, int);
 
 }  // namespace qmx

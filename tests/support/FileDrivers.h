@@ -79,8 +79,8 @@ inline Outcome compressFile(const RawImage& image, bool upper, const Wish& wish 
     const CapturedOutput printed;
     Outcome outcome;
     outcome.status = runDriver(header, in, out.get(), [&]<class T>() {
-        return qmx::compress<T>(header, in, out.get(), wish.rate, upper, wish.extra,
-                                &outcome.report);
+        outcome.report = qmx::compress<T>(header, in, out.get(), wish.rate, upper, wish.extra);
+        return 0;
     });
     outcome.lines = printed.text();
     outcome.bytes = out.bytes();
