@@ -49,8 +49,7 @@ tesk_status checkPixels(const tesk_codec& codec, const TKHeader& header) {
 std::size_t leastBytes(const TKHeader& header) {
     constexpr std::size_t kFewestRows = 4;
     const std::size_t rows = std::min<std::size_t>(header.ySize, kFewestRows);
-    constexpr std::size_t kAlignment = CImageData<short>::kRowAlignmentSamples;
-    const std::size_t columns = (header.xSize + kAlignment - 1) / kAlignment * kAlignment;
+    const auto columns = static_cast<std::size_t>(CImageData<short>::paddedWidth(header.xSize));
     const std::size_t samples = rows * columns * static_cast<std::size_t>(header.planes());
     return dispatchCoefficients(
         header, MostBitsOfShort::inMemory, [&]<class T>() { return samples * sizeof(T); },

@@ -12,13 +12,6 @@
 namespace qmx {
 namespace {
 
-/// Rounds width up to whole rows of padding; wraps like the 32-bit field that holds it.
-template <class T>
-int paddedWidth(int width) {
-    constexpr auto kLast = static_cast<unsigned>(CImageData<T>::kRowAlignmentSamples - 1);
-    return static_cast<int>((static_cast<unsigned>(width) + kLast) & ~kLast);
-}
-
 /// Returns: a sample count as an array length. Throws: std::bad_array_new_length.
 template <class T>
 std::size_t arrayLength(std::int64_t samples) {
@@ -47,7 +40,7 @@ void separate(const unsigned char* samples, CImageData<T>& image, int r) {
 template <class T>
 CImageData<T>::CImageData(int width, int height, int planeCount,
                           std::pmr::memory_resource* planeMemory)
-    : planes(planeCount), x(width), y(height), stride(paddedWidth<T>(width)) {
+    : planes(planeCount), x(width), y(height), stride(paddedWidth(width)) {
     static_assert(std::is_same_v<T, short> || std::is_same_v<T, int>);
     if (planes < 1 || planes > kMaxPlanes) throwBadPlaneCount();
     // Planes begin at whole cache lines. The format asks for less; vectors of rows of a multiple of 32

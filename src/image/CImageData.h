@@ -25,6 +25,12 @@ public:
     CImageData(const CImageData&) = delete;
     CImageData& operator=(const CImageData&) = delete;
 
+    /// Returns: width rounded up to a multiple of kRowAlignmentSamples. Beyond 2^31 - 8 it wraps.
+    static constexpr int paddedWidth(int width) {
+        constexpr auto kLast = static_cast<unsigned>(kRowAlignmentSamples - 1);
+        return static_cast<int>((static_cast<unsigned>(width) + kLast) & ~kLast);
+    }
+
     /// Reads one raw image, of 8-bit samples for short and 16-bit ones for int, from the current position
     /// of file, without the colour transform.
     /// Throws: 3 when the file is too short, with the complete rows in place; std::bad_alloc.
