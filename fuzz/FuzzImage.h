@@ -4,7 +4,7 @@
 
 namespace fuzz {
 
-/// Images of so many rows, more than any ring of rows holds, are made large.
+/// Images of so many rows, more than any ring of rows holds, count as large.
 inline constexpr std::uint32_t kFewestLargeRows = 256;
 
 /// An image whose geometry and samples come from the input.
@@ -18,8 +18,8 @@ struct Image {
 /// One image in ten is large.
 inline constexpr std::uint64_t kFirstLargeShape = 230;
 
-/// Takes the sides of an image: up to 139 each, up to 2999 x 11, or large: 256 rows and 65536 pixels at
-/// least, and some more so that sections may be too long.
+/// Takes the sides of an image: up to 139 each, up to 2999 x 11, or large: of 65536 pixels at least,
+/// and some more so that sections may be too long.
 inline void takeSides(FuzzInput& input, tesk_image& geometry) {
     const std::uint64_t shape = input.below(256);
     if (shape >= kFirstLargeShape) {

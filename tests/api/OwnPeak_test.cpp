@@ -23,7 +23,7 @@ test::Codec limitedCodec(std::uint32_t flags, std::size_t maxMemoryBytes) {
     return test::makeCodec(&options);
 }
 
-/// Sizes with and without planes, levels and rescues.
+/// Sizes with and without levels and rescues, small and large.
 constexpr int kSizes[][2] = {{0, 9},     {1, 1},     {5, 5},     {2, 900},   {64, 64},  {300, 200},
                              {256, 256}, {255, 400}, {700, 300}, {500, 500}, {900, 70}, {1, 300}};
 

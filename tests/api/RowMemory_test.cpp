@@ -1,5 +1,4 @@
-// Images of 256 rows and 65536 pixels and more go row by row, without planes. Both ways give the same bytes:
-// it is memory that tells them apart.
+// Calls go row by row: they hold no planes, however large the image is.
 
 #include <gtest/gtest.h>
 

@@ -16,7 +16,7 @@ using test::RawImage;
 
 constexpr int kSide = 48;
 
-/// The most bytes for a picture, through planes or row by row.
+/// The most bytes for a picture.
 struct Kind {
     int bytesPerPixel;
     int bitsPerPixel;

@@ -44,7 +44,7 @@ private:
 
 struct Worker {
     explicit Worker(int index) {
-        // Every fourth image is one that calls take row by row.
+        // Every fourth image has more rows than any ring of rows holds.
         const bool isLarge = index % 4 == 3;
         const int height = isLarge ? 256 + index : 60 + 3 * index;
         // Not every size comes back from its complete stream; the next one that does.

@@ -72,7 +72,7 @@ private:
     Bytes pixels;
 };
 
-/// Images of all sample types, from planes and row by row, plain and rescued, with all their calls.
+/// Images of all sample types, small and large, plain and rescued, with all their calls.
 inline std::vector<std::unique_ptr<EveryCall>> callsOfAllKinds() {
     struct Kind {
         const char* name;
@@ -89,7 +89,7 @@ inline std::vector<std::unique_ptr<EveryCall>> callsOfAllKinds() {
         int width;
         int height;
     };
-    // The flat ones are rescued, one row by row, and the thin one is filtered.
+    // The flat ones are rescued, and the thin one is filtered.
     constexpr Shape kShapes[] = {{Content::photo, 40, 30},
                                  {Content::photo, 256, 257},
                                  {Content::flat, 5, 5},

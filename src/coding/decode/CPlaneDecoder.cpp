@@ -18,7 +18,7 @@ constexpr std::uint32_t kLeastCapacities[kMaxOrders] = {4096, 1024, 512, 256, 25
 constexpr std::uint32_t kMostCapacities[kMaxOrders] = {16384, 8192, 4096, 1024, 512, 256};
 /// Samples of the plane for one candidate of order 0.
 constexpr std::uint64_t kSamplesPerCandidate = 32;
-/// What refillWindows takes at least.
+/// What the refill of windows takes at least.
 constexpr std::uint64_t kLeastWindow = 256;
 
 /// What is parsed behind the end of the order is of no use.

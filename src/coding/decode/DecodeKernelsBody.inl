@@ -1,6 +1,6 @@
 // Bodies of the decoding kernels, included once for each level. What a level defines before:
 //   QMX_TARGET             attribute of every function
-//   kRefillWindows         the parser, see WindowRefill.h
+//   kRefillWindows         the parser, see WindowRefill.inl
 //   countOnes(mask)        number of set bits
 //   deposit(bits, mask)    bit i of bits at the place of the i-th set bit of mask
 //   Lanes<T>               kGroupSize magnitudes that start as 0: shiftIn(mask) appends one bit to each,
