@@ -1,25 +1,15 @@
 #include "coding/decode/DecodeRows.h"
 
-#include "coding/decode/CPlaneDecoder.h"
-#include "wavelet/CRowRestorer.h"
+#include "coding/decode/CRowsDecoder.h"
 
 namespace qmx {
 
 template <class T>
 bool decodeRows(CReceivedSections<T>& sections, IRowSink<T>& sink, const RowDecoding& decoding) {
-    const ImageShape& shape = sections.shape();
-    CRowRestorer<T> restorer(shape, sections.memory());
-    MemoryObject<CPlaneDecoder<T>> decoders[CImageData<T>::kMaxPlanes];
-    for (int p = 0; p < shape.planes; ++p)
-        decoders[p] = makeObject<CPlaneDecoder<T>>(sections.memory(), sections, p);
-    const auto fill = [&](int p, int row, T* samples) {
-        if (row >= decoding.firstRowOf(p)) decoders[p]->decodeRow(row, samples);
-        return !decoding.stop.isSet();
-    };
-    for (int r = 0; r < shape.height; ++r) {
-        if (!restorer.restore(r, fill)) return false;
-        if (!sink.take(restorer.rows(), restorer.slotOf(r), r) || decoding.stop.isSet())
-            return false;
+    CRowsDecoder<T> decoder(sections, decoding);
+    for (int r = 0; r < sections.shape().height; ++r) {
+        if (!decoder.restoreRow()) return false;
+        if (!sink.take(decoder.rows(), decoder.slot(), r) || decoding.stop.isSet()) return false;
     }
     return true;
 }

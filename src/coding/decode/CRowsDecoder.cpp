@@ -1,0 +1,24 @@
+#include "coding/decode/CRowsDecoder.h"
+
+namespace qmx {
+
+template <class T>
+CRowsDecoder<T>::CRowsDecoder(CReceivedSections<T>& sections, const RowDecoding& rowDecoding)
+    : decoding(rowDecoding), restorer(sections.shape(), sections.memory()) {
+    for (int p = 0; p < sections.shape().planes; ++p)
+        decoders[p] = makeObject<CPlaneDecoder<T>>(sections.memory(), sections, p);
+}
+
+template <class T>
+bool CRowsDecoder<T>::restoreRow() {
+    const auto fill = [this](int p, int row, T* samples) {
+        if (row >= decoding.firstRowOf(p)) decoders[p]->decodeRow(row, samples);
+        return !decoding.stop.isSet();
+    };
+    return restorer.restore(restored++, fill);
+}
+
+template class CRowsDecoder<short>;
+template class CRowsDecoder<int>;
+
+}  // namespace qmx
