@@ -73,12 +73,15 @@ static bool parse_number(const char* text, uint32_t* number) {
     return true;
 }
 
-bool read_image(char** arguments, tesk_image* image, content* pixels) {
+bool read_geometry(char** arguments, tesk_image* image) {
     *image = (tesk_image)TESK_IMAGE_INIT;
-    if (!parse_number(arguments[1], &image->bytes_per_pixel) ||
-        !parse_number(arguments[2], &image->bits_per_pixel) ||
-        !parse_number(arguments[3], &image->width) || !parse_number(arguments[4], &image->height))
-        return false;
+    return parse_number(arguments[0], &image->bytes_per_pixel) &&
+           parse_number(arguments[1], &image->bits_per_pixel) &&
+           parse_number(arguments[2], &image->width) && parse_number(arguments[3], &image->height);
+}
+
+bool read_image(char** arguments, tesk_image* image, content* pixels) {
+    if (!read_geometry(arguments + 1, image)) return false;
     if (!read_file(arguments[0], pixels)) return false;
     if (pixels->size >= raw_bytes(image)) return true;
     free(pixels->bytes);

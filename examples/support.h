@@ -25,8 +25,12 @@ bool read_file(const char* name, content* file);
 
 bool write_file(const char* name, const void* bytes, size_t size);
 
-/* The words that read_image takes, for messages about usage. */
-#define IMAGE_USAGE "RAW BYTES_PER_PIXEL BITS_PER_PIXEL WIDTH HEIGHT"
+/* The words that read_geometry and read_image take, for messages about usage. */
+#define GEOMETRY_USAGE "BYTES_PER_PIXEL BITS_PER_PIXEL WIDTH HEIGHT"
+#define IMAGE_USAGE "RAW " GEOMETRY_USAGE
+
+/* Reads the four arguments of GEOMETRY_USAGE. */
+bool read_geometry(char** arguments, tesk_image* image);
 
 /* Reads the raw image that five arguments in the order of IMAGE_USAGE describe. Bytes behind the
  * pixels are ignored. Owns: the caller, who frees pixels->bytes. */

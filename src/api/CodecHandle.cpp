@@ -15,6 +15,8 @@ namespace {
 constexpr char kVersion[] =
     QMX_TEXT(TESK_VERSION_MAJOR) "." QMX_TEXT(TESK_VERSION_MINOR) "." QMX_TEXT(TESK_VERSION_PATCH);
 
+constexpr std::uint32_t kGreatestSide = 65535;
+
 bool areValid(const tesk_options& options) {
     const bool bothHooksOrNone = (options.allocate == nullptr) == (options.release == nullptr);
     const bool hasKnownFlags = (options.flags & ~std::uint32_t{TESK_PLAIN | TESK_UNVERIFIED}) == 0;
@@ -38,6 +40,32 @@ tesk_status readHeader(const void* stream, std::size_t streamBytes, TKHeader& he
     std::memcpy(&header, stream, sizeof header);
     if (!header.isRecognised()) return TESK_INVALID_STREAM;
     return header.isSupported() ? TESK_OK : TESK_UNSUPPORTED_FORMAT;
+}
+
+tesk_status checkImage(const tesk_image& image, TKHeader& header) {
+    const bool hasLayout = image.bytes_per_pixel >= 1 && image.bytes_per_pixel <= 3;
+    const std::uint32_t sampleBits = image.bytes_per_pixel == 2 ? 16 : 8;
+    const bool hasBits = image.bits_per_pixel >= 1 && image.bits_per_pixel <= sampleBits;
+    const bool hasSides = image.width <= kGreatestSide && image.height <= kGreatestSide;
+    if (!hasLayout || !hasBits || !hasSides) return TESK_UNSUPPORTED_FORMAT;
+    header = makeHeader(image.bytes_per_pixel, image.bits_per_pixel, image.width, image.height);
+    return TESK_OK;
+}
+
+tesk_status checkCompression(const tesk_codec* codec, const tesk_image* image,
+                             std::size_t budgetBytes, TKHeader& header) {
+    if (codec == nullptr || image == nullptr || !isUnderstood(*image)) return TESK_INVALID_ARGUMENT;
+    if (budgetBytes != 0 && budgetBytes < sizeof(TKHeader)) return TESK_INVALID_ARGUMENT;
+    if (codec->isBusy()) return TESK_INVALID_ARGUMENT;
+    if (codec->isStopped()) return TESK_STOPPED;
+    return checkImage(*image, header);
+}
+
+tesk_status checkDecompression(const tesk_codec* codec, const void* stream, std::size_t streamBytes,
+                               TKHeader& header) {
+    if (codec == nullptr || stream == nullptr || codec->isBusy()) return TESK_INVALID_ARGUMENT;
+    if (codec->isStopped()) return TESK_STOPPED;
+    return readHeader(stream, streamBytes, header);
 }
 
 tesk_status checkPixels(const tesk_codec& codec, const TKHeader& header) {

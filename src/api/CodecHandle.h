@@ -3,12 +3,16 @@
 #include <algorithm>
 #include <atomic>
 #include <cstddef>
+#include <optional>
 
 #include "api/CCallMemory.h"
+#include "api/CRowCompression.h"
+#include "api/CRowDecompression.h"
 #include "api/tesk.h"
 #include "container/TKHeader.h"
 
-/// What a caller of the C interface holds: its options and the wish to stop.
+/// What a caller of the C interface holds: its options, the wish to stop, and the image whose rows are under
+/// way.
 struct tesk_codec {
     qmx::AllocatorHooks hooks;
     std::size_t maxPixels;
@@ -16,7 +20,13 @@ struct tesk_codec {
     /// TESK_PLAIN and TESK_UNVERIFIED.
     std::uint32_t flags;
     std::atomic<bool> stopRequested{false};
+    /// Of the one of the next two that there is.
+    std::optional<qmx::CCallMemory> rowMemory{};
+    qmx::MemoryObject<qmx::CRowCompression> rowCompression{};
+    qmx::MemoryObject<qmx::CRowDecompression> rowDecompression{};
 
+    /// Returns: whether rows are under way. The codec then takes no other image.
+    bool isBusy() const { return rowMemory.has_value(); }
     bool isStopped() const { return stopRequested.load(std::memory_order_relaxed); }
 };
 
@@ -50,6 +60,19 @@ bool clearResult(tesk_result* result);
 /// TESK_UNSUPPORTED_FORMAT.
 tesk_status readHeader(const void* stream, std::size_t streamBytes, TKHeader& header);
 
+/// Makes the header of an image. Returns: TESK_OK; TESK_UNSUPPORTED_FORMAT when the format cannot hold it,
+/// header is then left as it is. Requires: isUnderstood(image).
+tesk_status checkImage(const tesk_image& image, TKHeader& header);
+
+/// Checks all arguments that every call has that compresses, and makes the header.
+/// Returns: TESK_OK; what the call has to return otherwise.
+tesk_status checkCompression(const tesk_codec* codec, const tesk_image* image,
+                             std::size_t budgetBytes, TKHeader& header);
+
+/// The same for calls that decompress.
+tesk_status checkDecompression(const tesk_codec* codec, const void* stream, std::size_t streamBytes,
+                               TKHeader& header);
+
 /// Returns: TESK_OK, or TESK_LIMIT_EXCEEDED when an image has more pixels than the codec allows.
 tesk_status checkPixels(const tesk_codec& codec, const TKHeader& header);
 
@@ -61,18 +84,23 @@ std::size_t leastBytes(const TKHeader& header);
 /// rows reach beyond all addresses.
 std::size_t strideOrDefault(std::size_t strideBytes, const TKHeader& header);
 
-/// Runs one call: gives it memory, and turns what it throws into a status. Nothing in the codec
-/// throws anything but numbers, which the calls catch, and for lack of memory.
-/// Requires: work(CCallMemory&) returns a status. result may be null.
+/// Turns what work throws into a status. Nothing in the codec throws anything but numbers, which it catches
+/// itself, and for lack of memory.
+/// Requires: work() returns a status and takes its memory from memory.
+template <class Work>
+tesk_status guarded(const CCallMemory& memory, Work work) {
+    try {
+        return work();
+    } catch (...) {
+        return memory.limitReached() ? TESK_LIMIT_EXCEEDED : TESK_OUT_OF_MEMORY;
+    }
+}
+
+/// Runs one call and gives it memory. Requires: work(CCallMemory&) returns a status. result may be null.
 template <class Work>
 tesk_status runCall(const tesk_codec& codec, tesk_result* result, Work work) {
     CCallMemory memory(codec.hooks, codec.maxMemoryBytes);
-    tesk_status status = TESK_OUT_OF_MEMORY;
-    try {
-        status = work(memory);
-    } catch (...) {
-        if (memory.limitReached()) status = TESK_LIMIT_EXCEEDED;
-    }
+    const tesk_status status = guarded(memory, [&] { return work(memory); });
     if (result != nullptr) result->peak_memory_bytes = memory.peakBytes();
     return status;
 }

@@ -1,11 +1,23 @@
 #include "api/ExactCompression.h"
 
-#include <cstring>
-
-#include "bitstream/CBitWriter.h"
-#include "container/CExactEncoder.h"
+#include "api/CCompression.h"
 
 namespace qmx {
+namespace {
+
+class CVectorPlace final : public IStreamPlace {
+public:
+    explicit CVectorPlace(std::vector<unsigned char>& vectorBytes) : bytes(vectorBytes) {}
+    unsigned char* take(std::size_t sizeBytes, std::pmr::memory_resource&) override {
+        bytes.resize(sizeBytes);
+        return bytes.data();
+    }
+
+private:
+    std::vector<unsigned char>& bytes;
+};
+
+}  // namespace
 
 ExactStream compressExactly(int width, int height, int sampleBits, int pixelBytes, const void* data,
                             bool verify) {
@@ -14,22 +26,17 @@ ExactStream compressExactly(int width, int height, int sampleBits, int pixelByte
     if (!header.isSupported()) return stream;
     CPixelsInMemory pixels(data, header.rawRowBytes());
     ImageJob job{header, pixels};
-    std::vector<unsigned char> bytes;
-    Rescues rescues = 0;
-    const std::optional<Loss> loss = encodeExactly(job, rescues, [&](auto& sections) {
-        bytes.resize(sizeof job.header + sections.facts().streamBytes());
-        std::memcpy(bytes.data(), &job.header, sizeof job.header);
-        CBitWriter writer(bytes.data() + sizeof job.header, bytes.size() - sizeof job.header);
-        sections.writeStream(writer);
-    });
-    stream.exactness = Exactness::impossible;
-    if (loss != Loss::none) return stream;
-    stream.exactness = Exactness::refuted;
-    const WrittenStream written{bytes.data() + sizeof job.header, bytes.size() - sizeof job.header};
-    if (verify && !restoresExactly(job, written)) return stream;
-    stream.exactness = rescues == 0 ? Exactness::plain : Exactness::rescued;
-    stream.rescues = rescues;
-    stream.bytes = std::move(bytes);
+    CVectorPlace place(stream.bytes);
+    const std::uint32_t flags = verify ? 0 : TESK_UNVERIFIED;
+    CompressRequest request{flags, 0, place};
+    if (compressWhole(job, request) == TESK_OK) {
+        stream.exactness = request.rescue == 0 ? Exactness::plain : Exactness::rescued;
+        stream.rescues = request.rescue;
+        return stream;
+    }
+    stream.bytes.clear();
+    stream.exactness =
+        request.loss == TESK_LOSS_UNKNOWN ? Exactness::refuted : Exactness::impossible;
     return stream;
 }
 

@@ -236,6 +236,61 @@ void tesk_release_block(tesk_codec* codec, void* block);
 tesk_status tesk_decompress(tesk_codec* codec, const void* stream, size_t stream_bytes, void* out,
                             size_t out_bytes, size_t row_stride_bytes, tesk_result* result);
 
+/*
+ * Row by row: rows come, or are asked for, in order and any number at a time. What a codec holds between
+ * the calls is the stream, as far as it is coded, and a few rows; images of any size go through.
+ *
+ * A codec works on one image at a time: from a begin that returns TESK_OK to the end, every other call but
+ * those for this image and tesk_stop is TESK_INVALID_ARGUMENT. That answer, which calls in the wrong order
+ * and those with too many rows get as well, changes nothing: the image goes on. Every other answer than
+ * TESK_OK ends the image, and the codec is free again. tesk_destroy ends it as well.
+ *
+ * Both limits of the options hold for an image from begin to end.
+ */
+
+/*
+ * Compresses an image row by row: begin, rows until there are height of them, end.
+ *
+ * The stream has the bytes that tesk_compress_to_block gives it. Without a budget it is decoded in the end
+ * and compared with a checksum of the rows, CRC-64, unless TESK_UNVERIFIED is set: a stream of another
+ * image passes with a chance of 1 in 2^64, one with a single wrong sample never.
+ *
+ *  - rows: row_count rows of width pixels, row_stride_bytes from one to the next, 0 for rows without gaps;
+ *    they are read before the call returns. They may be null where they have no pixels.
+ *  - block, result: as for tesk_compress_to_block.
+ *
+ * Returns: begin and rows TESK_OK; end TESK_OK or TESK_CUT; otherwise as tesk_compress_to_block, but
+ *          TESK_NOT_RESTORABLE with TESK_LOSS_WRAPPED also for images of up to 11 declared bits whose
+ *          samples exceed them by so much that 16 bits are too few: coding them anew takes all rows.
+ *          tesk_used_bits tells the bits to declare.
+ */
+tesk_status tesk_compress_begin(tesk_codec* codec, const tesk_image* image, size_t budget_bytes);
+tesk_status tesk_compress_rows(tesk_codec* codec, const void* rows, size_t row_stride_bytes,
+                               uint32_t row_count);
+tesk_status tesk_compress_end(tesk_codec* codec, void** block, tesk_result* result);
+
+/*
+ * Decompresses a stream, or any prefix of one that has its 16 header bytes, row by row: begin, rows until
+ * there are height of them, end.
+ *
+ *  - stream: stays as it is until the end.
+ *  - image: is filled as by tesk_probe; may be null.
+ *  - rows: row_count rows of width pixels, row_stride_bytes from one to the next, 0 for rows without gaps.
+ *    Bytes between rows stay as they are.
+ *
+ * Returns: begin and rows TESK_OK; end TESK_OK: the stream was complete; TESK_CUT: it ended early, the rows
+ *          are an approximation (tesk_measure tells it beforehand); otherwise as tesk_decompress.
+ */
+tesk_status tesk_decompress_begin(tesk_codec* codec, const void* stream, size_t stream_bytes,
+                                  tesk_image* image);
+tesk_status tesk_decompress_rows(tesk_codec* codec, void* rows, size_t row_stride_bytes,
+                                 uint32_t row_count);
+tesk_status tesk_decompress_end(tesk_codec* codec, tesk_result* result);
+
+/* Ends an image either way without a result; the codec is free again. Does nothing where there is none, or
+ * codec is null. */
+void tesk_abandon(tesk_codec* codec);
+
 #pragma GCC visibility pop
 /* NOLINTEND(readability-identifier-naming) */
 

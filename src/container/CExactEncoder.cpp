@@ -1,12 +1,13 @@
 #include "container/CExactEncoder.h"
 
 #include <algorithm>
-#include <cstring>
 
 #include "bitstream/CBitWriter.h"
 #include "coding/encode/CSectionRescue.h"
+#include "coding/encode/EncodeRows.h"
 #include "coding/encode/SectionLengths.h"
 #include "container/COffsetSource.h"
+#include "container/CRegainedRows.h"
 
 namespace qmx {
 namespace {
@@ -19,16 +20,30 @@ constexpr int kHighestShortPlane = 13;
 }  // namespace
 
 template <class T>
-CExactEncoder<T>::CExactEncoder(const ImageJob& imageJob)
-    : job(imageJob), pixels(job.pixels, job.header.bytesPerPixel) {}
+CExactEncoder<T>::CExactEncoder(ImageJob& imageJob, bool filtersThinImages)
+    : job(imageJob), pixels(job.pixels, job.header.bytesPerPixel) {
+    coded.emplace(shapeOf(job.header), job.memory);
+    rows.emplace(*coded, RowEncoding{filtersThinImages, 0, job.stop});
+}
 
 template <class T>
-std::optional<Loss> CExactEncoder<T>::encode() {
-    if (!code(pixels, ClosingRuns::written, true)) return std::nullopt;
+void CExactEncoder<T>::finish() {
+    rows->finish();
+    if (rows->isChangedByFilter()) done |= kThinFilter;
+    rows.reset();
+}
+
+template <class T>
+std::optional<Loss> CExactEncoder<T>::makeRestorable() {
     if (coded->facts().lostCoefficients != 0) return Loss::wrappedCoefficient;
     if (isInDoubt() && !isRestoredAsItIs()) {
-        // Quirk 18: decoders with 16 bits do not see multiples of 2^16, those with 32 see representatives.
-        if (isAmbiguous()) return Loss::wrappedCoefficient;
+        if (isAmbiguous()) {
+            // Quirk 18: decoders with 16 bits do not see multiples of 2^16, those with 32 see
+            // representatives. With more declared bits the sections stay as they are, and all have 32.
+            job.header.bitsPerPixel = static_cast<std::uint8_t>(raisedBits(job));
+            done |= kDeclaredBits;
+            return makeRestorable();
+        }
         const bool isRescued = rescueSections();
         if (job.stop.isSet()) return std::nullopt;
         if (!isRescued) return Loss::overlongSection;
@@ -38,21 +53,6 @@ std::optional<Loss> CExactEncoder<T>::encode() {
         done |= kEndlessRuns;
     }
     return Loss::none;
-}
-
-template <class T>
-bool CExactEncoder<T>::encodePlain() {
-    return code(pixels, ClosingRuns::written, false);
-}
-
-/// Returns: false when stopped.
-template <class T>
-bool CExactEncoder<T>::code(IRowSource<T>& source, ClosingRuns closing, bool filtersThinImages) {
-    coded.emplace(shapeOf(job.header), job.memory);
-    coded->setClosingRuns(0, closing);
-    const RowsEncoded encoded = encodeRows(source, *coded, {filtersThinImages, 0, job.stop});
-    if (encoded.isChangedByFilter) done |= kThinFilter;
-    return encoded.isComplete;
 }
 
 template <class T>
@@ -87,7 +87,7 @@ bool CExactEncoder<T>::rescueSections() {
     if constexpr (kHasShort)
         return moveToOtherRepresentatives();
     else
-        return addWholeWraps();
+        return leaveOutZeros() || addWholeWraps();
 }
 
 template <class T>
@@ -112,21 +112,46 @@ bool CExactEncoder<T>::recode(int plane) {
         .search(std::ref(accept));
 }
 
+/// Returns: whether all sections fit without last runs that are 0.
+template <class T>
+bool CExactEncoder<T>::leaveOutZeros() {
+    constexpr ClosingRuns kClosing = ClosingRuns::zerosLeftOut;
+    const FoldedValues values = coded->coarsestValues(0);
+    if (excessBits(values, coded->longestCoarsestBits(), kClosing) != 0) return false;
+    coded->recodeCoarsest(0, values, kClosing);
+    if (coded->facts().overlongSections != 0) return false;
+    noteMove(kWholeWraps, false, kClosing);
+    return true;
+}
+
 template <class T>
 bool CExactEncoder<T>::addWholeWraps() {
     const FoldedValues values = coded->coarsestValues(0);
     const std::uint64_t longest = coded->longestCoarsestBits();
     const CWholeWraps move(coded->levels());
+    std::optional<COwnStream> ownStream;
+    if (!job.pixels.canRepeat()) ownStream.emplace(*coded, job.memory);
     const auto accept = [&](const FoldedValues& moved, ClosingRuns closing) {
         coded.reset();
-        COffsetSource<T> source(pixels, shapeOf(job.header), values, moved, job.memory);
+        std::optional<CRegainedRows<T>> regained;
+        if (ownStream) regained.emplace(*ownStream, shapeOf(job.header), job.memory, job.stop);
+        IRowSource<T>& original = regained ? static_cast<IRowSource<T>&>(*regained) : pixels;
+        COffsetSource<T> source(original, shapeOf(job.header), values, moved, job.memory);
         // Details change by up to 1 with it, so that only coding shows whether all sections fit.
-        if (!code(source, closing, false)) return true;
+        if (!codeAgain(source, closing)) return true;
         if (coded->facts().overlongSections != 0) return false;
         noteMove(kWholeWraps, moved != values, closing);
         return true;
     };
     return CSectionRescue(values, longest, move, job.stop).search(std::ref(accept));
+}
+
+/// Returns: false when stopped.
+template <class T>
+bool CExactEncoder<T>::codeAgain(IRowSource<T>& source, ClosingRuns closing) {
+    coded.emplace(shapeOf(job.header), job.memory);
+    coded->setClosingRuns(0, closing);
+    return encodeRows(source, *coded, {false, 0, job.stop}).isComplete;
 }
 
 template <class T>
@@ -136,26 +161,13 @@ void CExactEncoder<T>::noteMove(Rescues move, bool isMoved, ClosingRuns closing)
 }
 
 int raisedBits(const ImageJob& job) {
-    unsigned all = 0;
-    for (int r = 0; r < job.header.ySize && !job.stop.isSet(); ++r) {
-        const unsigned char* row = job.pixels.row(r);
-        for (std::size_t c = 0; c < job.header.xSize; ++c) {
-            std::uint16_t sample;
-            std::memcpy(&sample, row + c * sizeof sample, sizeof sample);
-            all |= sample;
-        }
-    }
-    return std::max(bitLength(all), job.header.bitsPerPixel + 1);
+    const unsigned used = job.pixels.usedBits(job.header, job.stop);
+    return std::max(bitLength(used), job.header.bitsPerPixel + 1);
 }
 
 bool isOutOfReach(const ImageJob& job) {
-    if (std::min(job.header.xSize, job.header.ySize) != 1) return false;
-    const auto isNotZero = [](unsigned char byte) { return byte != 0; };
-    for (int r = 0; r < job.header.ySize; ++r) {
-        const unsigned char* row = job.pixels.row(r);
-        if (std::any_of(row, row + job.header.rawRowBytes(), isNotZero)) return true;
-    }
-    return false;
+    return std::min(job.header.xSize, job.header.ySize) == 1 &&
+           job.pixels.usedBits(job.header, job.stop) != 0;
 }
 
 template class CExactEncoder<short>;

@@ -3,7 +3,7 @@
 #include <optional>
 
 #include "coding/encode/CCodedSections.h"
-#include "coding/encode/EncodeRows.h"
+#include "coding/encode/CRowsEncoder.h"
 #include "container/CoefficientDispatch.h"
 #include "container/ImageJob.h"
 #include "container/Loss.h"
@@ -28,41 +28,52 @@ inline constexpr Rescues kWholeWraps = 16;
 /// Sections without new coefficients got a run of their own.
 inline constexpr Rescues kEndlessRuns = 32;
 
-/// The encoder of one image, brought to a stream that restores it.
+/// The encoder of one image, whose rows come one after the other, brought to a stream that restores it.
 template <class T>
 class CExactEncoder {
 public:
-    /// Requires: imageJob outlives this object.
-    explicit CExactEncoder(const ImageJob& imageJob);
+    /// filtersThinImages: as streams need it that restore such images, and plain ones do not have it.
+    /// Requires: imageJob outlives this object. Throws: std::bad_alloc.
+    CExactEncoder(ImageJob& imageJob, bool filtersThinImages);
 
-    /// Codes the image so that its stream restores it. Returns: none; wrappedCoefficient when the profile
-    /// that the declared bits stand for cannot hold the samples; overlongSection when no stream restores
-    /// the image; nothing when job was stopped. Throws: std::bad_alloc, and what job.pixels throws.
-    std::optional<Loss> encode();
-    /// Codes the image as the tool does, whatever its stream restores. Returns: false when stopped.
-    /// Throws: as encode.
-    bool encodePlain();
-    /// Returns: the sections of the stream. Requires: encode has returned none, or encodePlain true.
+    /// Codes the next row of job.pixels. Requires: there is one.
+    /// Throws: std::bad_alloc, and what job.pixels throws.
+    void takeRow() { rows->takeRow(pixels); }
+    int rowsTaken() const { return rows->rowsTaken(); }
+    /// Closes the sections, which are those of the plain stream. Requires: all rows were taken; called once.
+    /// Throws: std::bad_alloc.
+    void finish();
+    /// Changes the sections so that their stream restores the image; it may raise the bits that
+    /// job.header declares. Returns: none; wrappedCoefficient when the profile that the declared bits
+    /// stand for cannot hold the samples; overlongSection when no stream that is known restores the image;
+    /// nothing when job was stopped. Requires: finish was called; the image was filtered.
+    /// Throws: std::bad_alloc, and what job.pixels throws.
+    std::optional<Loss> makeRestorable();
+    /// Returns: the sections of the stream. Requires: finish was called, and makeRestorable, if it was, has
+    /// returned none.
     CCodedSections<T>& sections() { return *coded; }
-    /// Returns: what encode did.
+    /// Returns: what was done so that the stream restores the image.
     Rescues rescues() const { return done; }
 
 private:
     static constexpr bool kHasShort = sizeof(T) == sizeof(short);
 
-    bool code(IRowSource<T>& source, ClosingRuns closing, bool filtersThinImages);
     bool isAmbiguous() const;
     bool isInDoubt() const;
     bool isRestoredAsItIs();
     bool rescueSections();
     bool moveToOtherRepresentatives();
     bool recode(int plane);
+    bool leaveOutZeros();
     bool addWholeWraps();
+    bool codeAgain(IRowSource<T>& source, ClosingRuns closing);
     void noteMove(Rescues move, bool isMoved, ClosingRuns closing);
 
-    const ImageJob& job;
+    ImageJob& job;
     CPixelSource<T> pixels;
     std::optional<CCodedSections<T>> coded;
+    /// Until all rows are coded.
+    std::optional<CRowsEncoder<T>> rows;
     Rescues done = 0;
 };
 
@@ -71,29 +82,6 @@ private:
 int raisedBits(const ImageJob& job);
 /// Returns: whether job has a side of 1 and other samples than 0, which no stream holds.
 bool isOutOfReach(const ImageJob& job);
-
-/// Codes an image and calls write(sections) with those of a stream that restores it; the stream's header
-/// is job.header then, whose declared bits may have been raised. Sets rescues to what was done.
-/// Returns: none; sideOfOne or overlongSection when no stream restores the image; nothing when job was
-/// stopped. Throws: std::bad_alloc, what job.pixels throws and what write throws.
-template <class Write>
-std::optional<Loss> encodeExactly(ImageJob& job, Rescues& rescues, Write write) {
-    if (isOutOfReach(job)) return Loss::sideOfOne;
-    for (Rescues earlier = 0;; earlier = kDeclaredBits) {
-        const std::optional<Loss> loss = dispatchCoefficients(
-            job.header, MostBitsOfShort::inMemory,
-            [&]<class T>() {
-                CExactEncoder<T> exact(job);
-                const std::optional<Loss> found = exact.encode();
-                if (found == Loss::none) write(exact.sections());
-                rescues = earlier | exact.rescues();
-                return found;
-            },
-            [] { return std::optional(Loss::overlongSection); });
-        if (loss != Loss::wrappedCoefficient) return loss;
-        job.header.bitsPerPixel = static_cast<std::uint8_t>(raisedBits(job));
-    }
-}
 
 extern template class CExactEncoder<short>;
 extern template class CExactEncoder<int>;

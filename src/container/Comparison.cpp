@@ -1,7 +1,5 @@
 #include "container/Comparison.h"
 
-#include <cstring>
-
 #include "bitstream/CBitReader.h"
 #include "bitstream/Memory.h"
 #include "bitstream/Status.h"
@@ -24,7 +22,7 @@ public:
     bool take(const CImageData<T>& rows, int slot, int r) override {
         if (rowBytes == 0) return true;
         storeRow(rows, slot, job.header.bytesPerPixel, limit, decodedRow.get());
-        return std::memcmp(job.pixels.row(r), decodedRow.get(), rowBytes) == 0;
+        return job.pixels.isSameRow(r, decodedRow.get(), rowBytes);
     }
 
 private:

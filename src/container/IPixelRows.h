@@ -1,7 +1,10 @@
 #pragma once
 
 #include <cstddef>
+#include <cstring>
 
+#include "bitstream/CStopRequest.h"
+#include "container/TKHeader.h"
 #include "image/PixelRows.h"
 #include "wavelet/IRowSource.h"
 
@@ -15,6 +18,15 @@ public:
     /// Requires: r is 0, or the row behind the one that was asked for last.
     /// Throws: 3 when there is no such row; FileError; std::bad_alloc.
     virtual const unsigned char* row(int r) = 0;
+    /// Returns: whether row 0 can be asked for again.
+    virtual bool canRepeat() const { return true; }
+    /// Compares a decoded image with this one, row by row from row 0 on. Returns: false once it differs;
+    /// rows that cannot be repeated show it behind the last one alone. Throws: as row.
+    virtual bool isSameRow(int r, const unsigned char* decoded, std::size_t sizeBytes) {
+        return std::memcmp(row(r), decoded, sizeBytes) == 0;
+    }
+    /// Returns: the bitwise or of all samples; of some when it was stopped. Throws: as row.
+    virtual unsigned usedBits(const TKHeader& header, const CStopRequest& stop);
 };
 
 /// Rows in memory, strideBytes from one to the next, at any address.

@@ -68,15 +68,22 @@ TEST(CExactEncoder, RaisedBitsAreThoseOfTheSamplesAndMoreThanDeclared) {
     EXPECT_EQ(raisedBits(Job(image)), 16);
 }
 
-TEST(CExactEncoder, AStoppedJobWritesNothing) {
-    const RawImage image = makeImage(Content::photo, 2, 16, 40, 30);
-    const std::atomic<bool> flag{true};
-    const CStopRequest stop(flag);
-    Job job(image, stop);
-    bool isWritten = false;
-    Rescues rescues = 0;
-    EXPECT_EQ(encodeExactly(job, rescues, [&](auto&) { isWritten = true; }), std::nullopt);
-    EXPECT_FALSE(isWritten);
+TEST(CExactEncoder, AStoppedRescueHasNoResult) {
+    const RawImage image = makeImage(Content::flat, 2, 16, 5, 5);
+    for (const bool isStopped : {false, true}) {
+        const std::atomic<bool> flag{isStopped};
+        const CStopRequest stop(flag);
+        Job job(image, stop);
+        CExactEncoder<int> encoder(job, true);
+        while (encoder.rowsTaken() < image.height)
+            encoder.takeRow();
+        encoder.finish();
+        const std::optional<Loss> loss = encoder.makeRestorable();
+        EXPECT_EQ(loss, isStopped ? std::nullopt : std::optional(Loss::none));
+        if (!isStopped) {
+            EXPECT_EQ(encoder.rescues() & kWholeWraps, kWholeWraps);
+        }
+    }
 }
 
 }  // namespace

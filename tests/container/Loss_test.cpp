@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "container/CExactEncoder.h"
+#include "coding/encode/EncodeRows.h"
 #include "support/Ways.h"
 
 namespace {
@@ -62,9 +62,10 @@ public:
         : pixels(image.bytes.data(), headerOf(image).rawRowBytes()),
           job{headerOf(image), pixels},
           stream(test::encode(image)) {
-        qmx::CExactEncoder<short> encoder(job);
-        encoder.encodePlain();
-        facts = encoder.sections().facts();
+        qmx::CCodedSections<short> sections(shapeOf(job.header), job.memory);
+        qmx::CPixelSource<short> source(pixels, 1);
+        encodeRows(source, sections);
+        facts = sections.facts();
     }
 
     std::uint64_t streamBits() const { return facts.streamBits; }

@@ -4,8 +4,9 @@
 #include <map>
 
 #include "bitstream/CBitWriter.h"
+#include "coding/encode/EncodeRows.h"
 #include "coding/syntax/SectionSyntax.h"
-#include "container/CExactEncoder.h"
+#include "container/IPixelRows.h"
 #include "exact/ExposedImages.h"
 #include "support/CodecObjects.h"
 
@@ -20,26 +21,24 @@ using test::RawImage;
 struct Plain {
     explicit Plain(const RawImage& image)
         : header(makeHeader(1, 8, image.width, image.height)),
-          pixels(image.bytes.data(), header.rawRowBytes()),
-          job{header, pixels},
-          coded(job) {
-        EXPECT_TRUE(coded.encodePlain());
-        streamBits = coded.sections().facts().streamBits;
+          sections({image.width, image.height, 1}, std::pmr::new_delete_resource()) {
+        CPixelsInMemory pixels(image.bytes.data(), header.rawRowBytes());
+        CPixelSource<short> source(pixels, 1);
+        encodeRows(source, sections);
+        streamBits = sections.facts().streamBits;
     }
 
     /// Returns: the stream as far as so many bytes hold it.
     WrittenStream cutAt(std::size_t sizeBytes) {
         bytes.assign(sizeBytes, 0);
         CBitWriter writer(bytes.data(), sizeBytes);
-        coded.sections().writeWhatFits(writer);
-        return {bytes.data(), sizeBytes, coded.sections().facts().misreadBit};
+        sections.writeWhatFits(writer);
+        return {bytes.data(), sizeBytes, sections.facts().misreadBit};
     }
     std::size_t completeBytes() const { return (streamBits + 7) / 8; }
 
     TKHeader header;
-    CPixelsInMemory pixels;
-    ImageJob job;
-    CExactEncoder<short> coded;
+    CCodedSections<short> sections;
     std::uint64_t streamBits;
     Bytes bytes;
 };

@@ -88,6 +88,31 @@ static void check_block(tesk_codec* codec, const unsigned char* pixels) {
     tesk_release_block(codec, block);
 }
 
+static void check_rows(tesk_codec* codec, const unsigned char* pixels) {
+    tesk_image image = small_image();
+    tesk_image back = TESK_IMAGE_INIT;
+    tesk_result result = TESK_RESULT_INIT;
+    unsigned char row[kWidth];
+    void* block = NULL;
+    uint32_t r;
+    EXPECT(tesk_compress_begin(codec, &image, 0) == TESK_OK);
+    for (r = 0; r < image.height; ++r)
+        EXPECT(tesk_compress_rows(codec, pixels + r * kWidth, 0, 1) == TESK_OK);
+    EXPECT(tesk_compress_end(codec, &block, &result) == TESK_OK);
+
+    EXPECT(tesk_decompress_begin(codec, block, result.stream_bytes, &back) == TESK_OK);
+    EXPECT(back.width == image.width && back.height == image.height);
+    for (r = 0; r < back.height; ++r) {
+        EXPECT(tesk_decompress_rows(codec, row, 0, 1) == TESK_OK);
+        EXPECT(memcmp(row, pixels + r * kWidth, kWidth) == 0);
+    }
+    EXPECT(tesk_decompress_end(codec, NULL) == TESK_OK);
+
+    EXPECT(tesk_decompress_begin(codec, block, result.stream_bytes, NULL) == TESK_OK);
+    tesk_abandon(codec);
+    tesk_release_block(codec, block);
+}
+
 int main(void) {
     static unsigned char pixels[kRaw];
     int outstanding = 0;
@@ -102,6 +127,7 @@ int main(void) {
     EXPECT(tesk_create(&options, &codec) == TESK_OK);
     check_round_trip(codec, pixels);
     check_block(codec, pixels);
+    check_rows(codec, pixels);
     tesk_destroy(codec);
     EXPECT(outstanding == 0);
     tesk_destroy(NULL);

@@ -10,6 +10,7 @@ CReceivedSections<T>::CReceivedSections(const ImageShape& imageShape,
                                         std::pmr::memory_resource* memory)
     : imageSize(imageShape),
       levelsUsed(levelCount(imageSize.width, imageSize.height)),
+      countBits(sampleCountBits(imageSize.width, imageSize.height)),
       workMemory(memory) {}
 
 /// Forgets all sections and makes room for those of another stream.
@@ -52,8 +53,7 @@ void CReceivedSections<T>::assign(CBitReader& in, const SectionHeader& section) 
 
 template <class T>
 int CReceivedSections<T>::readSections(CBitReader& in, int sectionLimit, const CStopRequest& stop) {
-    const SectionBounds bounds{imageSize.planes, levelsUsed,
-                               sampleCountBits(imageSize.width, imageSize.height)};
+    const SectionBounds bounds{imageSize.planes, levelsUsed, countBits};
     begin(readTopPlane(in));
     SectionHeader section;
     for (int count = 1;; ++count) {

@@ -18,6 +18,8 @@ public:
     /// Requires: workMemory outlives this object. Throws: std::bad_alloc.
     CReceivedSections(const ImageShape& imageShape, std::pmr::memory_resource* workMemory);
 
+    /// Reads streams whose length fields were widened as well. Requires: read was not called yet.
+    void widenLengths() { countBits += kWideningBits; }
     /// Reads all section headers and passes over the payloads. What was there before is forgotten.
     ///
     ///  - in: stands behind the header of the stream. Its data or file stay as they are until the
@@ -49,6 +51,8 @@ private:
 
     ImageShape imageSize;
     int levelsUsed;
+    /// What the widths of length fields follow from.
+    int countBits;
     std::pmr::memory_resource* workMemory;
     /// Null before read.
     MemoryObject<DecoderStreams<T>> coders;

@@ -30,13 +30,9 @@ CCodedSections<T>::CCodedSections(const ImageShape& imageShape, std::pmr::memory
                                            levelCount(imageSize.width, imageSize.height),
                                            imageSize.samplesPerPlane(), memory)),
       coarsest{std::pmr::vector<T>(memory), std::pmr::vector<T>(memory),
-               std::pmr::vector<T>(memory)} {
+               std::pmr::vector<T>(memory)},
+      countBits(sampleCountBits(imageSize.width, imageSize.height)) {
     coded.levels = levelCount(imageSize.width, imageSize.height);
-}
-
-template <class T>
-int CCodedSections<T>::sampleCountBits() const {
-    return qmx::sampleCountBits(imageSize.width, imageSize.height);
 }
 
 template <class T>
@@ -58,7 +54,7 @@ void CCodedSections<T>::closeAndMeasure() {
 
 template <class T>
 void CCodedSections<T>::closeAndMeasure(int plane, int order, int bitPlane) {
-    const auto lengthBits = static_cast<std::uint64_t>(lengthFieldBits(sampleCountBits(), order));
+    const auto lengthBits = static_cast<std::uint64_t>(lengthFieldBits(countBits, order));
     // The top plane has no u section.
     const std::uint64_t headers = bitPlane < highestPlane ? 2 : 1;
     estimateBits += 2 * lengthBits + kEstimatedTagBits;
@@ -73,7 +69,7 @@ void CCodedSections<T>::closeAndMeasure(int plane, int order, int bitPlane) {
     estimateBits += significanceBits + refinementBits;
     coded.streamBits += significanceBits + refinementBits;
 
-    const std::uint64_t longest = longestSectionBits(sampleCountBits(), order);
+    const std::uint64_t longest = longestSectionBits(countBits, order);
     coded.overlongSections += static_cast<unsigned>(significanceBits > longest);
     coded.overlongSections += static_cast<unsigned>(refinementBits > longest);
     const bool isEndless = significanceBits == 0 && encoder->getTotal() > kEndRun + 1;
@@ -108,8 +104,8 @@ void CCodedSections<T>::writeSection(CBitWriter& out, int plane, int order, bool
     }
     // Bit planes outside the tables are sent as empty sections.
     const std::uint64_t lengthBits = writer == nullptr ? 0 : writer->getTotal();
-    writeSectionHeader(out, {plane, order, isRefinement, lengthBits}, sampleCountBits());
-    const std::uint64_t longest = longestSectionBits(sampleCountBits(), order);
+    writeSectionHeader(out, {plane, order, isRefinement, lengthBits}, countBits);
+    const std::uint64_t longest = longestSectionBits(countBits, order);
     // Quirk 1: a writer without room counts up to the largest number, and holds nothing to misread.
     const std::uint64_t payloadBit = out.getTotal();
     if (lengthBits > longest && payloadBit < CodedFacts::kNeverMisread - longest)
@@ -158,8 +154,14 @@ bool CCodedSections<T>::writeWhatFits(CBitWriter& out, const CStopRequest& stop)
 }
 
 template <class T>
+void CCodedSections<T>::widenLengths() {
+    countBits += kWideningBits;
+    closeAndMeasure();
+}
+
+template <class T>
 std::uint64_t CCodedSections<T>::longestCoarsestBits() const {
-    return longestSectionBits(sampleCountBits(), levels());
+    return longestSectionBits(countBits, levels());
 }
 
 template <class T>

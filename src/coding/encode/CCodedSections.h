@@ -46,6 +46,9 @@ public:
     void writeStream(CBitWriter& out, const CStopRequest& stop = kNeverStopped);
     /// The same. Returns: whether all of it was written.
     bool writeWhatFits(CBitWriter& out, const CStopRequest& stop = kNeverStopped);
+    /// Widens length fields so that no section is too long. Such a stream is read by sections that were
+    /// widened as well, and by no decoder.
+    void widenLengths();
 
     // Other ways to code the coarsest order of a colour plane. The stream then differs, decoders and
     // their image do not.
@@ -65,7 +68,6 @@ public:
     void sendEndlessRuns(std::uint64_t longestRun = kEndRun + 1);
 
 private:
-    int sampleCountBits() const;
     void closeAndMeasure();
     void closeAndMeasure(int plane, int order, int bitPlane);
     void closeSection(CBitChunkEncoder& encoder, int plane, int order, int bitPlane);
@@ -81,6 +83,8 @@ private:
     /// The bit planes of the coarsest order whose last run is read from the section behind them.
     std::uint32_t openPlanes[kTablePlanes]{};
     CodedFacts coded;
+    /// What the widths of length fields follow from.
+    int countBits;
     int highestPlane = 0;
     std::uint64_t estimateBits = 0;
 };

@@ -33,6 +33,10 @@ constexpr std::uint64_t longestSectionBits(int sampleCountBits, int order) {
     return lowBits(lengthFieldBits(sampleCountBits, order));
 }
 
+/// Added to the number of bits of width x height, it makes length fields so wide that no section exceeds
+/// them. Only streams that an encoder writes for itself have such fields.
+inline constexpr int kWideningBits = 8;
+
 /// Returns: the number of bits of width x height.
 int sampleCountBits(int width, int height);
 

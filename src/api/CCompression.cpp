@@ -1,0 +1,131 @@
+#include "api/CCompression.h"
+
+#include <algorithm>
+#include <new>
+
+#include "bitstream/CBitWriter.h"
+#include "container/Comparison.h"
+
+namespace qmx {
+namespace {
+
+static_assert(kThinFilter == TESK_RESCUE_THIN_FILTER && kDeclaredBits == TESK_RESCUE_DECLARED_BITS);
+static_assert(kClosingRuns == TESK_RESCUE_CLOSING_RUNS &&
+              kOtherRepresentative == TESK_RESCUE_OTHER_REPRESENTATIVE);
+static_assert(kWholeWraps == TESK_RESCUE_WHOLE_WRAPS && kEndlessRuns == TESK_RESCUE_ENDLESS_RUNS);
+
+/// An image with a side of 1 has no coefficients that a filter could change.
+bool filtersThinImages(const TKHeader& header, std::uint32_t flags) {
+    return (flags & TESK_PLAIN) == 0 && std::min(header.xSize, header.ySize) > 1;
+}
+
+tesk_status refuse(CompressRequest& request, tesk_loss loss) {
+    request.loss = loss;
+    return TESK_NOT_RESTORABLE;
+}
+
+}  // namespace
+
+CCompression::CCompression(ImageJob& imageJob, std::uint32_t flags)
+    : job(imageJob), encoder(job.header, job, filtersThinImages(job.header, flags)) {}
+
+void CCompression::takeRow() {
+    encoder.with([](auto& coder) { coder.takeRow(); });
+}
+
+std::uint32_t CCompression::rowsLeft() {
+    return encoder.with([this](auto& coder) {
+        return static_cast<std::uint32_t>(job.header.ySize - coder.rowsTaken());
+    });
+}
+
+tesk_status CCompression::conclude(CompressRequest& request) {
+    // A budget asks for as much as there can be, also of an image that no stream holds.
+    const bool isBeyond = !request.has(TESK_PLAIN) && isOutOfReach(job);
+    if (isBeyond && request.budgetBytes == 0) return refuse(request, TESK_LOSS_SIDE_OF_ONE);
+    return encoder.with([&](auto& coder) {
+        coder.finish();
+        const bool isPlain = isBeyond || request.has(TESK_PLAIN);
+        return isPlain ? concludePlain(coder, request) : concludeExact(coder, request);
+    });
+}
+
+/// Puts header and stream in their place, as far as the budget lets them. Returns: what was written; its bytes
+/// are null when there is too little room.
+template <class T>
+WrittenStream CCompression::write(CCodedSections<T>& sections, CompressRequest& request) {
+    const std::size_t completeBytes = sizeof job.header + sections.facts().streamBytes();
+    request.isCut = request.budgetBytes != 0 && request.budgetBytes < completeBytes;
+    request.streamBytes = request.isCut ? request.budgetBytes : completeBytes;
+    unsigned char* out = request.place.take(request.streamBytes, *job.memory);
+    if (out == nullptr) return {};
+    std::memcpy(out, &job.header, sizeof job.header);
+    out += sizeof job.header;
+    const std::size_t bytesBehindHeader = request.streamBytes - sizeof job.header;
+    CBitWriter writer(out, bytesBehindHeader);
+    sections.writeWhatFits(writer, job.stop);
+    return {out, bytesBehindHeader, sections.facts().misreadBit};
+}
+
+/// Returns: what a plain stream loses, as far as there is memory to find out.
+tesk_loss CCompression::lossOf(const CompressRequest& request, const CodedFacts& facts,
+                               const WrittenStream& written) {
+    StreamFate fate;
+    fate.stream = written;
+    fate.isLossAskedFor = request.isCut;
+    fate.isFalseEndLoss = true;
+    try {
+        return lossNumber(findLoss(job, MostBitsOfShort::inMemory, facts, fate));
+    } catch (const std::bad_alloc&) {
+        return TESK_LOSS_UNCHECKED;
+    }
+}
+
+template <class T>
+tesk_status CCompression::concludePlain(CExactEncoder<T>& coder, CompressRequest& request) {
+    const WrittenStream written = write(coder.sections(), request);
+    if (written.bytes == nullptr) return TESK_BUFFER_TOO_SMALL;
+    if (job.stop.isSet()) return TESK_STOPPED;
+    request.loss = lossOf(request, coder.sections().facts(), written);
+    // Decoders take a stream that only lacks padding for complete, but it was cut.
+    if (request.isCut && request.loss == TESK_LOSS_NONE) request.loss = TESK_LOSS_BUDGET;
+    if (job.stop.isSet()) return TESK_STOPPED;
+    return request.isCut ? TESK_CUT : TESK_OK;
+}
+
+template <class T>
+tesk_status CCompression::concludeExact(CExactEncoder<T>& coder, CompressRequest& request) {
+    const std::optional<Loss> loss = coder.makeRestorable();
+    if (!loss || job.stop.isSet()) return TESK_STOPPED;
+    if (*loss != Loss::none) return refuse(request, lossNumber({*loss}));
+    const WrittenStream written = write(coder.sections(), request);
+    if (job.stop.isSet()) return TESK_STOPPED;
+    if (written.bytes == nullptr) return TESK_BUFFER_TOO_SMALL;
+    request.rescue |= coder.rescues();
+    if (request.isCut) {
+        request.loss = TESK_LOSS_BUDGET;
+        return TESK_CUT;
+    }
+    if (request.budgetBytes != 0 || request.has(TESK_UNVERIFIED)) return TESK_OK;
+    const bool isRestored = restoresExactly(job, written);
+    if (job.stop.isSet()) return TESK_STOPPED;
+    return isRestored ? TESK_OK : refuse(request, TESK_LOSS_UNKNOWN);
+}
+
+tesk_status compressWhole(ImageJob& job, CompressRequest& request) {
+    for (;;) {
+        CCompression compression(job, request.flags);
+        while (compression.rowsLeft() != 0) {
+            compression.takeRow();
+            if (job.stop.isSet()) return TESK_STOPPED;
+        }
+        const tesk_status status = compression.conclude(request);
+        const bool needsBits = status == TESK_NOT_RESTORABLE && request.loss == TESK_LOSS_WRAPPED;
+        if (!needsBits) return status;
+        job.header.bitsPerPixel = static_cast<std::uint8_t>(raisedBits(job));
+        request.loss = TESK_LOSS_NONE;
+        request.rescue = TESK_RESCUE_DECLARED_BITS;
+    }
+}
+
+}  // namespace qmx

@@ -1,0 +1,45 @@
+#pragma once
+
+#include <optional>
+#include <utility>
+
+#include "container/CoefficientDispatch.h"
+
+namespace qmx {
+
+/// A coder of 16-bit or of 32-bit coefficients in memory, as the header of its image asks.
+template <template <class T> class Coder>
+class CEitherCoder {
+public:
+    /// Requires: header is supported. Throws: what the constructor of a coder throws.
+    template <class... Arguments>
+    explicit CEitherCoder(const TKHeader& header, Arguments&&... arguments) {
+        dispatchCoefficients(
+            header, MostBitsOfShort::inMemory,
+            [&]<class T>() {
+                coder<T>().emplace(std::forward<Arguments>(arguments)...);
+                return 0;
+            },
+            [] { return 0; });
+    }
+
+    /// Returns: work(coder), with the one that there is.
+    template <class Work>
+    auto with(Work work) {
+        return ofShort ? work(*ofShort) : work(*ofInt);
+    }
+
+private:
+    template <class T>
+    std::optional<Coder<T>>& coder() {
+        if constexpr (sizeof(T) == sizeof(short))
+            return ofShort;
+        else
+            return ofInt;
+    }
+
+    std::optional<Coder<short>> ofShort;
+    std::optional<Coder<int>> ofInt;
+};
+
+}  // namespace qmx
