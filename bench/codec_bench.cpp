@@ -62,13 +62,49 @@ void decompressPicture(benchmark::State& state, const Picture& picture) {
     report(state, picture, stream.size(), result);
 }
 
-void registerBoth(const Picture& picture) {
+/// Row by row, each in a call of its own; without the comparison as well.
+void compressRows(benchmark::State& state, const Picture& picture) {
+    const Codec codec = bench::makeCodec();
+    const std::size_t rowBytes = picture.pixels.size() / picture.image.height;
+    tesk_result result = TESK_RESULT_INIT;
+    for (auto _ : state) {
+        void* block = nullptr;
+        tesk_compress_begin(codec.get(), &picture.image, 0);
+        for (std::size_t r = 0; r < picture.image.height; ++r)
+            tesk_compress_rows(codec.get(), picture.pixels.data() + r * rowBytes, 0, 1);
+        if (tesk_compress_end(codec.get(), &block, &result) != TESK_OK)
+            state.SkipWithError("not compressed");
+        tesk_release_block(codec.get(), block);
+    }
+    report(state, picture, result.stream_bytes, result);
+}
+
+void decompressRows(benchmark::State& state, const Picture& picture) {
+    const Codec codec = bench::makeCodec();
+    const std::size_t rowBytes = picture.pixels.size() / picture.image.height;
+    Bytes stream(picture.streamRoomBytes());
+    tesk_result result = TESK_RESULT_INIT;
+    stream.resize(compressInto(state, codec.get(), picture, stream, result));
+    Bytes restored(picture.pixels.size());
+    for (auto _ : state) {
+        tesk_decompress_begin(codec.get(), stream.data(), stream.size(), nullptr);
+        for (std::size_t r = 0; r < picture.image.height; ++r)
+            tesk_decompress_rows(codec.get(), restored.data() + r * rowBytes, 0, 1);
+        tesk_decompress_end(codec.get(), &result);
+    }
+    if (restored != picture.pixels) state.SkipWithError("the image does not come back");
+    report(state, picture, stream.size(), result);
+}
+
+void registerAll(const Picture& picture) {
     const auto add = [&](const std::string& name, auto* work) {
         benchmark::RegisterBenchmark((name + picture.name).c_str(), work, picture)
             ->Unit(benchmark::kMillisecond);
     };
     add("compress/", compressPicture);
     add("decompress/", decompressPicture);
+    add("compressRows/", compressRows);
+    add("decompressRows/", decompressRows);
 }
 
 }  // namespace
@@ -82,7 +118,7 @@ int main(int argc, char** argv) {
     benchmark::AddCustomContext("CPU level", nameOf(qmx::activeCpuLevel()));
     if (pictures.empty()) pictures = bench::generatedPictures();
     for (const Picture& picture : pictures)
-        registerBoth(picture);
+        registerAll(picture);
     benchmark::RunSpecifiedBenchmarks();
     return 0;
 }
