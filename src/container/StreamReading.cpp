@@ -1,23 +1,11 @@
 #include "container/StreamReading.h"
 
-#include <optional>
-
 #include "bitstream/CBitReader.h"
-#include "coding/syntax/CSectionWalk.h"
 #include "wavelet/LevelGeometry.h"
 
 namespace qmx {
-namespace {
 
-/// Where a walk over the sections of a stream came to.
-struct WalkEnd {
-    StreamEnd end;
-    /// The bit at which the last section that it found begins.
-    std::optional<std::uint64_t> lastSection;
-    std::uint64_t position;
-};
-
-WalkEnd walk(const TKHeader& header, const WrittenStream& stream) {
+WalkEnd walkSections(const TKHeader& header, const WrittenStream& stream) {
     CBitReader reader(stream.bytes, stream.sizeBytes);
     const SectionBounds bounds{header.planes(), levelCount(header.xSize, header.ySize),
                                sampleCountBits(header.xSize, header.ySize)};
@@ -29,10 +17,8 @@ WalkEnd walk(const TKHeader& header, const WrittenStream& stream) {
     return {sections.end(), lastSection, sections.position()};
 }
 
-}  // namespace
-
 Reading readingOf(const TKHeader& header, const WrittenStream& stream) {
-    const WalkEnd found = walk(header, stream);
+    const WalkEnd found = walkSections(header, stream);
     if (found.end == StreamEnd::invalid) return Reading::refused;
     const bool isComplete = found.end == StreamEnd::complete;
     const bool isMisread = (found.lastSection && *found.lastSection >= stream.misreadBit) ||
@@ -42,7 +28,7 @@ Reading readingOf(const TKHeader& header, const WrittenStream& stream) {
 }
 
 bool endsAtItsEnd(const TKHeader& header, const WrittenStream& stream, std::uint64_t streamBits) {
-    const WalkEnd found = walk(header, stream);
+    const WalkEnd found = walkSections(header, stream);
     return found.end == StreamEnd::complete && found.position + kEndPaddingBits == streamBits;
 }
 

@@ -2,8 +2,10 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 
 #include "coding/encode/CodedFacts.h"
+#include "coding/syntax/CSectionWalk.h"
 #include "container/TKHeader.h"
 
 namespace qmx {
@@ -16,6 +18,19 @@ struct WrittenStream {
     /// CodedFacts::misreadBit of the encoder.
     std::uint64_t misreadBit = CodedFacts::kNeverMisread;
 };
+
+/// Where a walk over the sections of a stream came to.
+struct WalkEnd {
+    StreamEnd end;
+    /// The bit at which the last section that it found begins.
+    std::optional<std::uint64_t> lastSection;
+    /// The bit behind what it found.
+    std::uint64_t position;
+};
+
+/// Walks over the sections of a stream in memory, allocates nothing. Requires: header belongs to it and is
+/// supported.
+WalkEnd walkSections(const TKHeader& header, const WrittenStream& stream);
 
 /// What decoders make of the sections of a stream that may have been cut.
 /// Format: docs/format.md, 15 Images that do not come back.

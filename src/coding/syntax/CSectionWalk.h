@@ -28,12 +28,13 @@ struct PlacedSection {
 /// the image cannot have.
 enum class StreamEnd { complete, cut, invalid };
 
-/// Goes through the section headers of a stream as the decoder does, and decodes nothing.
+/// Goes through the section headers of a stream as the decoder does, and decodes nothing. Takes no memory and
+/// throws nothing, not even within, unless a file turns out to be shorter than it was.
 /// Format: docs/format.md, 13.1 Section headers.
 class CSectionWalk {
 public:
-    /// Reads the top plane. Requires: in stands behind the header of a stream of dataBits more bits
-    /// and outlives this object.
+    /// Reads the top plane. Requires: in has counted no bits, stands behind the header of a stream of dataBits
+    /// more bits, and outlives this object.
     CSectionWalk(CBitReader& in, std::uint64_t dataBits, const SectionBounds& bounds);
 
     /// Goes on to the next section. Returns: false, and leaves section alone, when there is none.
@@ -47,6 +48,7 @@ public:
     std::uint64_t position() const { return behindLast; }
 
 private:
+    void readTop();
     /// Reads what follows. Returns: whether it is a section. Throws: what the reader throws.
     bool readNext(PlacedSection& section);
 

@@ -3,7 +3,6 @@
 namespace qmx {
 namespace {
 
-constexpr int kTopPlaneBits = 8;
 constexpr std::uint64_t kNoTopPlane = 255;
 constexpr int kPlaneBits = 2;
 constexpr int kOrderBits = 3;
@@ -11,6 +10,22 @@ constexpr int kTypeBits = 1;
 static_assert(kPlaneBits + kOrderBits + kTypeBits == kSectionTagBits);
 /// In the plane field: no section follows.
 constexpr std::uint64_t kEndMark = 3;
+
+NextSection readHeader(CBitReader& in, SectionHeader& header, int countBits,
+                       std::uint64_t leftBits) {
+    if (leftBits < kPlaneBits) return NextSection::missing;
+    const std::uint64_t plane = in.readInt(kPlaneBits);
+    if (plane == kEndMark) return NextSection::endMark;
+    if (leftBits < kSectionTagBits) return NextSection::missing;
+    header.plane = static_cast<int>(plane);
+    header.order = static_cast<int>(in.readInt(kOrderBits));
+    header.isRefinement = in.readInt(kTypeBits) != 0;
+    // The width may be negative; it counts modulo 64, and the order is refused later.
+    const int width = lengthFieldBits(countBits, header.order) & (kWordBits - 1);
+    if (leftBits < static_cast<std::uint64_t>(kSectionTagBits + width)) return NextSection::missing;
+    header.lengthBits = in.readInt(width);
+    return NextSection::present;
+}
 
 }  // namespace
 
@@ -35,18 +50,13 @@ void writeSectionHeader(CBitWriter& out, const SectionHeader& header, int countB
 }
 
 bool readSectionHeader(CBitReader& in, SectionHeader& header, int countBits) {
-    const std::uint64_t plane = in.readInt(kPlaneBits);
-    if (plane == kEndMark) return false;
-    header.plane = static_cast<int>(plane);
-    header.order = static_cast<int>(in.readInt(kOrderBits));
-    header.isRefinement = in.readInt(kTypeBits) != 0;
-    // The width may be negative here; readInt takes it modulo 64, and the order is refused later.
-    header.lengthBits = in.readInt(lengthFieldBits(countBits, header.order));
-    return true;
+    return readHeader(in, header, countBits, kUnknownBits) == NextSection::present;
 }
 
-NextSection readNextSection(CBitReader& in, SectionHeader& header, const SectionBounds& bounds) {
-    if (!readSectionHeader(in, header, bounds.countBits)) return NextSection::endMark;
+NextSection readNextSection(CBitReader& in, SectionHeader& header, const SectionBounds& bounds,
+                            std::uint64_t leftBits) {
+    const NextSection next = readHeader(in, header, bounds.countBits, leftBits);
+    if (next != NextSection::present) return next;
     const bool isForeign = header.plane >= bounds.planes || header.order > bounds.levels;
     return isForeign ? NextSection::foreign : NextSection::present;
 }

@@ -17,6 +17,8 @@ struct SectionHeader {
     std::uint64_t lengthBits;
 };
 
+/// Width of the field in front of all sections.
+inline constexpr int kTopPlaneBits = 8;
 /// Width of the fields plane, order and type together.
 inline constexpr int kSectionTagBits = 6;
 /// Zero bits behind the end mark, which nobody reads.
@@ -61,12 +63,17 @@ struct SectionBounds {
     int countBits;
 };
 
-/// What stands in a stream where a section may begin; foreign: one that the image cannot have.
-enum class NextSection { present, endMark, foreign };
+/// What stands in a stream where a section may begin; foreign: one that the image cannot have; missing: less
+/// than the header of one.
+enum class NextSection { present, endMark, foreign, missing };
 
-/// Reads a header as all decoders do. Returns: what it is; header is set unless that is the end mark.
-/// Throws: what in throws.
-NextSection readNextSection(CBitReader& in, SectionHeader& header, const SectionBounds& bounds);
+/// For data of unknown length, whose reader throws at their end.
+inline constexpr std::uint64_t kUnknownBits = ~std::uint64_t{0};
+
+/// Reads a header as all decoders do, and no more than leftBits bits. Returns: what it is; header is set when
+/// it is present or foreign. Throws: what in throws where it has fewer bits than leftBits.
+NextSection readNextSection(CBitReader& in, SectionHeader& header, const SectionBounds& bounds,
+                            std::uint64_t leftBits = kUnknownBits);
 
 /// Appends the end mark. Throws: what out throws.
 void writeEndMark(CBitWriter& out);

@@ -10,10 +10,21 @@ using namespace qmx;
 using test::Bytes;
 using test::StreamBuilder;
 
+/// Counts how often it has no more bits, which is when it throws.
+class CCountingReader final : public CBitReader {
+public:
+    using CBitReader::CBitReader;
+    void fetch() override {
+        ++fetches;
+        CBitReader::fetch();
+    }
+    int fetches = 0;
+};
+
 /// What a walk through a stream of an 8 x 8 image met: three orders, 7 bits of samples.
 struct Walk {
     explicit Walk(const Bytes& stream, int planes = 1) {
-        CBitReader reader(stream.data(), stream.size());
+        CCountingReader reader(stream.data(), stream.size());
         CSectionWalk walk(reader, 8 * stream.size(), {planes, 2, sampleCountBits(8, 8)});
         top = walk.topPlane();
         for (PlacedSection section; walk.next(section);) {
@@ -24,6 +35,7 @@ struct Walk {
         EXPECT_FALSE(walk.next(untouched));
         end = walk.end();
         position = walk.position();
+        EXPECT_EQ(reader.fetches, 0) << "the walk stops in front of the end of the data";
     }
     std::vector<PlacedSection> sections;
     std::optional<int> top;
@@ -86,6 +98,21 @@ TEST(CSectionWalk, ADataEndBehindAPayloadOrInsideAHeaderIsNoSection) {
         ASSERT_EQ(walk.sections.size(), 1U);
         EXPECT_FALSE(walk.sections[0].isCut());
         EXPECT_EQ(walk.position, 24U);
+    }
+}
+
+TEST(CSectionWalk, EveryPrefixOfAStreamEndsWithoutReadingBehindIt) {
+    const Bytes stream = StreamBuilder(8, 8, 6)
+                             .n(2, "101010101010101")
+                             .u(2, "111")
+                             .n(0, std::string(100, '1'))
+                             .end();
+    // Headers of orders 2 and 0 have 6 + 4 and 6 + 8 bits.
+    constexpr std::uint64_t kEndMarkBit = 8 + (10 + 15) + (10 + 3) + (14 + 100);
+    for (std::size_t size = 0; size <= stream.size(); ++size) {
+        const Walk walk(test::prefixOf(stream, size));
+        EXPECT_LE(walk.position, 8 * size);
+        EXPECT_EQ(walk.end == StreamEnd::complete, 8 * size >= kEndMarkBit + 2) << size;
     }
 }
 

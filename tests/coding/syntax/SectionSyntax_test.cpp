@@ -87,4 +87,43 @@ TEST(SectionSyntax, ANegativeWidthCountsModuloSixtyFour) {
     EXPECT_EQ(header.lengthBits, 0x80U << 2);
 }
 
+TEST(SectionSyntax, AHeaderThatIsNotAllThereIsMissing) {
+    // Order 1 of 9 bits: 6 bits and 8 of length.
+    Bytes bytes(8);
+    CBitWriter writer(bytes.data(), bytes.size());
+    writeSectionHeader(writer, {0, 1, false, 5}, 9);
+    writeEndMark(writer);
+    writer.flush();
+    constexpr SectionBounds kBounds{1, 2, 9};
+    for (std::uint64_t left = 0; left <= 16; ++left) {
+        CBitReader reader(bytes.data(), bytes.size());
+        SectionHeader header{};
+        const NextSection next = readNextSection(reader, header, kBounds, left);
+        EXPECT_EQ(next, left < 6 + 8 ? NextSection::missing : NextSection::present) << left;
+        EXPECT_LE(reader.getTotal(), left);
+    }
+}
+
+TEST(SectionSyntax, AnEndMarkNeedsTwoBits) {
+    const Bytes bytes(1, 3);
+    for (std::uint64_t left = 0; left <= 3; ++left) {
+        CBitReader reader(bytes.data(), bytes.size());
+        SectionHeader header{};
+        EXPECT_EQ(readNextSection(reader, header, {1, 2, 9}, left),
+                  left < 2 ? NextSection::missing : NextSection::endMark);
+        EXPECT_LE(reader.getTotal(), left);
+    }
+}
+
+TEST(SectionSyntax, AForeignOrderWhoseLengthIsNotAllThereIsMissing) {
+    // Order 7 reads 9 + 1 - 14 = -4, which are 60 bits.
+    const Bytes bytes(16, 7 << 2);
+    for (const std::uint64_t left : {65U, 66U}) {
+        CBitReader reader(bytes.data(), bytes.size());
+        SectionHeader header{};
+        EXPECT_EQ(readNextSection(reader, header, {1, 2, 9}, left),
+                  left < 66 ? NextSection::missing : NextSection::foreign);
+    }
+}
+
 }  // namespace
