@@ -4,7 +4,7 @@ namespace qmx {
 namespace {
 
 constexpr std::uint64_t kNoTopPlane = 255;
-constexpr int kPlaneBits = 2;
+constexpr int kPlaneBits = kEndMarkBits;
 constexpr int kOrderBits = 3;
 constexpr int kTypeBits = 1;
 static_assert(kPlaneBits + kOrderBits + kTypeBits == kSectionTagBits);

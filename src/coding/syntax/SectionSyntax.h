@@ -21,6 +21,8 @@ struct SectionHeader {
 inline constexpr int kTopPlaneBits = 8;
 /// Width of the fields plane, order and type together.
 inline constexpr int kSectionTagBits = 6;
+/// Width of the end mark, which stands in the place of the plane field.
+inline constexpr int kEndMarkBits = 2;
 /// Zero bits behind the end mark, which nobody reads.
 inline constexpr int kEndPaddingBits = 9;
 
