@@ -74,6 +74,46 @@ typedef struct tesk_image {
  */
 tesk_status tesk_probe(const void* stream, size_t stream_bytes, tesk_image* image);
 
+/* Returns: the most bytes that a stream of such an image can have, whatever its samples, with any flags and
+ * any budget: a buffer of so many bytes is never too small for tesk_compress. 0 where no stream can hold
+ * the image, where size_t cannot hold the number, for null and for an unknown struct. Since 1.1. */
+size_t tesk_compress_bound(const tesk_image* image);
+
+/* Returns: the bytes of the pixels of an image, rows without gaps. Its bits_per_pixel is not read, as streams
+ * may declare any. 0 where it has no pixels or no stream can hold them, where size_t cannot hold the
+ * number, for null and for an unknown struct. Since 1.1. */
+size_t tesk_raw_bytes(const tesk_image* image);
+
+/*
+ * Finds the bits that the samples of an image use: *used is the bitwise or of all of them, those of R, G
+ * and B together. Its length is the least bits_per_pixel that holds them, unless it is 0: that is no valid
+ * bits_per_pixel. Zeros at its lower end mean samples that stand too far left. Allocates nothing, needs no
+ * codec. Since 1.1.
+ *
+ *  - image: its bits_per_pixel is not read.
+ *  - pixels, row_stride_bytes: as for tesk_compress.
+ *
+ * Returns: TESK_OK; TESK_INVALID_ARGUMENT; TESK_UNSUPPORTED_FORMAT: a side above 65535, or other bytes per
+ *          pixel than 1, 2 and 3. Where it is not TESK_OK, *used is 0.
+ */
+tesk_status tesk_used_bits(const tesk_image* image, const void* pixels, size_t row_stride_bytes,
+                           uint32_t* used);
+
+/*
+ * Finds where a stream ends, from the headers of its sections. Decodes and allocates nothing, needs no
+ * codec. Since 1.1.
+ *
+ *  - stream: what stands at a place where a stream begins, stream_bytes bytes. More may follow the stream.
+ *
+ * Returns: TESK_OK: *length bytes are the complete stream, what follows is not part of it. Padding of up to
+ *          two bytes behind its last bit counts as far as it is there;
+ *          TESK_CUT: it ends early, *length is stream_bytes;
+ *          TESK_INVALID_STREAM, TESK_UNSUPPORTED_FORMAT, TESK_INVALID_ARGUMENT: *length is 0.
+ *          All of them as from tesk_decompress. A plain stream with the loss TESK_LOSS_LONG_SECTION ends
+ *          where decoders end, which may be anywhere.
+ */
+tesk_status tesk_measure(const void* stream, size_t stream_bytes, size_t* length);
+
 /* What a codec does differently, for tesk_options. */
 enum {
     /* Streams are those of the command line tool, also where they do not restore the image, and where a

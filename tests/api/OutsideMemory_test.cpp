@@ -65,6 +65,37 @@ TEST(OutsideMemory, AnAllocatorThatFailsIsOneExceptionToo) {
     }
 }
 
+/// Returns: how many prefixes of a stream are cut.
+int measureEveryPrefix(const test::Bytes& stream) {
+    int cut = 0;
+    std::size_t length = 0;
+    for (std::size_t size = 0; size <= stream.size(); ++size)
+        if (tesk_measure(stream.data(), size, &length) == TESK_CUT) ++cut;
+    return cut;
+}
+
+TEST(OutsideMemory, CallsWithoutACodecTakeNone) {
+    const test::Codec codec = test::makeCodec();
+    for (const int bytes : {1, 2, 3}) {
+        const test::RawImage image = test::makeImage(test::Content::photo, bytes, 8, 40, 30);
+        const tesk_image geometry = test::geometryOf(image);
+        const test::Bytes stream = test::compressCall(codec.get(), image).bytes;
+        test::Bytes damaged = stream;
+        damaged[stream.size() / 2] ^= 0xFF;
+        processHeap = {};
+        processHeap.isWatched = true;
+        std::uint32_t used = 0;
+        const int cut = measureEveryPrefix(stream) + measureEveryPrefix(damaged);
+        const tesk_status status = tesk_used_bits(&geometry, image.bytes.data(), 0, &used);
+        const std::size_t sizes = tesk_compress_bound(&geometry) + tesk_raw_bytes(&geometry);
+        processHeap.isWatched = false;
+        EXPECT_EQ(processHeap.allocations, 0U);
+        EXPECT_GT(cut, 400);
+        EXPECT_EQ(status, TESK_OK);
+        EXPECT_GT(sizes, image.bytes.size());
+    }
+}
+
 /// The runtime keeps some memory for exceptions: where malloc has no more, calls answer all the same, unless they
 /// need memory for anything else.
 TEST(OutsideMemory, MayBeRefused) {

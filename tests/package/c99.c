@@ -51,18 +51,33 @@ static void check_words(void) {
     EXPECT(strcmp(tesk_loss_message(TESK_LOSS_NONE), tesk_loss_message(-1)) != 0);
 }
 
+static void check_sizes(const unsigned char* pixels) {
+    tesk_image image = small_image();
+    uint32_t used = 0;
+    EXPECT(tesk_raw_bytes(&image) == kRaw);
+    EXPECT(tesk_compress_bound(&image) > kRaw && tesk_compress_bound(&image) <= kRoom);
+    EXPECT(tesk_used_bits(&image, pixels, 0, &used) == TESK_OK);
+    EXPECT(used > 127 && used < 256);
+    image.width = 65536;
+    EXPECT(tesk_raw_bytes(&image) == 0 && tesk_compress_bound(&image) == 0);
+}
+
 static void check_round_trip(tesk_codec* codec, const unsigned char* pixels) {
     static unsigned char stream[kRoom];
     static unsigned char restored[kRaw];
     const tesk_image image = small_image();
     tesk_image probed = TESK_IMAGE_INIT;
     tesk_result result = TESK_RESULT_INIT;
+    size_t length = 0;
 
     EXPECT(tesk_compress(codec, &image, pixels, 0, 0, stream, 16, &result) ==
            TESK_BUFFER_TOO_SMALL);
     EXPECT(result.stream_bytes > 16 && result.stream_bytes <= kRoom);
     EXPECT(tesk_compress(codec, &image, pixels, 0, 0, stream, sizeof stream, &result) == TESK_OK);
     EXPECT(result.peak_memory_bytes > 0);
+    EXPECT(tesk_measure(stream, sizeof stream, &length) == TESK_OK);
+    EXPECT(length == result.stream_bytes);
+    EXPECT(tesk_measure(stream, length / 2, &length) == TESK_CUT);
     EXPECT(tesk_probe(stream, result.stream_bytes, &probed) == TESK_OK);
     EXPECT(probed.width == kWidth && probed.height == kHeight);
     EXPECT(probed.bytes_per_pixel == 1 && probed.bits_per_pixel == 8);
@@ -124,6 +139,7 @@ int main(void) {
 
     fill(pixels);
     check_words();
+    check_sizes(pixels);
     EXPECT(tesk_create(&options, &codec) == TESK_OK);
     check_round_trip(codec, pixels);
     check_block(codec, pixels);
