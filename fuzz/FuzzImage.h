@@ -66,6 +66,10 @@ inline Image takeImage(FuzzInput& input) {
     return image;
 }
 
+inline void requireBounded(const Image& image, const Bytes& stream) {
+    require(stream.size() <= tesk_compress_bound(&image.geometry), "the bound holds");
+}
+
 /// Returns: the plain stream of an image, complete for a budget of 0; empty when memory was refused.
 /// loss may be null.
 inline Bytes compress(const Image& image, std::size_t budgetBytes, tesk_loss* loss = nullptr) {
@@ -79,6 +83,7 @@ inline Bytes compress(const Image& image, std::size_t budgetBytes, tesk_loss* lo
     const auto* bytes = static_cast<const unsigned char*>(block);
     Bytes stream(bytes, bytes + result.stream_bytes);
     tesk_release_block(codec.get(), block);
+    requireBounded(image, stream);
     if (loss != nullptr) *loss = result.loss;
     require(status != TESK_CUT || stream.size() == budgetBytes, "a cut stream fills its budget");
     return stream;

@@ -40,6 +40,7 @@ Bytes compressTo(const fuzz::Image& image, std::size_t budgetBytes, tesk_result&
     const auto* bytes = static_cast<const unsigned char*>(block);
     Bytes stream(bytes, bytes + result.stream_bytes);
     tesk_release_block(codec.get(), block);
+    fuzz::requireBounded(image, stream);
     return stream;
 }
 
