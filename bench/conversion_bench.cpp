@@ -34,7 +34,7 @@ void addKernel(const char* name, std::size_t samples, Call call) {
         if (level > qmx::bestCpuLevel()) continue;
         const std::string fullName = std::string(name) + "/" + qmx::nameOf(level);
         benchmark::RegisterBenchmark(fullName.c_str(), [=](benchmark::State& state) {
-            const qmx::PixelKernels& kernels = qmx::pixelKernels(level);
+            const qmx::PixelKernels& kernels = qmx::kernelsAt<qmx::PixelKernels>(level);
             Rows rows;
             for (auto _ : state) {
                 call(kernels, rows);

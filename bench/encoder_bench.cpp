@@ -81,7 +81,7 @@ void encodeCoefficients(benchmark::State& state, CpuLevel level,
 
 template <class T>
 void foldLine(benchmark::State& state, CpuLevel level, const std::vector<T>& coefficients) {
-    const FoldKernels<T>& kernels = foldKernels<T>(level);
+    const FoldKernels<T>& kernels = kernelsAt<FoldKernels<T>>(level);
     std::vector<T> folded(kLineSamples);
     FoldedUnion<T> all;
     for (auto _ : state) {
@@ -93,7 +93,7 @@ void foldLine(benchmark::State& state, CpuLevel level, const std::vector<T>& coe
 
 template <class T>
 void splitLine(benchmark::State& state, CpuLevel level, const std::vector<T>& coefficients) {
-    const FoldKernels<T>& kernels = foldKernels<T>(level);
+    const FoldKernels<T>& kernels = kernelsAt<FoldKernels<T>>(level);
     std::vector<T> even(kLineSamples / 2);
     std::vector<T> odd(kLineSamples / 2);
     for (auto _ : state) {
@@ -120,7 +120,7 @@ void encodeGroups(benchmark::State& state, CpuLevel level, const std::vector<T>&
     const CCpuLevelGuard guard(level);
     std::vector<T> folded(kSamples);
     FoldedUnion<T> all;
-    foldKernels<T>(level).fold(coefficients.data(), kSamples, folded.data(), all);
+    kernelsAt<FoldKernels<T>>(level).fold(coefficients.data(), kSamples, folded.data(), all);
     for (auto _ : state) {
         state.PauseTiming();
         auto streams =

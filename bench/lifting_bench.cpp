@@ -33,7 +33,7 @@ void addKernel(const char* name, CpuLevel level, std::size_t samples, Call call)
     const std::string fullName =
         std::string(name) + (sizeof(T) == 2 ? "/short/" : "/int/") + qmx::nameOf(level);
     benchmark::RegisterBenchmark(fullName.c_str(), [=](benchmark::State& state) {
-        const auto& kernels = qmx::liftingKernels<T>(level);
+        const auto& kernels = qmx::kernelsAt<qmx::LiftingKernels<T>>(level);
         Lines<T> lines;
         for (auto _ : state) {
             call(kernels, lines);

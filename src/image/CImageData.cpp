@@ -24,7 +24,7 @@ std::size_t arrayLength(std::int64_t samples) {
 /// Spreads a raw row over the planes, widened without sign.
 template <class T>
 void separate(const unsigned char* samples, CImageData<T>& image, int r) {
-    const PixelKernels& kernels = activePixelKernels();
+    const PixelKernels& kernels = activeKernels<PixelKernels>();
     const auto count = static_cast<std::size_t>(image.x);
     if constexpr (std::is_same_v<T, int>) {
         kernels.widenShorts(image.row(0, r), samples, count);

@@ -6,6 +6,8 @@
 namespace qmx {
 namespace {
 
+#ifdef QMX_X86
+
 /// pext and pdep take tens of cycles there.
 bool hasSlowBitDeposit() {
     return __builtin_cpu_is("bdver4") != 0 || __builtin_cpu_is("znver1") != 0 ||
@@ -29,6 +31,14 @@ CpuLevel detect() {
     if (!supportsAvx2() || hasSlowBitDeposit()) return CpuLevel::scalar;
     return supportsAvx512() ? CpuLevel::avx512 : CpuLevel::avx2;
 }
+
+#else
+
+CpuLevel detect() {
+    return CpuLevel::scalar;
+}
+
+#endif
 
 std::atomic<CpuLevel>& active() {
     static std::atomic<CpuLevel> level{bestCpuLevel()};

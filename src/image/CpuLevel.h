@@ -2,9 +2,14 @@
 
 namespace qmx {
 
+// The levels above scalar are those of x86-64: a file of kernels for them has nothing in it elsewhere.
+#ifdef __x86_64__
+#define QMX_X86
+#endif
+
 /// Families of instructions that kernels are written for, each containing the ones before.
 enum class CpuLevel {
-    /// Any x86-64.
+    /// Any processor.
     scalar,
     /// AVX2, BMI1, BMI2 and popcnt.
     avx2,
@@ -14,6 +19,7 @@ enum class CpuLevel {
 
 inline constexpr int kCpuLevels = 3;
 
+#ifdef QMX_X86
 // Function attributes: files get no -m flags, because a template that two files share is kept once
 // by the linker, perhaps in the form that older processors cannot run.
 #define QMX_TARGET_AVX2 __attribute__((target("avx2,bmi,bmi2,popcnt")))
@@ -21,6 +27,7 @@ inline constexpr int kCpuLevels = 3;
     __attribute__((                                                                \
         target("avx2,bmi,bmi2,popcnt,avx512f,avx512bw,avx512dq,avx512vl,avx512cd," \
                "avx512vbmi,avx512vbmi2")))
+#endif
 
 /// Returns: the highest level that this processor runs well. Processors whose pext and pdep are
 /// microcode run best at the scalar level.

@@ -1,33 +1,25 @@
 #pragma once
 
-#include <type_traits>
-
 #include "image/CpuLevel.h"
 
 namespace qmx {
 
-/// A family's kernels of one level, where they are a template over the type of coefficients.
-template <template <class> class Kernels>
-struct KernelTables {
-    Kernels<short> ofShorts;
-    Kernels<int> ofInts;
+// A family of kernels is a struct of function pointers with a static member for each level: `scalar`, `avx2`
+// and `avx512`, of which the last two are defined on x86-64 alone.
 
-    template <class T>
-    const Kernels<T>& of() const {
-        if constexpr (std::is_same_v<T, short>) {
-            return ofShorts;
-        } else {
-            return ofInts;
-        }
-    }
-};
+/// Returns: the kernels of a level. Requires: the processor has it.
+template <class Kernels>
+const Kernels& kernelsAt([[maybe_unused]] CpuLevel level) {
+#ifdef QMX_X86
+    if (level == CpuLevel::avx512) return Kernels::avx512;
+    if (level == CpuLevel::avx2) return Kernels::avx2;
+#endif
+    return Kernels::scalar;
+}
 
-/// Returns: the one that belongs to level.
-template <class Tables>
-const Tables& atLevel(CpuLevel level, const Tables& scalar, const Tables& avx2,
-                      const Tables& avx512) {
-    if (level == CpuLevel::scalar) return scalar;
-    return level == CpuLevel::avx2 ? avx2 : avx512;
+template <class Kernels>
+const Kernels& activeKernels() {
+    return kernelsAt<Kernels>(activeCpuLevel());
 }
 
 }  // namespace qmx

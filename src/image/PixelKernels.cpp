@@ -63,15 +63,17 @@ void joinColours(unsigned char* samples, const short* const rows[3], std::size_t
     }
 }
 
+constexpr PixelKernels kTable{widenBytes,
+                              widenShorts,
+                              separateBytes,
+                              separateColours,
+                              narrow<unsigned char, short>,
+                              narrow<unsigned short, short>,
+                              narrow<unsigned short, int>,
+                              joinColours};
+
 }  // namespace
 
-const PixelKernels kPixelsScalar{widenBytes,
-                                 widenShorts,
-                                 separateBytes,
-                                 separateColours,
-                                 narrow<unsigned char, short>,
-                                 narrow<unsigned short, short>,
-                                 narrow<unsigned short, int>,
-                                 joinColours};
+const PixelKernels PixelKernels::scalar = kTable;
 
 }  // namespace qmx

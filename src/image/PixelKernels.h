@@ -17,6 +17,8 @@ struct SampleRange {
 /// counts pixels; exactly what is named is read and written. Raw samples of 16 bits are passed as
 /// bytes, because they need not be aligned. Format: docs/format.md, 2, 5 and 14.
 struct PixelKernels {
+    static const PixelKernels scalar, avx2, avx512;
+
     // Input: samples are widened without sign.
 
     /// One plane of bytes.
@@ -41,18 +43,5 @@ struct PixelKernels {
     void (*joinColours)(unsigned char* samples, const short* const rows[3], std::size_t count,
                         SampleRange<short> range);
 };
-
-extern const PixelKernels kPixelsScalar;
-extern const PixelKernels kPixelsAvx2;
-extern const PixelKernels kPixelsAvx512;
-
-/// Returns: the kernels of a level. Requires: the processor has it.
-inline const PixelKernels& pixelKernels(CpuLevel level) {
-    return atLevel(level, kPixelsScalar, kPixelsAvx2, kPixelsAvx512);
-}
-
-inline const PixelKernels& activePixelKernels() {
-    return pixelKernels(activeCpuLevel());
-}
 
 }  // namespace qmx

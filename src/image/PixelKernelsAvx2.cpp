@@ -1,3 +1,7 @@
+#include "image/CpuLevel.h"
+
+#ifdef QMX_X86
+
 #include "image/LanesAvx2.h"
 #include "image/PixelKernels.h"
 
@@ -84,6 +88,8 @@ QMX_TARGET inline void storePixels(unsigned char* to, const ThreeVecs& colours) 
 
 }  // namespace
 
-const PixelKernels kPixelsAvx2 = kTable;
+const PixelKernels PixelKernels::avx2 = kTable;
 
 }  // namespace qmx
+
+#endif

@@ -1,3 +1,7 @@
+#include "image/CpuLevel.h"
+
+#ifdef QMX_X86
+
 #include "image/LanesAvx512.h"
 #include "image/PixelKernels.h"
 
@@ -87,6 +91,8 @@ QMX_TARGET inline void storePixels(unsigned char* to, const ThreeVecs& colours) 
 
 }  // namespace
 
-const PixelKernels kPixelsAvx512 = kTable;
+const PixelKernels PixelKernels::avx512 = kTable;
 
 }  // namespace qmx
+
+#endif

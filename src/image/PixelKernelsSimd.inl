@@ -68,12 +68,12 @@ QMX_TARGET inline std::size_t widenVecs(T* row, const unsigned char* samples, st
 
 QMX_TARGET void widenBytes(short* row, const unsigned char* samples, std::size_t count) {
     const std::size_t i = widenVecs(row, samples, count);
-    kPixelsScalar.widenBytes(row + i, samples + i, count - i);
+    PixelKernels::scalar.widenBytes(row + i, samples + i, count - i);
 }
 
 QMX_TARGET void widenShorts(int* row, const unsigned char* samples, std::size_t count) {
     const std::size_t i = widenVecs(row, samples, count);
-    kPixelsScalar.widenShorts(row + i, samples + 2 * i, count - i);
+    PixelKernels::scalar.widenShorts(row + i, samples + 2 * i, count - i);
 }
 
 QMX_TARGET void separateBytes(short* const rows[3], const unsigned char* samples,
@@ -81,7 +81,7 @@ QMX_TARGET void separateBytes(short* const rows[3], const unsigned char* samples
     std::size_t i = 0;
     for (; i + Shorts::kSamples <= count; i += Shorts::kSamples)
         storeRows(rows, i, loadPixels(samples + 3 * i));
-    kPixelsScalar.separateBytes(ThreeRows<short>(rows, i).rows, samples + 3 * i, count - i);
+    PixelKernels::scalar.separateBytes(ThreeRows<short>(rows, i).rows, samples + 3 * i, count - i);
 }
 
 QMX_TARGET void separateColours(short* const rows[3], const unsigned char* samples,
@@ -89,7 +89,8 @@ QMX_TARGET void separateColours(short* const rows[3], const unsigned char* sampl
     std::size_t i = 0;
     for (; i + Shorts::kSamples <= count; i += Shorts::kSamples)
         storeRows(rows, i, forwardVecs(loadPixels(samples + 3 * i)));
-    kPixelsScalar.separateColours(ThreeRows<short>(rows, i).rows, samples + 3 * i, count - i);
+    PixelKernels::scalar.separateColours(ThreeRows<short>(rows, i).rows, samples + 3 * i,
+                                         count - i);
 }
 
 /// Limits samples and narrows them to half the size of T. Returns: how many are done.
@@ -108,13 +109,13 @@ QMX_TARGET inline std::size_t narrowVecs(unsigned char* samples, const T* row, s
 QMX_TARGET void narrowToBytes(unsigned char* samples, const short* row, std::size_t count,
                               SampleRange<short> range) {
     const std::size_t i = narrowVecs(samples, row, count, range);
-    kPixelsScalar.narrowToBytes(samples + i, row + i, count - i, range);
+    PixelKernels::scalar.narrowToBytes(samples + i, row + i, count - i, range);
 }
 
 QMX_TARGET void narrowToShorts(unsigned char* samples, const int* row, std::size_t count,
                                SampleRange<int> range) {
     const std::size_t i = narrowVecs(samples, row, count, range);
-    kPixelsScalar.narrowToShorts(samples + 2 * i, row + i, count - i, range);
+    PixelKernels::scalar.narrowToShorts(samples + 2 * i, row + i, count - i, range);
 }
 
 QMX_TARGET void limitShorts(unsigned char* samples, const short* row, std::size_t count,
@@ -123,7 +124,7 @@ QMX_TARGET void limitShorts(unsigned char* samples, const short* row, std::size_
     std::size_t i = 0;
     for (; i + Shorts::kSamples <= count; i += Shorts::kSamples)
         Shorts::store(samples + 2 * i, limited<Shorts>(Shorts::load(row + i), limits));
-    kPixelsScalar.limitShorts(samples + 2 * i, row + i, count - i, range);
+    PixelKernels::scalar.limitShorts(samples + 2 * i, row + i, count - i, range);
 }
 
 QMX_TARGET void joinColours(unsigned char* samples, const short* const rows[3], std::size_t count,
@@ -132,8 +133,8 @@ QMX_TARGET void joinColours(unsigned char* samples, const short* const rows[3], 
     std::size_t i = 0;
     for (; i + Shorts::kSamples <= count; i += Shorts::kSamples)
         storePixels(samples + 3 * i, limited(inverseVecs(loadRows(rows, i)), limits));
-    kPixelsScalar.joinColours(samples + 3 * i, ThreeRows<const short>(rows, i).rows, count - i,
-                              range);
+    PixelKernels::scalar.joinColours(samples + 3 * i, ThreeRows<const short>(rows, i).rows,
+                                     count - i, range);
 }
 
 constexpr PixelKernels kTable{widenBytes,    widenShorts, separateBytes,  separateColours,

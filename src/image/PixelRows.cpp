@@ -7,7 +7,7 @@ namespace qmx {
 
 template <class T>
 void loadRow(CImageData<T>& rows, int slot, int bytesPerPixel, const unsigned char* samples) {
-    const PixelKernels& kernels = activePixelKernels();
+    const PixelKernels& kernels = activeKernels<PixelKernels>();
     const auto count = static_cast<std::size_t>(rows.x);
     T* row = rows.row(0, slot);
     if constexpr (std::is_same_v<T, short>) {
@@ -25,7 +25,7 @@ void loadRow(CImageData<T>& rows, int slot, int bytesPerPixel, const unsigned ch
 template <class T>
 void storeRow(const CImageData<T>& rows, int slot, int bytesPerPixel, const CSampleLimit<T>& limit,
               unsigned char* samples) {
-    const PixelKernels& kernels = activePixelKernels();
+    const PixelKernels& kernels = activeKernels<PixelKernels>();
     const auto count = static_cast<std::size_t>(rows.x);
     const T* row = rows.row(0, slot);
     if constexpr (std::is_same_v<T, short>) {

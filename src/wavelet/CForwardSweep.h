@@ -26,7 +26,7 @@ class CForwardSweep {
 public:
     /// Requires: levelLines outlives the sweep.
     explicit CForwardSweep(Lines& levelLines)
-        : lines(levelLines), kernels(activeLiftingKernels<T>()) {}
+        : lines(levelLines), kernels(activeKernels<LiftingKernels<T>>()) {}
 
     /// Takes row r of the plane. Everything is done after the last one. Requires: all rows, from 0 on.
     void takeRow(int r) { takeRow(0, r); }

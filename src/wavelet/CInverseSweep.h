@@ -14,7 +14,7 @@ class CInverseSweep {
 public:
     /// Requires: levelLines outlives the sweep.
     explicit CInverseSweep(const CLevelLines<T>& levelLines)
-        : lines(levelLines), kernels(activeLiftingKernels<T>()) {}
+        : lines(levelLines), kernels(activeKernels<LiftingKernels<T>>()) {}
 
     /// Restores row r of the plane, and at most two more. Requires: all rows, from 0 on.
     void restoreRow(int r) { restoreRow(0, r); }

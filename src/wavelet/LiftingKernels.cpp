@@ -47,6 +47,9 @@ constexpr LiftingKernels<T> kTable{filterLine<T>,   unfilterLine<T>, filterRows<
 
 }  // namespace
 
-const KernelTables<LiftingKernels> kLiftingScalar{kTable<short>, kTable<int>};
+template <class T>
+const LiftingKernels<T> LiftingKernels<T>::scalar = kTable<T>;
+template const LiftingKernels<short> LiftingKernels<short>::scalar;
+template const LiftingKernels<int> LiftingKernels<int>::scalar;
 
 }  // namespace qmx

@@ -11,6 +11,8 @@ namespace qmx {
 /// 6.2 say.
 template <class T>
 struct LiftingKernels {
+    static const LiftingKernels scalar, avx2, avx512;
+
     /// Filters one line in place. Requires: samples >= 4.
     void (*filterLine)(T* line, std::size_t samples);
     /// Undoes filterLine.
@@ -29,19 +31,7 @@ struct LiftingKernels {
     void (*putEvens)(T* line, const T* evens, std::size_t count);
 };
 
-extern const KernelTables<LiftingKernels> kLiftingScalar;
-extern const KernelTables<LiftingKernels> kLiftingAvx2;
-extern const KernelTables<LiftingKernels> kLiftingAvx512;
-
-/// Returns: the kernels of a level. Requires: the processor has it.
-template <class T>
-const LiftingKernels<T>& liftingKernels(CpuLevel level) {
-    return atLevel(level, kLiftingScalar, kLiftingAvx2, kLiftingAvx512).template of<T>();
-}
-
-template <class T>
-const LiftingKernels<T>& activeLiftingKernels() {
-    return liftingKernels<T>(activeCpuLevel());
-}
+extern template struct LiftingKernels<short>;
+extern template struct LiftingKernels<int>;
 
 }  // namespace qmx

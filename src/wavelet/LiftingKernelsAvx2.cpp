@@ -1,3 +1,7 @@
+#include "image/CpuLevel.h"
+
+#ifdef QMX_X86
+
 #include "image/LanesAvx2.h"
 #include "wavelet/LiftingKernels.h"
 #include "wavelet/LiftingLines.h"
@@ -100,6 +104,11 @@ struct IntVec : Vec<int> {
 
 }  // namespace
 
-const KernelTables<LiftingKernels> kLiftingAvx2{kTable<ShortVec>, kTable<IntVec>};
+template <class T>
+const LiftingKernels<T> LiftingKernels<T>::avx2 = kTable<StepVec<T>>;
+template const LiftingKernels<short> LiftingKernels<short>::avx2;
+template const LiftingKernels<int> LiftingKernels<int>::avx2;
 
 }  // namespace qmx
+
+#endif

@@ -1,3 +1,7 @@
+#include "image/CpuLevel.h"
+
+#ifdef QMX_X86
+
 #include "image/LanesAvx512.h"
 #include "wavelet/LiftingKernels.h"
 #include "wavelet/LiftingLines.h"
@@ -106,6 +110,11 @@ struct IntVec : Vec<int> {
 
 }  // namespace
 
-const KernelTables<LiftingKernels> kLiftingAvx512{kTable<ShortVec>, kTable<IntVec>};
+template <class T>
+const LiftingKernels<T> LiftingKernels<T>::avx512 = kTable<StepVec<T>>;
+template const LiftingKernels<short> LiftingKernels<short>::avx512;
+template const LiftingKernels<int> LiftingKernels<int>::avx512;
 
 }  // namespace qmx
+
+#endif

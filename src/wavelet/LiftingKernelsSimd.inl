@@ -1,7 +1,7 @@
 // The lifting kernels on vectors, for the files LiftingKernels<level>.cpp. Requires before it:
 //  - the Vec of the level, with QMX_TARGET;
-//  - halves and quarters of 32-bit lanes; for each coefficient type a struct V, its Vec with the steps of
-//    the filter, which it describes in the file.
+//  - halves and quarters of 32-bit lanes; ShortVec and IntVec: the Vec of each coefficient type with
+//    the steps of the filter, which it describes in the file.
 //
 // A vector of a line holds pairs (even, odd). Sums of two neighbours of a pair's sample are formed in
 // 32 bits; half and quarter round them as LiftingRounding.h does. Where there are masks, the last
@@ -259,3 +259,7 @@ QMX_TARGET void putEvens(typename V::Sample* line, const typename V::Sample* eve
 template <class V>
 constexpr LiftingKernels<typename V::Sample> kTable{filterLine<V>,   unfilterLine<V>, filterRows<V>,
                                                     unfilterRows<V>, takeEvens<V>,    putEvens<V>};
+
+/// The lanes that the kernels of a sample work on.
+template <class T>
+using StepVec = std::conditional_t<std::is_same_v<T, short>, ShortVec, IntVec>;

@@ -56,8 +56,8 @@ protected:
             for (std::size_t count = 0; count <= kLongestRow; ++count)
                 for (const Side side : test::kBothSides) {
                     const Case c{data, count, side};
-                    ASSERT_EQ(work(qmx::pixelKernels(GetParam()), c),
-                              work(qmx::pixelKernels(CpuLevel::scalar), c))
+                    ASSERT_EQ(work(qmx::kernelsAt<qmx::PixelKernels>(GetParam()), c),
+                              work(qmx::kernelsAt<qmx::PixelKernels>(CpuLevel::scalar), c))
                         << nameOf(data) << ", count " << count << ", " << nameOf(side);
                 }
     }

@@ -39,8 +39,8 @@ public:
 
     void passOn(int level, int r) {
         done(level, r);
-        qmx::activeLiftingKernels<T>().takeEvens(line(level + 1, r / 2), line(level, r),
-                                                 columns(level + 1));
+        qmx::activeKernels<qmx::LiftingKernels<T>>().takeEvens(line(level + 1, r / 2),
+                                                               line(level, r), columns(level + 1));
     }
     void done(int level, int r) { take(level, r, line(level, r), columns(level)); }
 

@@ -61,8 +61,8 @@ protected:
             return test::kernelData<T>(data, size, 1000 * number + count);
         };
         const auto run = [&](CpuLevel level) {
-            return check.template operator()<T>(qmx::liftingKernels<T>(level), samples, count,
-                                                side);
+            return check.template operator()<T>(qmx::kernelsAt<qmx::LiftingKernels<T>>(level),
+                                                samples, count, side);
         };
         EXPECT_EQ(run(GetParam()), run(CpuLevel::scalar));
     }
@@ -130,7 +130,7 @@ TEST_P(LiftingKernelsTest, RowsAtOddAddressesAreFilteredLikeThePlainOnes) {
         const auto run = [&](CpuLevel level) {
             auto rows = samples;
             short* first = rows.data() + offset;
-            const auto& kernels = qmx::liftingKernels<short>(level);
+            const auto& kernels = qmx::kernelsAt<qmx::LiftingKernels<short>>(level);
             kernels.filterRows(first, first + 101, first + 202, first + 303, 100);
             kernels.filterLine(first, 100);
             kernels.unfilterRows(first + 202, first + 101, first, first + 303, 99);
@@ -144,7 +144,7 @@ TEST_P(LiftingKernelsTest, RowsAtOddAddressesAreFilteredLikeThePlainOnes) {
 /// Every pair of 16-bit values would take minutes without vectors: one of them goes through all
 /// values, the other one through those around which the rounding changes, and random ones.
 TEST_P(LiftingKernelsTest, SumsOfAllShortsAreRoundedInSixteenBits) {
-    const auto& kernels = qmx::liftingKernels<short>(GetParam());
+    const auto& kernels = qmx::kernelsAt<qmx::LiftingKernels<short>>(GetParam());
     constexpr std::size_t kShorts = 65536;
     std::vector<short> all(kShorts);
     for (std::size_t i = 0; i < kShorts; ++i)

@@ -65,7 +65,7 @@ int windowCount(const OrderWindows<T>& windows) {
 
 template <class T>
 CPlaneDecoder<T>::CPlaneDecoder(CReceivedSections<T>& sections, int plane)
-    : kernels(&activeDecodeKernels<T>()),
+    : kernels(&activeKernels<DecodeKernels<T>>()),
       levels(sections.levels()),
       width(sections.shape().width),
       orders(sections.memory()),

@@ -119,6 +119,9 @@ struct Lanes {
 
 }  // namespace
 
-const KernelTables<DecodeKernels> kDecodeScalar{{decodeLine<short>}, {decodeLine<int>}};
+template <class T>
+const DecodeKernels<T> DecodeKernels<T>::scalar = kTable<T>;
+template const DecodeKernels<short> DecodeKernels<short>::scalar;
+template const DecodeKernels<int> DecodeKernels<int>::scalar;
 
 }  // namespace qmx

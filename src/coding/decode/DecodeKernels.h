@@ -11,25 +11,15 @@ namespace qmx {
 /// Format: docs/format.md, 13.2 Coefficients and 13.3 Rounding of cut coefficients.
 template <class T>
 struct DecodeKernels {
+    static const DecodeKernels scalar, avx2, avx512;
+
     /// Stores the coefficients that line names into a row of width samples, which are 0 before.
     /// Requires: the sections of one colour plane and the line's order. Throws: std::bad_alloc, when
     /// a reader needs its file window; the sections are then of no more use.
     void (*decodeLine)(OrderWindows<T>& sections, T* row, const ScanLine& line, int width);
 };
 
-extern const KernelTables<DecodeKernels> kDecodeScalar;
-extern const KernelTables<DecodeKernels> kDecodeAvx2;
-extern const KernelTables<DecodeKernels> kDecodeAvx512;
-
-/// Returns: the kernels of a level. Requires: the processor has it.
-template <class T>
-const DecodeKernels<T>& decodeKernels(CpuLevel level) {
-    return atLevel(level, kDecodeScalar, kDecodeAvx2, kDecodeAvx512).template of<T>();
-}
-
-template <class T>
-const DecodeKernels<T>& activeDecodeKernels() {
-    return decodeKernels<T>(activeCpuLevel());
-}
+extern template struct DecodeKernels<short>;
+extern template struct DecodeKernels<int>;
 
 }  // namespace qmx

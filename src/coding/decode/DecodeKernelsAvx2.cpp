@@ -1,3 +1,7 @@
+#include "image/CpuLevel.h"
+
+#ifdef QMX_X86
+
 #include <algorithm>
 #include <cstring>
 
@@ -20,6 +24,11 @@ std::uint32_t refillWindowsAvx2(SectionWindow* first, SectionWindow* last, std::
     return refill(first, last, capacity);
 }
 
-const KernelTables<DecodeKernels> kDecodeAvx2 = kTables;
+template <class T>
+const DecodeKernels<T> DecodeKernels<T>::avx2 = kTable<T>;
+template const DecodeKernels<short> DecodeKernels<short>::avx2;
+template const DecodeKernels<int> DecodeKernels<int>::avx2;
 
 }  // namespace qmx
+
+#endif

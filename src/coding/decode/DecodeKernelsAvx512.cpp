@@ -1,3 +1,7 @@
+#include "image/CpuLevel.h"
+
+#ifdef QMX_X86
+
 #include <algorithm>
 
 #include "coding/decode/DecodeKernels.h"
@@ -13,6 +17,11 @@ using avx512::Vec;
 
 }  // namespace
 
-const KernelTables<DecodeKernels> kDecodeAvx512 = kTables;
+template <class T>
+const DecodeKernels<T> DecodeKernels<T>::avx512 = kTable<T>;
+template const DecodeKernels<short> DecodeKernels<short>::avx512;
+template const DecodeKernels<int> DecodeKernels<int>::avx512;
 
 }  // namespace qmx
+
+#endif

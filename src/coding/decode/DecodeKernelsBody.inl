@@ -148,3 +148,6 @@ QMX_TARGET void decodeLine(OrderWindows<T>& s, T* row, const ScanLine& line, int
         out += static_cast<std::ptrdiff_t>(kGroupSize) * line.stepColumns;
     }
 }
+
+template <class T>
+constexpr DecodeKernels<T> kTable{decodeLine<T>};

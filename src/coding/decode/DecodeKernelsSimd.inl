@@ -43,5 +43,3 @@ struct Lanes {
 };
 
 #include "coding/decode/DecodeKernelsBody.inl"
-
-constexpr KernelTables<DecodeKernels> kTables{{decodeLine<short>}, {decodeLine<int>}};

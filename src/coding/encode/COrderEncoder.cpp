@@ -16,7 +16,8 @@ std::size_t queueEvents(std::uint64_t coefficients) {
 
 template <class T>
 COrderEncoder<T>::COrderEncoder(EncoderStreams<T>& streams, int plane, int order)
-    : kernels(&activeEncodeKernels<T>()), newCounts(streams.newCounts.bitPlanes(plane, order)) {
+    : kernels(&activeKernels<EncodeKernels<T>>()),
+      newCounts(streams.newCounts.bitPlanes(plane, order)) {
     sections.begin(planes, queues, streams.encoders.bitPlanes(plane, order),
                    streams.refinements.bitPlanes(plane, order), kTableBitPlanes<T>,
                    queueEvents(streams.coefficients(order)), streams.memory);

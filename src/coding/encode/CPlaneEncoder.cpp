@@ -6,7 +6,7 @@ namespace qmx {
 
 template <class T>
 CPlaneEncoder<T>::CPlaneEncoder(CCodedSections<T>& sections, int plane, int firstRow)
-    : kernels(&activeFoldKernels<T>()),
+    : kernels(&activeKernels<FoldKernels<T>>()),
       levelCount(sections.levels()),
       firstSentRow(firstRow),
       coarsestValues(sections.coarsestOf(plane)) {

@@ -114,9 +114,14 @@ void takeNew(OrderSections& order, int p, std::uint64_t fresh, std::uint64_t abo
 #define QMX_TARGET
 #include "coding/encode/EncodeGroups.inl"
 
+template <class T>
+constexpr EncodeKernels<T> kTable{encodeGroups<T>, keptNothing};
+
 }  // namespace
 
-const KernelTables<EncodeKernels> kEncodeScalar{{encodeGroups<short>, keptNothing},
-                                                {encodeGroups<int>, keptNothing}};
+template <class T>
+const EncodeKernels<T> EncodeKernels<T>::scalar = kTable<T>;
+template const EncodeKernels<short> EncodeKernels<short>::scalar;
+template const EncodeKernels<int> EncodeKernels<int>::scalar;
 
 }  // namespace qmx

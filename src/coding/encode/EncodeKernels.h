@@ -11,6 +11,8 @@ namespace qmx {
 /// The coefficient encoder of folded values. Format: docs/format.md, 10 Sections.
 template <class T>
 struct EncodeKernels {
+    static const EncodeKernels scalar, avx2, avx512;
+
     /// Appends count coefficients of one order, in scan order, to its sections, and counts them.
     /// Requires: whole groups stand at folded, the last one filled up with 0.
     /// Throws: std::bad_alloc.
@@ -19,19 +21,7 @@ struct EncodeKernels {
     void (*finish)(OrderSections& order);
 };
 
-extern const KernelTables<EncodeKernels> kEncodeScalar;
-extern const KernelTables<EncodeKernels> kEncodeAvx2;
-extern const KernelTables<EncodeKernels> kEncodeAvx512;
-
-/// Returns: the kernels of a level. Requires: the processor has it.
-template <class T>
-const EncodeKernels<T>& encodeKernels(CpuLevel level) {
-    return atLevel(level, kEncodeScalar, kEncodeAvx2, kEncodeAvx512).template of<T>();
-}
-
-template <class T>
-const EncodeKernels<T>& activeEncodeKernels() {
-    return encodeKernels<T>(activeCpuLevel());
-}
+extern template struct EncodeKernels<short>;
+extern template struct EncodeKernels<int>;
 
 }  // namespace qmx

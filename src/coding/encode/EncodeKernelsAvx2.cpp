@@ -1,3 +1,7 @@
+#include "image/CpuLevel.h"
+
+#ifdef QMX_X86
+
 #include <algorithm>
 
 #include "coding/encode/EncodeKernels.h"
@@ -138,9 +142,16 @@ QMX_TARGET inline void takeNew(OrderSections& order, int p, std::uint64_t fresh,
 
 #include "coding/encode/EncodeGroups.inl"
 
+template <class T>
+constexpr EncodeKernels<T> kTable{encodeGroups<T>, keptNothing};
+
 }  // namespace
 
-const KernelTables<EncodeKernels> kEncodeAvx2{{encodeGroups<short>, keptNothing},
-                                              {encodeGroups<int>, keptNothing}};
+template <class T>
+const EncodeKernels<T> EncodeKernels<T>::avx2 = kTable<T>;
+template const EncodeKernels<short> EncodeKernels<short>::avx2;
+template const EncodeKernels<int> EncodeKernels<int>::avx2;
 
 }  // namespace qmx
+
+#endif

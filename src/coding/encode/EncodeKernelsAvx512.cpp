@@ -1,3 +1,7 @@
+#include "image/CpuLevel.h"
+
+#ifdef QMX_X86
+
 #include <algorithm>
 #include <array>
 
@@ -77,9 +81,16 @@ QMX_TARGET inline void takeNew(OrderSections& order, int p, std::uint64_t fresh,
 
 #include "coding/encode/EncodeGroups.inl"
 
+template <class T>
+constexpr EncodeKernels<T> kTable{encodeGroups<T>, appendQueues};
+
 }  // namespace
 
-const KernelTables<EncodeKernels> kEncodeAvx512{{encodeGroups<short>, appendQueues},
-                                                {encodeGroups<int>, appendQueues}};
+template <class T>
+const EncodeKernels<T> EncodeKernels<T>::avx512 = kTable<T>;
+template const EncodeKernels<short> EncodeKernels<short>::avx512;
+template const EncodeKernels<int> EncodeKernels<int>::avx512;
 
 }  // namespace qmx
+
+#endif

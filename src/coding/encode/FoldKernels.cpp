@@ -27,9 +27,14 @@ void splitRow(const T* row, std::size_t count, T* evens, T* odds) {
     }
 }
 
+template <class T>
+constexpr FoldKernels<T> kTable{foldRow<T>, splitRow<T>};
+
 }  // namespace
 
-const KernelTables<FoldKernels> kFoldScalar{{foldRow<short>, splitRow<short>},
-                                            {foldRow<int>, splitRow<int>}};
+template <class T>
+const FoldKernels<T> FoldKernels<T>::scalar = kTable<T>;
+template const FoldKernels<short> FoldKernels<short>::scalar;
+template const FoldKernels<int> FoldKernels<int>::scalar;
 
 }  // namespace qmx

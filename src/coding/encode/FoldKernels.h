@@ -23,6 +23,8 @@ struct FoldedUnion {
 /// What happens to rows before their coefficients are coded.
 template <class T>
 struct FoldKernels {
+    static const FoldKernels scalar, avx2, avx512;
+
     /// Folds count coefficients. folded may be row, and does not overlap it otherwise.
     /// Format: docs/format.md, 8 Folded values and top plane.
     void (*fold)(const T* row, std::size_t count, T* folded, FoldedUnion<T>& all);
@@ -31,19 +33,7 @@ struct FoldKernels {
     void (*split)(const T* row, std::size_t count, T* evens, T* odds);
 };
 
-extern const KernelTables<FoldKernels> kFoldScalar;
-extern const KernelTables<FoldKernels> kFoldAvx2;
-extern const KernelTables<FoldKernels> kFoldAvx512;
-
-/// Returns: the kernels of a level. Requires: the processor has it.
-template <class T>
-const FoldKernels<T>& foldKernels(CpuLevel level) {
-    return atLevel(level, kFoldScalar, kFoldAvx2, kFoldAvx512).template of<T>();
-}
-
-template <class T>
-const FoldKernels<T>& activeFoldKernels() {
-    return foldKernels<T>(activeCpuLevel());
-}
+extern template struct FoldKernels<short>;
+extern template struct FoldKernels<int>;
 
 }  // namespace qmx

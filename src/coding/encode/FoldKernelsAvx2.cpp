@@ -1,3 +1,7 @@
+#include "image/CpuLevel.h"
+
+#ifdef QMX_X86
+
 #include <limits>
 
 #include "coding/encode/FoldKernels.h"
@@ -12,6 +16,11 @@ using avx2::Vec;
 
 }  // namespace
 
-const KernelTables<FoldKernels> kFoldAvx2 = kTables;
+template <class T>
+const FoldKernels<T> FoldKernels<T>::avx2 = kTable<T>;
+template const FoldKernels<short> FoldKernels<short>::avx2;
+template const FoldKernels<int> FoldKernels<int>::avx2;
 
 }  // namespace qmx
+
+#endif

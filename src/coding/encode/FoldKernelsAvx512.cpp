@@ -1,3 +1,7 @@
+#include "image/CpuLevel.h"
+
+#ifdef QMX_X86
+
 #include <limits>
 
 #include "coding/encode/FoldKernels.h"
@@ -12,6 +16,11 @@ using avx512::Vec;
 
 }  // namespace
 
-const KernelTables<FoldKernels> kFoldAvx512 = kTables;
+template <class T>
+const FoldKernels<T> FoldKernels<T>::avx512 = kTable<T>;
+template const FoldKernels<short> FoldKernels<short>::avx512;
+template const FoldKernels<int> FoldKernels<int>::avx512;
 
 }  // namespace qmx
+
+#endif

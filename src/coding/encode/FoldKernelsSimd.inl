@@ -33,7 +33,7 @@ QMX_TARGET void foldRow(const T* row, std::size_t count, T* out, FoldedUnion<T>&
     if constexpr (V::kHasMasks)
         V::storeFirst(out + i, foldLanes<T>(V::loadFirst(row + i, count - i), found), count - i);
     else
-        kFoldScalar.of<T>().fold(row + i, count - i, out + i, all);
+        FoldKernels<T>::scalar.fold(row + i, count - i, out + i, all);
     all.bits = static_cast<T>(all.bits | static_cast<T>(V::unionOf(found.bits)));
     all.lost += found.lost;
 }
@@ -48,8 +48,8 @@ QMX_TARGET void splitRow(const T* row, std::size_t count, T* evens, T* odds) {
         V::store(evens + i, V::evensOf(first, second));
         V::store(odds + i, V::oddsOf(first, second));
     }
-    kFoldScalar.of<T>().split(row + 2 * i, count - i, evens + i, odds + i);
+    FoldKernels<T>::scalar.split(row + 2 * i, count - i, evens + i, odds + i);
 }
 
-constexpr KernelTables<FoldKernels> kTables{{foldRow<short>, splitRow<short>},
-                                            {foldRow<int>, splitRow<int>}};
+template <class T>
+constexpr FoldKernels<T> kTable{foldRow<T>, splitRow<T>};

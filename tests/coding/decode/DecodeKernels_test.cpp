@@ -107,8 +107,8 @@ Rows<T> decodeRows(CpuLevel level, const CodedOrder<T>& coded, Cut cut, const Sc
     Rows<T> rows;
     for (std::size_t width = 0; width <= kLongestRow; ++width) {
         const GuardedBuffer<T> row(std::vector<T>(width), side);
-        decodeKernels<T>(level).decodeLine(sections->open, row.data(), line,
-                                           static_cast<int>(width));
+        kernelsAt<DecodeKernels<T>>(level).decodeLine(sections->open, row.data(), line,
+                                                      static_cast<int>(width));
         rows.push_back(row.samples());
     }
     return rows;

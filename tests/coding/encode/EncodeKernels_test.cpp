@@ -114,7 +114,7 @@ void expectSectionsOfRows(Density density, Side side) {
     const auto streams = std::make_unique<EncoderStreams<T>>(1, 0, test::kLongestRow, &heap);
     const GuardedBuffer<PlaneSections> pairs(std::vector<PlaneSections>(kPlanes), side);
     std::vector<EventQueue> queues(kPlanes);
-    const auto& kernels = encodeKernels<T>(activeCpuLevel());
+    const auto& kernels = kernelsAt<EncodeKernels<T>>(activeCpuLevel());
     OrderSections order;
     order.begin(pairs.data(), queues.data(), streams->encoders.bitPlanes(0, 0),
                 streams->refinements.bitPlanes(0, 0), kTableBitPlanes<T>, 2 * kGroupSize, &heap);

@@ -57,7 +57,7 @@ void expectFolds(const std::vector<T>& row, Side side) {
     // In place first, then from elsewhere.
     for (const T* source : {to.data(), from.data()}) {
         FoldedUnion<T> all{T{1}, 5};
-        foldKernels<T>(activeCpuLevel()).fold(source, row.size(), to.data(), all);
+        kernelsAt<FoldKernels<T>>(activeCpuLevel()).fold(source, row.size(), to.data(), all);
         ASSERT_EQ(to.samples(), expected);
         ASSERT_EQ(all.bits, expectedAll.bits);
         ASSERT_EQ(all.lost, expectedAll.lost);
@@ -79,7 +79,7 @@ void expectSplits(const std::vector<T>& row, Side side) {
         odds.push_back(row[i + 1]);
     }
     const std::vector<T> others(pairs, T{77});
-    const auto split = foldKernels<T>(activeCpuLevel()).split;
+    const auto split = kernelsAt<FoldKernels<T>>(activeCpuLevel()).split;
     const test::GuardedBuffer<T> from(row, side);
     const test::GuardedBuffer<T> even(others, side);
     const test::GuardedBuffer<T> odd(others, side);
