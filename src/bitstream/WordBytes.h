@@ -12,6 +12,9 @@ inline constexpr int kWordBytes = 8;
 
 static_assert(std::endian::native == std::endian::little,
               "words are copied to and from the stream as they stand in memory");
+#ifndef __wasm32__
+static_assert(sizeof(void*) == 8, "of processors with less than 64 bits, there is only wasm32");
+#endif
 
 // Memory of callers may stand at any address, so words go through memcpy, which compiles to one
 // unaligned move.
