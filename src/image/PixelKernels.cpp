@@ -50,10 +50,14 @@ void narrow(unsigned char* samples, const T* row, std::size_t count, SampleRange
         putSample<P, T>(samples, i, row[i], range);
 }
 
-void joinColours(unsigned char* samples, const short* const rows[3], std::size_t count,
+// Local pointers: bytes may alias the array of pointers, and then nothing is in vectors.
+void joinColours(unsigned char* __restrict samples, const short* const rows[3], std::size_t count,
                  SampleRange<short> range) {
+    const short* const first = rows[0];
+    const short* const second = rows[1];
+    const short* const third = rows[2];
     for (std::size_t i = 0; i < count; ++i) {
-        const ColourPixel pixel = inverseColour(rows[0][i], rows[1][i], rows[2][i]);
+        const ColourPixel pixel = inverseColour(first[i], second[i], third[i]);
         const auto put = [&](std::size_t p, int value) {
             putSample<unsigned char>(samples, kColours * i + p, static_cast<short>(value), range);
         };
