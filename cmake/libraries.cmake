@@ -23,16 +23,23 @@ foreach(header IN LISTS TESK_PUBLIC_HEADERS)
        SYMBOLIC)
 endforeach()
 
-set(TESK_LIBRARY_KINDS shared static)
-if(DEFINED BUILD_SHARED_LIBS AND BUILD_SHARED_LIBS)
+# wasm32 has no shared libraries.
+set(kinds shared static)
+get_property(has_shared_libraries GLOBAL PROPERTY TARGET_SUPPORTS_SHARED_LIBS)
+if(NOT has_shared_libraries)
+  set(kinds static)
+endif()
+
+set(TESK_LIBRARY_KINDS ${kinds})
+if(has_shared_libraries AND BUILD_SHARED_LIBS)
   set(TESK_LIBRARY_KINDS shared)
 elseif(DEFINED BUILD_SHARED_LIBS)
   set(TESK_LIBRARY_KINDS static)
 endif()
 
-add_library(tesk_shared SHARED $<TARGET_OBJECTS:tesk_codec>)
-add_library(tesk_static STATIC $<TARGET_OBJECTS:tesk_codec>)
-foreach(kind IN ITEMS shared static)
+foreach(kind IN LISTS kinds)
+  string(TOUPPER "${kind}" type)
+  add_library(tesk_${kind} ${type} $<TARGET_OBJECTS:tesk_codec>)
   target_include_directories(tesk_${kind} INTERFACE
     $<BUILD_INTERFACE:${PROJECT_BINARY_DIR}/include>
     $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
@@ -47,12 +54,14 @@ endforeach()
 list(GET TESK_LIBRARY_KINDS 0 kind_of_tesk)
 add_library(tesk::tesk ALIAS tesk_${kind_of_tesk})
 
-configure_file(cmake/tesk.map.in tesk.map @ONLY)
-target_link_options(tesk_shared PRIVATE
-  "LINKER:--version-script=${PROJECT_BINARY_DIR}/tesk.map")
-set_target_properties(tesk_shared PROPERTIES
-  VERSION ${PROJECT_VERSION}
-  SOVERSION ${PROJECT_VERSION_MAJOR}
-  LINK_DEPENDS "${PROJECT_BINARY_DIR}/tesk.map")
+if(has_shared_libraries)
+  configure_file(cmake/tesk.map.in tesk.map @ONLY)
+  target_link_options(tesk_shared PRIVATE
+    "LINKER:--version-script=${PROJECT_BINARY_DIR}/tesk.map")
+  set_target_properties(tesk_shared PROPERTIES
+    VERSION ${PROJECT_VERSION}
+    SOVERSION ${PROJECT_VERSION_MAJOR}
+    LINK_DEPENDS "${PROJECT_BINARY_DIR}/tesk.map")
+endif()
 # A program in C that links the static library needs these two by name.
 target_link_libraries(tesk_static INTERFACE stdc++ m)

@@ -37,8 +37,9 @@ void CBitTeskWriter::setSize(std::uint64_t sizeBytes) {
 }
 
 void* CBitTeskWriter::allocateBlock(std::uint64_t sizeBytes) {
-    if (sizeBytes > std::numeric_limits<std::uint64_t>::max() - kHeaderBytes) return nullptr;
-    void* block = compressor->allocBlock(sizeBytes + kHeaderBytes);
+    // unsigned long has 32 bits on wasm32, and a size that wraps none at all: see the constructor.
+    if (sizeBytes > std::numeric_limits<unsigned long>::max() - kHeaderBytes) return nullptr;
+    void* block = compressor->allocBlock(static_cast<unsigned long>(sizeBytes + kHeaderBytes));
     if (block == nullptr) return nullptr;
     const TKHeader& header = *compressor;
     std::memcpy(block, &header, kHeaderBytes);

@@ -4,6 +4,7 @@
 #include <new>
 
 #include "bitstream/CBitWriter.h"
+#include "bitstream/Memory.h"
 #include "container/Comparison.h"
 
 namespace qmx {
@@ -54,7 +55,8 @@ tesk_status CCompression::conclude(CompressRequest& request) {
 /// are null when there is too little room.
 template <class T>
 WrittenStream CCompression::write(CCodedSections<T>& sections, CompressRequest& request) {
-    const std::size_t completeBytes = sizeof job.header + sections.facts().streamBytes();
+    const std::size_t completeBytes =
+        sizeOfBytes(sizeof job.header + sections.facts().streamBytes());
     request.isCut = request.budgetBytes != 0 && request.budgetBytes < completeBytes;
     request.streamBytes = request.isCut ? request.budgetBytes : completeBytes;
     unsigned char* out = request.place.take(request.streamBytes, *job.memory);

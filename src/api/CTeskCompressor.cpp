@@ -6,6 +6,7 @@
 #include "api/CBitTeskWriter.h"
 #include "api/CompressorLoss.h"
 #include "bitstream/CAligned.h"
+#include "bitstream/Memory.h"
 #include "bitstream/Status.h"
 #include "coding/encode/EncodeRows.h"
 #include "container/Budget.h"
@@ -16,9 +17,10 @@ namespace {
 
 constexpr unsigned long kBlockAlignmentBytes = 8;
 // Part of the binary interface: programs make, derive from and delete such objects.
-static_assert(sizeof(CTeskCompressor) == 48);
+static_assert(sizeof(void*) != 8 || sizeof(CTeskCompressor) == 48);
 
-std::unique_ptr<unsigned char[]> copyOf(const void* data, std::size_t sizeBytes) {
+std::unique_ptr<unsigned char[]> copyOf(const void* data, std::uint64_t rawBytes) {
+    const std::size_t sizeBytes = sizeOfBytes(rawBytes);
     auto copy = std::make_unique_for_overwrite<unsigned char[]>(sizeBytes);
     if (sizeBytes != 0) std::memcpy(copy.get(), data, sizeBytes);
     return copy;
@@ -98,15 +100,16 @@ unsigned char* CTeskCompressor::getBlock() const {
 }
 
 unsigned long CTeskCompressor::getStreamSize() const {
-    return getBlock() != nullptr ? sizeof(TKHeader) + writer->getStoredBytes() : 0;
+    if (getBlock() == nullptr) return 0;
+    return sizeof(TKHeader) + static_cast<std::size_t>(writer->getStoredBytes());
 }
 
 LossReport findLoss(CTeskCompressor& compressor, bool hasRate) {
     const TKHeader& header = compressor;
     const CodedFacts& facts = compressor.job->facts;
     StreamFate fate;
-    fate.stream = {compressor.getBlock() + sizeof header, compressor.writer->getStoredBytes(),
-                   facts.misreadBit};
+    const auto storedBytes = static_cast<std::size_t>(compressor.writer->getStoredBytes());
+    fate.stream = {compressor.getBlock() + sizeof header, storedBytes, facts.misreadBit};
     fate.isLossAskedFor = hasRate && fate.stream.sizeBytes < facts.streamBytes();
     const ImageJob job{header, compressor.job->pixels};
     LossReport report = findLoss(job, MostBitsOfShort::inMemory, facts, fate);

@@ -3,6 +3,7 @@
 #include <memory>
 
 #include "bitstream/CBitReader.h"
+#include "bitstream/Memory.h"
 #include "bitstream/Status.h"
 #include "coding/decode/DecodeRows.h"
 #include "container/CPixelSink.h"
@@ -12,7 +13,7 @@
 namespace qmx {
 
 // Part of the binary interface: programs make, derive from and delete such objects.
-static_assert(sizeof(CTeskDecompressor) == 64);
+static_assert(sizeof(void*) != 8 || sizeof(CTeskDecompressor) == 64);
 
 CTeskDecompressor::CTeskDecompressor(const unsigned char* data, unsigned long lengthBytes)
     : stream(nullptr), streamBytes(0), status(kNotRun) {
@@ -40,10 +41,11 @@ int CTeskDecompressor::decode(void* out, unsigned long sizeBytes) {
         return kBufferTooSmall;
     }
     // A call that is stopped has written nothing to out.
-    const auto staging = std::make_unique_for_overwrite<unsigned char[]>(rawBytes());
+    const std::size_t imageBytes = sizeOfBytes(rawBytes());
+    const auto staging = std::make_unique_for_overwrite<unsigned char[]>(imageBytes);
     CPixelSink<T> pixels(*this, limitOf<T>(result, *this), staging.get(), rawRowBytes());
     if (!decodeRows(sections, pixels, {0, stop})) return status = kSuspended;
-    if (rawBytes() != 0) std::memcpy(out, staging.get(), rawBytes());
+    if (imageBytes != 0) std::memcpy(out, staging.get(), imageBytes);
     return status = result;
 }
 

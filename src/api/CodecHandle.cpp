@@ -2,6 +2,7 @@
 
 #include <limits>
 #include <new>
+#include <utility>
 
 #include "container/CoefficientDispatch.h"
 #include "image/CImageData.h"
@@ -68,6 +69,10 @@ tesk_status checkDecompression(const tesk_codec* codec, const void* stream, std:
     return readHeader(stream, streamBytes, header);
 }
 
+bool hasAddresses(const TKHeader& header) {
+    return std::in_range<std::ptrdiff_t>(header.rawBytes());
+}
+
 tesk_status checkPixels(const tesk_codec& codec, const TKHeader& header) {
     const std::size_t pixels = std::size_t{header.xSize} * header.ySize;
     const bool allowed = codec.maxPixels == 0 || pixels <= codec.maxPixels;
@@ -87,9 +92,10 @@ std::size_t leastBytes(const TKHeader& header) {
 std::size_t strideOrDefault(std::size_t strideBytes, const TKHeader& header) {
     // An image without pixels may have any stride, as long as it counts as one.
     if (header.rawBytes() == 0) return 1;
-    if (strideBytes == 0) return header.rawRowBytes();
+    const std::size_t rowBytes = header.rawRowBytes();
+    if (strideBytes == 0 || strideBytes == rowBytes) return rowBytes;
     const std::size_t most = std::numeric_limits<std::ptrdiff_t>::max() / std::size_t{header.ySize};
-    return strideBytes >= header.rawRowBytes() && strideBytes <= most ? strideBytes : 0;
+    return strideBytes > rowBytes && strideBytes <= most ? strideBytes : 0;
 }
 
 }  // namespace qmx

@@ -73,6 +73,10 @@ tesk_status checkCompression(const tesk_codec* codec, const tesk_image* image,
 tesk_status checkDecompression(const tesk_codec* codec, const void* stream, std::size_t streamBytes,
                                TKHeader& header);
 
+/// Returns: whether memory can have addresses for all rows of an image. On wasm32 that is not so for all
+/// images of the format.
+bool hasAddresses(const TKHeader& header);
+
 /// Returns: TESK_OK, or TESK_LIMIT_EXCEEDED when an image has more pixels than the codec allows.
 tesk_status checkPixels(const tesk_codec& codec, const TKHeader& header);
 
@@ -81,7 +85,7 @@ tesk_status checkPixels(const tesk_codec& codec, const TKHeader& header);
 std::size_t leastBytes(const TKHeader& header);
 
 /// Returns: row_stride_bytes with its default filled in, or 0 when it is smaller than a row or the
-/// rows reach beyond all addresses.
+/// rows of the image, if they have gaps, reach beyond all addresses.
 std::size_t strideOrDefault(std::size_t strideBytes, const TKHeader& header);
 
 /// Turns what work throws into a status. Nothing in the codec throws anything but numbers, which it catches

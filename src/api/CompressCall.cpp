@@ -26,6 +26,7 @@ tesk_status compressTo(tesk_codec* codec, const tesk_image* image, const void* p
     TKHeader header;
     tesk_status status = checkCompression(codec, image, budgetBytes, header);
     if (status != TESK_OK) return status;
+    if (!hasAddresses(header)) return TESK_OUT_OF_MEMORY;
     const std::size_t stride = strideOrDefault(strideBytes, header);
     const bool hasPixels = pixels != nullptr || header.rawBytes() == 0;
     if (stride == 0 || !hasPixels) return TESK_INVALID_ARGUMENT;

@@ -30,6 +30,7 @@ tesk_status tesk_decompress(tesk_codec* codec, const void* stream, size_t stream
     qmx::TKHeader header;
     tesk_status status = qmx::checkDecompression(codec, stream, streamBytes, header);
     if (status != TESK_OK) return status;
+    if (!qmx::hasAddresses(header)) return TESK_OUT_OF_MEMORY;
     const std::size_t stride = qmx::strideOrDefault(rowStrideBytes, header);
     if (stride == 0) return TESK_INVALID_ARGUMENT;
     status = qmx::checkPixels(*codec, header);

@@ -24,6 +24,7 @@ ExactStream compressExactly(int width, int height, int sampleBits, int pixelByte
     ExactStream stream;
     const TKHeader header = makeHeader(pixelBytes, sampleBits, width, height);
     if (!header.isSupported()) return stream;
+    sizeOfBytes(header.rawBytes());  // no memory holds what does not fit a size
     CPixelsInMemory pixels(data, header.rawRowBytes());
     ImageJob job{header, pixels};
     CVectorPlace place(stream.bytes);

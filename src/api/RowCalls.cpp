@@ -38,11 +38,12 @@ tesk_status endRows(tesk_codec& codec, tesk_result* result, Work work) {
     return status;
 }
 
-/// Returns: whether there are that many rows, and memory for them.
+/// Returns: whether there are that many rows, memory for them, and addresses.
 bool isValid(std::uint32_t count, std::uint32_t rowsLeft, const void* rows, std::size_t strideBytes,
              const TKHeader& header) {
     const bool hasBytes = count != 0 && header.rawRowBytes() != 0;
-    return count <= rowsLeft && strideBytes != 0 && (rows != nullptr || !hasBytes);
+    return count <= rowsLeft && strideBytes != 0 && (rows != nullptr || !hasBytes) &&
+           std::in_range<std::ptrdiff_t>(std::uint64_t{count} * strideBytes);
 }
 
 }  // namespace

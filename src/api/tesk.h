@@ -16,6 +16,9 @@
  * it holds beyond must be 0 in structs that a call reads, or the answer is TESK_INVALID_ARGUMENT too,
  * and stays as it is in structs that a call fills in.
  *
+ * An image of more bytes than PTRDIFF_MAX, which there can be where sizes have 32 bits (wasm32), is
+ * TESK_OUT_OF_MEMORY where a call takes or gives all of it, before anything is read or written.
+ *
  * The stream: docs/format.md in the sources of tesk. The memory profile of that page holds here.
  */
 

@@ -34,7 +34,7 @@ private:
     /// Bits of the stream before the window.
     std::uint64_t bitsBefore = 0;
     bool closeFile;
-    std::uint64_t capacity;
+    std::size_t capacity;
     /// Offset of the stream's first byte in the file.
     std::int64_t streamStartBytes;
 };

@@ -38,7 +38,7 @@ void CBitFileWriter::writeRest() {
     flush();
     // A write that failed earlier leaves the surplus bit counted beside a full buffer.
     const std::uint64_t pendingBytes = (CBitWriter::getTotal() + 7) / 8;
-    writeToFile(std::min<std::uint64_t>(pendingBytes, kFileBufferBytes));
+    writeToFile(static_cast<std::size_t>(std::min<std::uint64_t>(pendingBytes, kFileBufferBytes)));
 }
 
 }  // namespace qmx

@@ -2,6 +2,7 @@
 
 #include <cstdlib>
 #include <new>
+#include <utility>
 
 namespace qmx {
 
@@ -38,7 +39,8 @@ void CBitLazyWriter::setSize(std::uint64_t sizeBytes) {
 }
 
 void* CBitLazyWriter::allocateBlock(std::uint64_t sizeBytes) {
-    return allocateAligned(8, sizeBytes);
+    if (!std::in_range<std::size_t>(sizeBytes)) return nullptr;
+    return allocateAligned(8, static_cast<std::size_t>(sizeBytes));
 }
 
 void CBitLazyWriter::deleteBlock(void* block) {

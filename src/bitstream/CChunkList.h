@@ -11,7 +11,7 @@ namespace qmx {
 inline constexpr int kSlackWords = 8;
 
 /// One node of a list of word arrays. Its words and the slack behind them follow it in its block.
-struct MemChunk {
+struct alignas(std::uint64_t) MemChunk {
     std::uint64_t* data() { return reinterpret_cast<std::uint64_t*>(this + 1); }
 
     MemChunk* next;

@@ -1,8 +1,10 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <memory_resource>
+#include <new>
 #include <type_traits>
 #include <utility>
 
@@ -10,6 +12,12 @@ namespace qmx {
 
 // What the codec works on comes from a memory resource that its owner names, so that an embedding
 // program can place it, count it and refuse it. Without one it comes from new.
+
+/// Returns: bytes as a size, which has 32 bits on wasm32. Throws: std::bad_alloc when it is too small.
+inline std::size_t sizeOfBytes(std::uint64_t bytes) {
+    if (!std::in_range<std::size_t>(bytes)) throw std::bad_alloc();
+    return static_cast<std::size_t>(bytes);
+}
 
 template <class T>
 struct ArrayRelease {

@@ -72,7 +72,7 @@ bool CExactEncoder<T>::isInDoubt() const {
 /// to: with another one in the middle, a prefix would pass for the whole.
 template <class T>
 bool CExactEncoder<T>::isRestoredAsItIs() {
-    const auto streamBytes = static_cast<std::size_t>(coded->facts().streamBytes());
+    const std::size_t streamBytes = sizeOfBytes(coded->facts().streamBytes());
     const auto stream = makeArray<unsigned char>(streamBytes, job.memory);
     CBitWriter writer(stream.get(), streamBytes);
     coded->writeStream(writer);

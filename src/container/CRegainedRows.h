@@ -18,7 +18,7 @@ public:
     COwnStream(CCodedSections<T>& sections, std::pmr::memory_resource* memory) {
         sections.sendEndlessRuns();
         sections.widenLengths();
-        sizeBytes = static_cast<std::size_t>(sections.facts().streamBytes());
+        sizeBytes = sizeOfBytes(sections.facts().streamBytes());
         bytes = makeArray<unsigned char>(sizeBytes, memory);
         CBitWriter writer(bytes.get(), sizeBytes);
         sections.writeStream(writer);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <cstring>
 #include <type_traits>
@@ -28,14 +29,15 @@ struct TKHeader {
     bool isSupported() const { return bytesPerPixel >= 1 && bytesPerPixel <= 3; }
     int planes() const { return bytesPerPixel == 3 ? 3 : 1; }
     /// Bytes of a row of the raw image, and of all of it.
-    std::uint64_t rawRowBytes() const { return std::uint64_t{xSize} * bytesPerPixel; }
-    std::uint64_t rawBytes() const { return rawRowBytes() * ySize; }
+    std::size_t rawRowBytes() const { return std::size_t{xSize} * bytesPerPixel; }
+    std::uint64_t rawBytes() const { return std::uint64_t{rawRowBytes()} * ySize; }
 };
 
 static_assert(sizeof(TKHeader) == 16 && std::is_trivially_copyable_v<TKHeader>);
 
 /// Returns: a header for an image, each number truncated to the width of its field.
-inline TKHeader makeHeader(long bytesPerPixel, long bitsPerPixel, long width, long height) {
+inline TKHeader makeHeader(std::int64_t bytesPerPixel, std::int64_t bitsPerPixel,
+                           std::int64_t width, std::int64_t height) {
     TKHeader header{};
     std::memcpy(header.magic, TKHeader::kMagic, sizeof header.magic);
     header.bytesPerPixel = static_cast<std::uint8_t>(bytesPerPixel);

@@ -34,11 +34,11 @@ QMX_TARGET inline void appendRun(Filling& f, std::uint64_t negative, std::uint64
 /// Moves the candidates that have not been taken to the window's start and clears what follows.
 QMX_TARGET inline void makeRoom(SectionWindow& w, std::uint64_t capacity) {
     const std::uint64_t bytes = w.taken / 8;
-    const std::size_t kept = w.filled / 8 + 1 - bytes;
+    const auto kept = static_cast<std::size_t>(w.filled / 8 + 1 - bytes);
     std::memmove(w.fresh, w.fresh + bytes, kept);
     std::memmove(w.negatives, w.negatives + bytes, kept);
     // The last store, of 8 bytes, begins in front of the capacity.
-    const std::size_t behind = capacity / 8 + 2 * std::size_t{kWordBytes} - kept;
+    const auto behind = static_cast<std::size_t>(capacity / 8 + 2 * std::size_t{kWordBytes} - kept);
     std::memset(w.fresh + kept, 0, behind);
     std::memset(w.negatives + kept, 0, behind);
     w.taken -= 8 * bytes;

@@ -54,10 +54,11 @@ bool CSectionRescue::moveOneEnd(bool last, ClosingRuns closing, const Accept& ac
     // A move takes at least a sign and a run of one bit out of its section. In large orders the
     // steps are larger than 1, but well below what is missing.
     candidate = values;
-    std::size_t count = std::max<std::size_t>(1, (excess(closing) + 1) / 2);
-    for (; count <= movable.size(); count += std::max<std::size_t>(1, excess(closing) / 8)) {
-        const std::size_t first = last ? movable.size() - count : 0;
-        if (isTaken({{first, count}}, closing, accept)) return true;
+    std::uint64_t count = std::max<std::uint64_t>(1, (excess(closing) + 1) / 2);
+    for (; count <= movable.size(); count += std::max<std::uint64_t>(1, excess(closing) / 8)) {
+        const auto moved = static_cast<std::size_t>(count);
+        const std::size_t first = last ? movable.size() - moved : 0;
+        if (isTaken({{first, moved}}, closing, accept)) return true;
     }
     return false;
 }

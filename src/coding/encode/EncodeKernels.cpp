@@ -101,7 +101,7 @@ void takeNew(OrderSections& order, int p, std::uint64_t fresh, std::uint64_t abo
         run += index - passed;
         passed = index + 1;
         if (run < kShortRuns) {
-            const RunWord word = kRunWords[run];
+            const RunWord word = kRunWords[static_cast<std::size_t>(run)];
             batch.append(word.code | sign << word.bits, word.bits + 1);
         } else {
             appendEvent(batch, run, sign);
