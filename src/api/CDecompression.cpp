@@ -27,9 +27,9 @@ tesk_status CDecompression::store(unsigned char* out, std::size_t strideBytes,
 }
 
 std::uint32_t CDecompression::rowsLeft() {
-    return decoder.with([this](auto& coder) {
-        return static_cast<std::uint32_t>(job.header.ySize - coder.rowsStored());
-    });
+    const int rows = shapeOf(job.header).reducedBy(job.reduction).height;
+    return decoder.with(
+        [rows](auto& coder) { return static_cast<std::uint32_t>(rows - coder.rowsStored()); });
 }
 
 }  // namespace qmx

@@ -6,7 +6,7 @@
 
 namespace qmx {
 
-/// A decompression of the C interface: gives the rows of an image, one after the other.
+/// A decompression of the C interface: gives the rows of the picture of a job, one after the other.
 class CDecompression {
 public:
     /// Requires: what streamJob names outlives this object. Throws: std::bad_alloc.

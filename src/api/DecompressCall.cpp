@@ -1,7 +1,8 @@
-// The call of the C interface that decompresses an image at once.
+// The calls of the C interface that decompress a picture at once.
 
 #include "api/CDecompression.h"
 #include "api/CodecHandle.h"
+#include "api/ReducedImage.h"
 
 namespace qmx {
 namespace {
@@ -16,8 +17,16 @@ tesk_status decompressInto(const StreamJob& job, unsigned char* out, std::size_t
     CDecompression decompression(job);
     const tesk_status status = decompression.open();
     if (status != TESK_OK && status != TESK_CUT) return status;
-    const tesk_status stored = decompression.store(out, strideBytes, job.header.ySize);
+    const tesk_status stored = decompression.store(out, strideBytes, decompression.rowsLeft());
     return stored == TESK_OK ? status : stored;
+}
+
+/// Sets picture to the header of the picture at 1 : 2^levels. Returns: as reduceShape.
+tesk_status reduceHeader(const TKHeader& header, std::uint32_t levels, TKHeader& picture) {
+    ImageShape shape = shapeOf(header);
+    const tesk_status status = reduceShape(shape, levels);
+    picture = makeHeader(header.bytesPerPixel, header.bitsPerPixel, shape.width, shape.height);
+    return status;
 }
 
 }  // namespace
@@ -25,22 +34,33 @@ tesk_status decompressInto(const StreamJob& job, unsigned char* out, std::size_t
 
 tesk_status tesk_decompress(tesk_codec* codec, const void* stream, size_t streamBytes, void* out,
                             size_t outBytes, size_t rowStrideBytes, tesk_result* result) {
+    return tesk_decompress_reduced(codec, stream, streamBytes, 0, out, outBytes, rowStrideBytes,
+                                   result);
+}
+
+tesk_status tesk_decompress_reduced(tesk_codec* codec, const void* stream, size_t streamBytes,
+                                    uint32_t levels, void* out, size_t outBytes,
+                                    size_t rowStrideBytes, tesk_result* result) {
     if (!qmx::clearResult(result)) return TESK_INVALID_ARGUMENT;
     if (out == nullptr && outBytes != 0) return TESK_INVALID_ARGUMENT;
     qmx::TKHeader header;
     tesk_status status = qmx::checkDecompression(codec, stream, streamBytes, header);
     if (status != TESK_OK) return status;
-    if (!qmx::hasAddresses(header)) return TESK_OUT_OF_MEMORY;
-    const std::size_t stride = qmx::strideOrDefault(rowStrideBytes, header);
-    if (stride == 0) return TESK_INVALID_ARGUMENT;
-    status = qmx::checkPixels(*codec, header);
+    qmx::TKHeader picture;
+    status = qmx::reduceHeader(header, levels, picture);
     if (status != TESK_OK) return status;
-    if (qmx::outputExtent(header, stride) > outBytes) return TESK_BUFFER_TOO_SMALL;
+    if (!qmx::hasAddresses(picture)) return TESK_OUT_OF_MEMORY;
+    const std::size_t stride = qmx::strideOrDefault(rowStrideBytes, picture);
+    if (stride == 0) return TESK_INVALID_ARGUMENT;
+    status = qmx::checkPixels(*codec, picture);
+    if (status != TESK_OK) return status;
+    if (qmx::outputExtent(picture, stride) > outBytes) return TESK_BUFFER_TOO_SMALL;
 
     const qmx::CStopRequest stop(codec->stopRequested);
     return qmx::runCall(*codec, result, [&](qmx::CCallMemory& memory) {
-        if (!memory.allows(qmx::leastBytes(header))) return TESK_LIMIT_EXCEEDED;
-        const qmx::StreamJob job = qmx::jobOf(header, stream, streamBytes, memory, stop);
+        if (!memory.allows(qmx::leastBytes(picture))) return TESK_LIMIT_EXCEEDED;
+        const qmx::StreamJob job =
+            qmx::jobOf(header, stream, streamBytes, memory, stop, static_cast<int>(levels));
         return qmx::decompressInto(job, static_cast<unsigned char*>(out), stride);
     });
 }

@@ -280,6 +280,38 @@ tesk_status tesk_decompress(tesk_codec* codec, const void* stream, size_t stream
                             size_t out_bytes, size_t row_stride_bytes, tesk_result* result);
 
 /*
+ * Reduces a geometry to 1 : 2^levels: the sides are divided and rounded up. image->bits_per_pixel is
+ * copied, whatever it is; image and reduced may be the same.
+ *
+ * Images have up to 5 levels: none with a shorter side below 4, one up to 7, two up to 15, and so on,
+ * five from 64 pixels on. 0 levels are the image itself.
+ *
+ * Returns: TESK_OK, reduced is filled. Else it stays as it is:
+ *          TESK_UNSUPPORTED_FORMAT: the image has fewer levels, or no stream can hold it, whatever its
+ *          bits; TESK_INVALID_ARGUMENT.
+ */
+tesk_status tesk_reduced_image(const tesk_image* image, uint32_t levels, tesk_image* reduced);
+
+/*
+ * As tesk_decompress, but to the geometry of tesk_reduced_image: a thumbnail for a part of the time
+ * and of the memory. levels 0 is tesk_decompress.
+ *
+ * Of the stream it reads the headers of all sections and the payload of those it needs, which prefixes
+ * have early. The pixels are those of the transform at this size, a little sharper than an average
+ * (docs/format.md, 17), and limited to bits_per_pixel, also where the stream is complete. The status is
+ * that of tesk_decompress of the same bytes: TESK_CUT does not say that more of them would change the
+ * picture.
+ *
+ * out, out_bytes, row_stride_bytes and the codec's max_pixels are about the reduced picture, not about
+ * the image.
+ *
+ * Returns: as tesk_decompress; TESK_UNSUPPORTED_FORMAT also when the image has fewer levels.
+ */
+tesk_status tesk_decompress_reduced(tesk_codec* codec, const void* stream, size_t stream_bytes,
+                                    uint32_t levels, void* out, size_t out_bytes,
+                                    size_t row_stride_bytes, tesk_result* result);
+
+/*
  * Row by row: rows come, or are asked for, in order and any number at a time. What a codec holds between
  * the calls is the stream, as far as it is coded, and a few rows; images of any size go through.
  *

@@ -5,14 +5,15 @@ namespace qmx {
 template <class T>
 CStreamDecoder<T>::CStreamDecoder(const StreamJob& streamJob)
     : job(streamJob),
-      sections(shapeOf(job.header), job.memory),
+      sections(shapeOf(job.header), job.memory, job.reduction),
       reader(job.stream, job.streamBytes) {}
 
 template <class T>
 int CStreamDecoder<T>::open() {
     const int result = sections.read(reader, 0, job.stop);
     if (!isUsable(result)) return result;
-    limit.emplace(limitOf<T>(result, job.header));
+    // Reduced pictures leave the range of their samples even where the stream is complete.
+    limit.emplace(limitOf<T>(job.reduction != 0 ? kCut : result, job.header));
     rows.emplace(sections, RowDecoding{0, job.stop});
     return result;
 }

@@ -18,16 +18,19 @@ struct StreamJob {
     std::pmr::memory_resource* memory;
     /// Ends all work.
     const CStopRequest& stop;
+    /// The picture at 1 : 2^reduction is wanted; the image has so many levels, or it is 0.
+    int reduction = 0;
 };
 
 /// Returns: the job of a stream that begins with its header.
 inline StreamJob jobOf(const TKHeader& header, const void* stream, std::size_t streamBytes,
-                       std::pmr::memory_resource& memory, const CStopRequest& stop) {
+                       std::pmr::memory_resource& memory, const CStopRequest& stop,
+                       int reduction = 0) {
     const auto* bytes = static_cast<const unsigned char*>(stream);
-    return {header, bytes + sizeof header, streamBytes - sizeof header, &memory, stop};
+    return {header, bytes + sizeof header, streamBytes - sizeof header, &memory, stop, reduction};
 }
 
-/// Decodes a stream in memory to raw rows, one after the other.
+/// Decodes a stream in memory to the raw rows of its picture, one after the other.
 template <class T>
 class CStreamDecoder {
 public:

@@ -7,14 +7,14 @@
 namespace qmx {
 
 template <class T>
-CLevelLines<T>::CLevelLines(const ImageShape& shape, int levelCount, CImageData<T>& ring, int plane,
-                            std::pmr::memory_resource* memory)
+CLevelLines<T>::CLevelLines(const LevelGeometry& finest, int levelCount, CImageData<T>& ring,
+                            int plane, std::pmr::memory_resource* memory)
     : levelsUsed(levelCount), ringMask(ring.y - 1) {
     static_assert(std::is_same_v<T, short> || std::is_same_v<T, int>);
     for (int l = 0; l < levelsUsed; ++l)
         levels[l].slots = kSlots * lastGroup(l) + kSlotsOfLastGroup;
     const auto count = static_cast<std::size_t>(levelsUsed);
-    storage = layOutLines(std::span(levels, count), shape, ring, plane, memory);
+    storage = layOutLines(std::span(levels, count), finest, ring, plane, memory);
 }
 
 template <class T>

@@ -15,10 +15,10 @@ namespace qmx {
 template <class T>
 class CLevelLines {
 public:
-    /// The plane is a ring: row r of it stands in row r modulo ring.y. Requires: levelCount >= 1, that of
-    /// an image of this shape or 1; ring has the width of the image and a power of two of rows; ring and
-    /// memory outlive the lines. Throws: std::bad_alloc.
-    CLevelLines(const ImageShape& shape, int levelCount, CImageData<T>& ring, int plane,
+    /// The plane is a ring: row r of it stands in row r modulo ring.y. Level 0 is the level `finest` of the
+    /// image. Requires: levelCount >= 1, the levels that the image has from there on, or 1; ring has the width
+    /// of level 0 and a power of two of rows; ring and memory outlive the lines. Throws: std::bad_alloc.
+    CLevelLines(const LevelGeometry& finest, int levelCount, CImageData<T>& ring, int plane,
                 std::pmr::memory_resource* memory);
 
     int count() const { return levelsUsed; }

@@ -8,8 +8,9 @@
 namespace qmx {
 namespace {
 
-int sweptLevels(const ImageShape& shape) {
-    return std::max(levelCount(shape.width, shape.height), 1);
+int sweptLevels(const ImageShape& shape, int reduction) {
+    const int levels = levelCount(shape.width, shape.height);
+    return reduction == 0 ? std::max(levels, 1) : levels - reduction;
 }
 
 /// Returns: how many rows of coefficients behind row r have to be there when row r is restored.
@@ -18,30 +19,33 @@ int sweptLevels(const ImageShape& shape) {
 /// it. The smooth one is row (r + 2) / 2 of the next level, whose rows are two apart here. So
 /// ahead(1) = 3 and ahead(n) = 2 + 2 ahead(n - 1):
 ///
-///     levels       1   2   3   4   5
-///     rows ahead   3   8  18  38  78
+///     levels       0   1   2   3   4   5
+///     rows ahead   0   3   8  18  38  78
 int aheadFor(int levels) {
-    return (5 << (levels - 1)) - 2;
+    return levels == 0 ? 0 : (5 << (levels - 1)) - 2;
 }
 
 /// Rows that a sweep still reads in front of the one that it restores, and those of its last step.
 constexpr int kRowsBehind = 8;
 
 /// Returns: a power of two, so that a row is found by a mask.
-int ringRows(const ImageShape& shape) {
-    const int rows = std::min(shape.height, aheadFor(sweptLevels(shape)) + kRowsBehind);
+int ringRows(int height, int rowsAhead) {
+    const int rows = std::min(height, rowsAhead + kRowsBehind);
     return static_cast<int>(std::bit_ceil(static_cast<unsigned>(rows)));
 }
 
 }  // namespace
 
 template <class T>
-CRowRestorer<T>::CRowRestorer(const ImageShape& imageShape, std::pmr::memory_resource* memory)
-    : shape(imageShape),
-      rowsAhead(aheadFor(sweptLevels(shape))),
-      ring(shape.width, ringRows(shape), shape.planes, memory) {
-    for (int p = 0; p < shape.planes; ++p)
-        planes[p] = makeObject<Plane>(memory, shape, sweptLevels(shape), ring, p, memory);
+CRowRestorer<T>::CRowRestorer(const ImageShape& imageShape, std::pmr::memory_resource* memory,
+                              int reduction)
+    : shape(imageShape.reducedBy(reduction)),
+      rowsAhead(aheadFor(sweptLevels(imageShape, reduction))),
+      ring(shape.width, ringRows(shape.height, rowsAhead), shape.planes, memory) {
+    const int levels = sweptLevels(imageShape, reduction);
+    const LevelGeometry finest{imageShape.width, imageShape.height, 1 << reduction};
+    for (int p = 0; levels != 0 && p < shape.planes; ++p)
+        planes[p] = makeObject<Plane>(memory, finest, levels, ring, p, memory);
 }
 
 template class CRowRestorer<short>;

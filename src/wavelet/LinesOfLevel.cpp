@@ -1,16 +1,15 @@
 #include "wavelet/LinesOfLevel.h"
 
 #include "image/LinePitch.h"
-#include "wavelet/LevelGeometry.h"
 
 namespace qmx {
 
 template <class T>
-MemoryArray<T> layOutLines(std::span<LinesOfLevel<T>> levels, const ImageShape& shape,
+MemoryArray<T> layOutLines(std::span<LinesOfLevel<T>> levels, const LevelGeometry& finest,
                            CImageData<T>& ring, int plane, std::pmr::memory_resource* memory) {
     std::size_t samples = kSpareSamples<T>;
     for (std::size_t l = 0; l < levels.size(); ++l) {
-        const LevelGeometry geometry{shape.width, shape.height, 1 << l};
+        const LevelGeometry geometry{finest.width, finest.height, finest.step << l};
         LinesOfLevel<T>& level = levels[l];
         level.rows = geometry.samplesPerColumn();
         level.columns = static_cast<std::size_t>(geometry.samplesPerRow());
@@ -32,9 +31,9 @@ MemoryArray<T> layOutLines(std::span<LinesOfLevel<T>> levels, const ImageShape& 
     return storage;
 }
 
-template MemoryArray<short> layOutLines<short>(std::span<LinesOfLevel<short>>, const ImageShape&,
+template MemoryArray<short> layOutLines<short>(std::span<LinesOfLevel<short>>, const LevelGeometry&,
                                                CImageData<short>&, int, std::pmr::memory_resource*);
-template MemoryArray<int> layOutLines<int>(std::span<LinesOfLevel<int>>, const ImageShape&,
+template MemoryArray<int> layOutLines<int>(std::span<LinesOfLevel<int>>, const LevelGeometry&,
                                            CImageData<int>&, int, std::pmr::memory_resource*);
 
 }  // namespace qmx

@@ -4,7 +4,7 @@
 
 #include "bitstream/Memory.h"
 #include "image/CImageData.h"
-#include "image/ImageShape.h"
+#include "wavelet/LevelGeometry.h"
 
 namespace qmx {
 
@@ -24,19 +24,19 @@ struct LinesOfLevel {
     T* line(int slot) const { return first + slot * pitch; }
 };
 
-/// Gives levels from 0 on, whose slots are set, their sizes and the places of their lines: level 0 in the
-/// rows of a plane of ring, the others in the array. Returns: the array, null when it has no lines.
-/// Requires: at least one level; ring has the width of the image, and outlives the lines.
+/// Gives levels from `finest` on, whose slots are set, their sizes and the places of their lines: the first in
+/// the rows of a plane of ring, the others in the array. Returns: the array, null when it has no lines.
+/// Requires: at least one level; ring has the width of the first one, and outlives the lines.
 /// Throws: std::bad_alloc.
 template <class T>
-MemoryArray<T> layOutLines(std::span<LinesOfLevel<T>> levels, const ImageShape& shape,
+MemoryArray<T> layOutLines(std::span<LinesOfLevel<T>> levels, const LevelGeometry& finest,
                            CImageData<T>& ring, int plane, std::pmr::memory_resource* memory);
 
 extern template MemoryArray<short> layOutLines<short>(std::span<LinesOfLevel<short>>,
-                                                      const ImageShape&, CImageData<short>&, int,
+                                                      const LevelGeometry&, CImageData<short>&, int,
                                                       std::pmr::memory_resource*);
-extern template MemoryArray<int> layOutLines<int>(std::span<LinesOfLevel<int>>, const ImageShape&,
-                                                  CImageData<int>&, int,
+extern template MemoryArray<int> layOutLines<int>(std::span<LinesOfLevel<int>>,
+                                                  const LevelGeometry&, CImageData<int>&, int,
                                                   std::pmr::memory_resource*);
 
 }  // namespace qmx

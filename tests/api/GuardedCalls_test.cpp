@@ -38,9 +38,9 @@ public:
         const qmx::CCpuLevelGuard guard(qmx::CpuLevel::scalar);
         return test::compressCall(codec.get(), image).bytes;
     }
-    Call decompress(const Bytes& stream) {
+    Call decompress(const Bytes& stream, std::uint32_t levels) {
         const qmx::CCpuLevelGuard guard(qmx::CpuLevel::scalar);
-        return test::decompressCall(codec.get(), stream);
+        return test::reduceCall(codec.get(), stream, levels);
     }
 
 private:
@@ -71,14 +71,15 @@ protected:
         ASSERT_TRUE(sameBytes(rows, out.samples()));
     }
 
-    void expectDecoding(const Bytes& bytes, Side side) {
+    /// At 1 : 2^levels.
+    void expectDecoding(const Bytes& bytes, Side side, std::uint32_t levels = 0) {
         const tesk_options options = heaps[static_cast<int>(side)].options();
         const test::Codec codec = test::makeCodec(&options);
-        const Call expected = plain.decompress(bytes);
+        const Call expected = plain.decompress(bytes, levels);
         const Guarded stream(bytes, side);
         const Guarded out(Bytes(expected.bytes.size()), side);
-        ASSERT_EQ(tesk_decompress(codec.get(), stream.data(), bytes.size(), out.data(),
-                                  expected.bytes.size(), 0, nullptr),
+        ASSERT_EQ(tesk_decompress_reduced(codec.get(), stream.data(), bytes.size(), levels,
+                                          out.data(), expected.bytes.size(), 0, nullptr),
                   expected.status);
         ASSERT_TRUE(sameBytes(expected.bytes, out.samples()));
     }
@@ -125,6 +126,8 @@ TEST_P(GuardedCalls, ImagesThatGoRowByRowComeBack) {
                                                 << " x " << height << ", " << nameOf(side));
                 expectRoundTrip(image, 0, side);
                 expectDecoding(cut, side);
+                for (std::uint32_t levels = 1; levels <= 5; ++levels)
+                    expectDecoding(cut, side, levels);
                 if (HasFatalFailure()) return;
             }
         }
@@ -138,6 +141,7 @@ TEST_P(GuardedCalls, StreamsCutAnywhereDecodeLikeThoseOfThePlainKernels) {
             for (const Side side : test::kBothSides) {
                 SCOPED_TRACE(testing::Message() << size << ", " << nameOf(side));
                 expectDecoding(test::prefixOf(stream, size), side);
+                expectDecoding(test::prefixOf(stream, size), side, 1 + size % 4);
                 if (HasFatalFailure()) return;
             }
     }

@@ -91,6 +91,21 @@ protected:
         const std::size_t decompressBound = GetParam().decompress.of(extentOf(image));
         EXPECT_LE(back.result.peak_memory_bytes, decompressBound);
         fullestBack = std::max(fullestBack, share(back.result.peak_memory_bytes, decompressBound));
+        expectReducedBoundsToHold(compressed.bytes, back.status);
+    }
+
+    /// A picture takes no more than an image of its size may.
+    void expectReducedBoundsToHold(const Bytes& stream, int status) {
+        const TKHeader header = test::headerOf(stream);
+        for (int k = 1; k <= levelCount(header.xSize, header.ySize); ++k) {
+            const ImageShape shape = shapeOf(header).reducedBy(k);
+            const test::Call call =
+                test::reduceCall(codec.get(), stream, static_cast<std::uint32_t>(k));
+            EXPECT_EQ(call.status, status);
+            EXPECT_LE(call.result.peak_memory_bytes,
+                      GetParam().decompress.of(
+                          Extent::of(shape.width, shape.height, header.bytesPerPixel)));
+        }
     }
 
     /// An exact stream may declare more bits, and then takes what these take.
@@ -136,10 +151,12 @@ TEST_P(MemoryBounds, HoldForAStreamWithSectionsOfEveryBitPlane) {
     for (int order = 0; order < kMaxOrders; ++order)
         for (int p = 0; p < planes; ++p)
             stream.header(0, order, false, 0);
-    const test::Call back = test::decompressCall(codec.get(), test::headed(header, stream.cut()));
+    const Bytes bytes = test::headed(header, stream.cut());
+    const test::Call back = test::decompressCall(codec.get(), bytes);
     const std::size_t bound =
         row.decompress.of(Extent::of(header.xSize, header.ySize, header.bytesPerPixel));
     EXPECT_LE(back.result.peak_memory_bytes, bound);
+    expectReducedBoundsToHold(bytes, TESK_CUT);
 }
 
 TEST_P(MemoryBounds, AreThoseOfThePageOfLimits) {

@@ -63,6 +63,10 @@ protected:
                 expectEnough(0, [&](tesk_codec* codec) {
                     return test::decompressCall(codec, test::prefixOf(stream, size));
                 });
+        for (int k = 1; k <= qmx::levelCount(image.width, image.height); ++k)
+            expectEnough(0, [&](tesk_codec* codec) {
+                return test::reduceCall(codec, stream, static_cast<std::uint32_t>(k));
+            });
     }
 
     std::size_t calls = 0;

@@ -155,16 +155,17 @@ public:
         return call;
     }
 
-    Call decompress(tesk_codec* codec, const Bytes& stream) {
+    /// image: the picture at 1 : 2^levels.
+    Call decompress(tesk_codec* codec, const Bytes& stream, std::uint32_t levels = 0) {
         const std::size_t rowBytes = rowBytesOf(image);
         const auto rows = static_cast<std::size_t>(image.height);
         std::fill_n(pieces.begin(), rows * pieces.pieceBytes(), kUnwritten);
         Call call;
         {
             const TouchedPieces::Watch watch(pieces);
-            call.status =
-                tesk_decompress(codec, stream.data(), stream.size(), pieces.begin(),
-                                rows * pieces.pieceBytes(), pieces.pieceBytes(), &call.result);
+            call.status = tesk_decompress_reduced(codec, stream.data(), stream.size(), levels,
+                                                  pieces.begin(), rows * pieces.pieceBytes(),
+                                                  pieces.pieceBytes(), &call.result);
         }
         if (!call.isUsable()) return call;
         for (std::size_t r = 0; r < rows; ++r) {
@@ -290,10 +291,28 @@ TEST_P(Stops, ADecompressionEndsAtEveryRowThatItWrites) {
     }
 }
 
+TEST_P(Stops, AReductionEndsAtEveryRowThatItWrites) {
+    StoppedCalls calls;
+    for (const int levels : {1, 3}) {
+        const int last = (1 << levels) - 1;
+        const auto k = static_cast<std::uint32_t>(levels);
+        const RawImage picture{image.bytesPerPixel, image.bitsPerPixel,
+                               (image.width + last) >> levels, (image.height + last) >> levels,
+                               test::reduceCall(calls.codec.get(), streams[0], k).bytes};
+        TouchedRows rows(picture);
+        const auto work = [&] { return rows.decompress(calls.codec.get(), streams[0], k); };
+        const std::size_t more = calls.atTouches(rows.pieces, work, GetParam().mostStops(), true);
+        EXPECT_EQ(rows.pieces.touches, static_cast<std::size_t>(picture.height));
+        EXPECT_LE(more, kMostRowsAfterStop);
+    }
+}
+
 TEST_P(Stops, ADecompressionEndsAtEveryAllocation) {
     StoppedCalls calls;
     for (const Bytes& bytes : streams)
-        calls.atEveryAllocation([&] { return test::decompressCall(calls.codec.get(), bytes); });
+        for (const std::uint32_t levels : {0U, 2U})
+            calls.atEveryAllocation(
+                [&] { return test::reduceCall(calls.codec.get(), bytes, levels); });
 }
 
 /// Sections are read as far as rows need them, so that these stops fall all over the work.

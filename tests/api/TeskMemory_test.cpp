@@ -106,6 +106,8 @@ TEST(TeskMemory, EveryFailureIsReportedAndLeavesACodecThatWorks) {
         };
         sweep([&] { return test::compressCall(codec.get(), image); });
         sweep([&] { return test::decompressCall(codec.get(), stream); });
+        for (const std::uint32_t levels : {1U, 2U})
+            sweep([&] { return test::reduceCall(codec.get(), stream, levels); });
     }
 }
 

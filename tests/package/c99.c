@@ -85,6 +85,20 @@ static void check_round_trip(tesk_codec* codec, const unsigned char* pixels) {
     EXPECT(memcmp(pixels, restored, kRaw) == 0);
 }
 
+static void check_reduced(tesk_codec* codec, const unsigned char* pixels) {
+    static unsigned char stream[kRoom];
+    static unsigned char picture[kRaw / 16];
+    tesk_image image = small_image();
+    tesk_result result = TESK_RESULT_INIT;
+    EXPECT(tesk_compress(codec, &image, pixels, 0, 0, stream, sizeof stream, &result) == TESK_OK);
+    EXPECT(tesk_reduced_image(&image, 4, &image) == TESK_UNSUPPORTED_FORMAT);
+    EXPECT(tesk_reduced_image(&image, 2, &image) == TESK_OK);
+    EXPECT(image.width == kWidth / 4 && image.height == kHeight / 4);
+    EXPECT(tesk_decompress_reduced(codec, stream, result.stream_bytes, 2, picture, sizeof picture,
+                                   0, NULL) == TESK_OK);
+    EXPECT(picture[0] < picture[sizeof picture - 1]);
+}
+
 static void check_block(tesk_codec* codec, const unsigned char* pixels) {
     const tesk_image image = small_image();
     tesk_result result = TESK_RESULT_INIT;
@@ -142,6 +156,7 @@ int main(void) {
     check_sizes(pixels);
     EXPECT(tesk_create(&options, &codec) == TESK_OK);
     check_round_trip(codec, pixels);
+    check_reduced(codec, pixels);
     check_block(codec, pixels);
     check_rows(codec, pixels);
     tesk_destroy(codec);

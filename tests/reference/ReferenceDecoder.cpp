@@ -237,21 +237,67 @@ std::vector<unsigned char> writeSamples(const std::vector<Plane>& planes, const 
     return bytes;
 }
 
-}  // namespace
+/// Every 2^reduction-th sample of every 2^reduction-th row.
+Plane everyNth(const Plane& plane, int reduction) {
+    const std::int64_t step = std::int64_t{1} << reduction;
+    Plane picked((plane.width + step - 1) / step, (plane.height + step - 1) / step);
+    for (std::int64_t y = 0; y < picked.height; ++y)
+        for (std::int64_t x = 0; x < picked.width; ++x)
+            picked.at(y, x) = plane.at(step * y, step * x);
+    return picked;
+}
 
-Decoded decode(const std::vector<unsigned char>& streamFile, std::uint64_t sectionLimit,
-               int pauseRow) {
-    const Geometry geometry = readGeometry(streamFile);
+/// The picture at 1 : 2^reduction (docs/format.md, 17); 0 is the image.
+std::vector<unsigned char> makePicture(const std::vector<Plane>& coefficients, int reduction,
+                                       const Geometry& geometry, bool cut) {
+    std::vector<Plane> planes;
+    for (Plane plane : coefficients) {
+        if (reduction == 0) inverseTransform(plane, geometry.coefficientBits());
+        if (reduction > 0) inverseTransformDownTo(plane, reduction, geometry.coefficientBits());
+        planes.push_back(everyNth(plane, reduction));
+    }
+    if (planes.size() == 3) invertColours(planes);
+    return writeSamples(planes, geometry, cut || reduction > 0);
+}
+
+/// The coefficients of a stream and how it ended; none if it is invalid.
+struct Received {
+    int status;
+    std::vector<Plane> coefficients;
+};
+
+Received receive(const std::vector<unsigned char>& streamFile, const Geometry& geometry,
+                 std::uint64_t sectionLimit, int pauseRow) {
     if (!hasMagic(streamFile) || !geometry.supported()) return {kInvalid, {}};
     const BitString bits(streamFile, static_cast<std::size_t>(kHeaderBytes));
     Sections sections = parseSections(bits, geometry, sectionLimit);
     if (sections.status == kInvalid) return {kInvalid, {}};
     const int usedPause = pauseRow < geometry.height ? pauseRow : 0;
-    std::vector<Plane> planes = decodeCoefficients(sections, geometry, usedPause);
-    for (Plane& plane : planes)
-        inverseTransform(plane, geometry.coefficientBits());
-    if (planes.size() == 3) invertColours(planes);
-    return {sections.status, writeSamples(planes, geometry, sections.status == kCut)};
+    return {sections.status, decodeCoefficients(sections, geometry, usedPause)};
+}
+
+}  // namespace
+
+Decoded decode(const std::vector<unsigned char>& streamFile, std::uint64_t sectionLimit,
+               int pauseRow) {
+    const Geometry geometry = readGeometry(streamFile);
+    const Received received = receive(streamFile, geometry, sectionLimit, pauseRow);
+    if (received.status == kInvalid) return {kInvalid, {}};
+    return {received.status,
+            makePicture(received.coefficients, 0, geometry, received.status == kCut)};
+}
+
+std::vector<Decoded> decodeReduced(const std::vector<unsigned char>& streamFile) {
+    const Geometry geometry = readGeometry(streamFile);
+    const Received received = receive(streamFile, geometry, 0, 0);
+    if (received.status == kInvalid) return {};
+    const std::int64_t levels =
+        std::max<std::int64_t>(levelCount(geometry.width, geometry.height), std::int64_t{0});
+    std::vector<Decoded> all;
+    for (int k = 0; k <= levels; ++k)
+        all.push_back({received.status,
+                       makePicture(received.coefficients, k, geometry, received.status == kCut)});
+    return all;
 }
 
 }  // namespace reference

@@ -20,4 +20,8 @@ struct Decoded {
 Decoded decode(const std::vector<unsigned char>& streamFile, std::uint64_t sectionLimit = 0,
                int pauseRow = 0);
 
+/// The reduced pictures of a stream file, at 1 : 1, 1 : 2, and so on, for all levels that the image has
+/// (docs/format.md, 17). The first one is the image; there is none if the stream is invalid.
+std::vector<Decoded> decodeReduced(const std::vector<unsigned char>& streamFile);
+
 }  // namespace reference

@@ -138,6 +138,15 @@ void forwardTransform(Plane& plane, std::int64_t coefficientBits) {
     }
 }
 
+void inverseTransformDownTo(Plane& plane, std::int64_t reduction, std::int64_t coefficientBits) {
+    const std::int64_t levels = levelCount(plane.width, plane.height);
+    for (std::int64_t level = levels - 1; level >= reduction; --level) {
+        const std::int64_t step = std::int64_t{1} << level;
+        transformColumns(plane, step, coefficientBits, Direction::inverse);
+        transformRows(plane, step, coefficientBits, Direction::inverse);
+    }
+}
+
 void inverseTransform(Plane& plane, std::int64_t coefficientBits) {
     // The step 1 is inverted even where the forward direction did nothing (docs/format.md, 6.6).
     const std::int64_t levels =

@@ -39,4 +39,8 @@ void forwardTransform(Plane& plane, std::int64_t coefficientBits);
 /// Inverts in place with coefficients of 16 or 32 bits (docs/format.md, 6.6).
 void inverseTransform(Plane& plane, std::int64_t coefficientBits);
 
+/// The same, but stops when the step 2^reduction has been inverted (docs/format.md, 17). Requires:
+/// reduction is 1 at least and at most the number of levels.
+void inverseTransformDownTo(Plane& plane, std::int64_t reduction, std::int64_t coefficientBits);
+
 }  // namespace reference

@@ -53,14 +53,31 @@ inline Call compressCall(tesk_codec* codec, const RawImage& image, std::size_t b
     return call;
 }
 
+inline std::size_t rawBytesOf(const tesk_image& geometry) {
+    return std::size_t{geometry.width} * geometry.height * geometry.bytes_per_pixel;
+}
+
 /// Decompresses to rows without gaps.
 inline Call decompressCall(tesk_codec* codec, const Bytes& stream) {
     tesk_image geometry = TESK_IMAGE_INIT;
     Call call;
     if (tesk_probe(stream.data(), stream.size(), &geometry) == TESK_OK)
-        call.bytes.resize(std::size_t{geometry.width} * geometry.height * geometry.bytes_per_pixel);
+        call.bytes.resize(rawBytesOf(geometry));
     call.status = tesk_decompress(codec, stream.data(), stream.size(), call.bytes.data(),
                                   call.bytes.size(), 0, &call.result);
+    if (!call.isUsable()) call.bytes.clear();
+    return call;
+}
+
+/// Decompresses to rows without gaps at 1 : 2^levels.
+inline Call reduceCall(tesk_codec* codec, const Bytes& stream, std::uint32_t levels) {
+    tesk_image geometry = TESK_IMAGE_INIT;
+    Call call;
+    if (tesk_probe(stream.data(), stream.size(), &geometry) == TESK_OK &&
+        tesk_reduced_image(&geometry, levels, &geometry) == TESK_OK)
+        call.bytes.resize(rawBytesOf(geometry));
+    call.status = tesk_decompress_reduced(codec, stream.data(), stream.size(), levels,
+                                          call.bytes.data(), call.bytes.size(), 0, &call.result);
     if (!call.isUsable()) call.bytes.clear();
     return call;
 }

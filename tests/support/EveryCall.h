@@ -38,6 +38,12 @@ public:
         for (const std::size_t size : {std::size_t{16}, stream.size() / 2})
             addDecompression(imageName + ", cut to " + std::to_string(size), stream, size,
                              TESK_CUT);
+        const int levels = std::max(qmx::levelCount(image.width, image.height), 0);
+        for (int k = 0; k <= levels; k += std::max(levels - 1, 1))
+            addReduction(imageName + ", reduced by " + std::to_string(k),
+                         static_cast<std::uint32_t>(k), TESK_OK);
+        addReduction(imageName + ", reduced too far", static_cast<std::uint32_t>(levels) + 1,
+                     TESK_UNSUPPORTED_FORMAT);
     }
     EveryCall(const EveryCall&) = delete;
     EveryCall& operator=(const EveryCall&) = delete;
@@ -60,6 +66,15 @@ private:
                          [this, &bytes, sizeBytes](tesk_codec* codec) {
                              return tesk_decompress(codec, bytes.data(), sizeBytes, pixels.data(),
                                                     pixels.size(), 0, nullptr);
+                         },
+                         expected});
+    }
+    void addReduction(const std::string& name, std::uint32_t levels, tesk_status expected) {
+        calls.push_back({name,
+                         [this, levels](tesk_codec* codec) {
+                             return tesk_decompress_reduced(codec, stream.data(), stream.size(),
+                                                            levels, pixels.data(), pixels.size(), 0,
+                                                            nullptr);
                          },
                          expected});
     }

@@ -176,6 +176,21 @@ TEST(CRowRestorer, TakesNoMoreRowsAheadThanItsLevelsNeed) {
     }
 }
 
+TEST(CRowRestorer, TakesFewerRowsAheadForAReducedPicture) {
+    for (const auto& [reduction, rowsAhead] :
+         {std::pair{0, 78}, {1, 38}, {2, 18}, {3, 8}, {4, 3}, {5, 0}}) {
+        qmx::CRowRestorer<short> restorer({64, 5000, 1}, std::pmr::new_delete_resource(),
+                                          reduction);
+        EXPECT_EQ(restorer.rows().x, 64 >> reduction);
+        int last = -1;
+        restorer.restore(0, [&](int, int row, short*) {
+            last = row;
+            return true;
+        });
+        EXPECT_EQ(last, rowsAhead) << reduction;
+    }
+}
+
 TEST(CRowRestorer, EndsWhenThereAreNoMoreCoefficients) {
     qmx::CRowRestorer<int> restorer({8, 8, 3}, std::pmr::new_delete_resource());
     int rowsLeft = 5;

@@ -7,9 +7,10 @@ namespace qmx {
 
 template <class T>
 CReceivedSections<T>::CReceivedSections(const ImageShape& imageShape,
-                                        std::pmr::memory_resource* memory)
+                                        std::pmr::memory_resource* memory, int reduction)
     : imageSize(imageShape),
-      levelsUsed(levelCount(imageSize.width, imageSize.height)),
+      imageLevels(levelCount(imageSize.width, imageSize.height)),
+      reducedLevels(reduction),
       countBits(sampleCountBits(imageSize.width, imageSize.height)),
       workMemory(memory) {}
 
@@ -19,8 +20,8 @@ void CReceivedSections<T>::begin(int topPlane) {
     highestPlane = topPlane;
     nextPlanes.reset(topPlane);
     coders.reset();
-    coders = makeObject<DecoderStreams<T>>(workMemory, imageSize.planes, levelsUsed, topPlane,
-                                           workMemory);
+    coders =
+        makeObject<DecoderStreams<T>>(workMemory, imageSize.planes, levels(), topPlane, workMemory);
 }
 
 template <class T>
@@ -44,16 +45,18 @@ void CReceivedSections<T>::assignRefinement(CBitReader& in, int plane, int order
 
 template <class T>
 void CReceivedSections<T>::assign(CBitReader& in, const SectionHeader& section) {
+    const int order = section.order - reducedLevels;
+    if (order < 0) return;
     if (section.isRefinement) {
-        assignRefinement(in, section.plane, section.order, section.lengthBits);
+        assignRefinement(in, section.plane, order, section.lengthBits);
     } else {
-        assignSignificance(in, section.plane, section.order, section.lengthBits);
+        assignSignificance(in, section.plane, order, section.lengthBits);
     }
 }
 
 template <class T>
 int CReceivedSections<T>::readSections(CBitReader& in, int sectionLimit, const CStopRequest& stop) {
-    const SectionBounds bounds{imageSize.planes, levelsUsed, countBits};
+    const SectionBounds bounds{imageSize.planes, imageLevels, countBits};
     begin(readTopPlane(in));
     SectionHeader section;
     for (int count = 1;; ++count) {

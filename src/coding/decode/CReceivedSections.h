@@ -15,8 +15,12 @@ namespace qmx {
 template <class T>
 class CReceivedSections {
 public:
-    /// Requires: workMemory outlives this object. Throws: std::bad_alloc.
-    CReceivedSections(const ImageShape& imageShape, std::pmr::memory_resource* workMemory);
+    /// Of an image of this shape, or of its reduced picture at 1 : 2^reduction: that has the orders from
+    /// `reduction` up, which count from 0 here. Sections of finer orders are passed over.
+    /// Requires: reduction is at most the levels of the image, or 0; workMemory outlives this object.
+    /// Throws: std::bad_alloc. Format: docs/format.md, 17 Reduced pictures.
+    CReceivedSections(const ImageShape& imageShape, std::pmr::memory_resource* workMemory,
+                      int reduction = 0);
 
     /// Reads streams whose length fields were widened as well. Requires: read was not called yet.
     void widenLengths() { countBits += kWideningBits; }
@@ -30,8 +34,12 @@ public:
     /// Returns: 0 complete; 4 the stream ended early; 16 stopped; 128 invalid section header.
     int read(CBitReader& in, int sectionLimit = 0, const CStopRequest& stop = kNeverStopped);
 
-    const ImageShape& shape() const { return imageSize; }
-    int levels() const { return levelsUsed; }
+    /// Of the picture that the sections make.
+    ImageShape shape() const { return imageSize.reducedBy(reducedLevels); }
+    int levels() const { return imageLevels - reducedLevels; }
+    /// The picture is 1 : 2^reduction of such an image.
+    const ImageShape& imageShape() const { return imageSize; }
+    int reduction() const { return reducedLevels; }
     std::pmr::memory_resource* memory() const { return workMemory; }
 
     // For the decoder of the rows. Requires: read has returned 0 or 4.
@@ -50,7 +58,8 @@ private:
     void assignRefinement(CBitReader& in, int plane, int order, std::uint64_t lengthBits);
 
     ImageShape imageSize;
-    int levelsUsed;
+    int imageLevels;
+    int reducedLevels;
     /// What the widths of length fields follow from.
     int countBits;
     std::pmr::memory_resource* workMemory;

@@ -4,7 +4,8 @@ namespace qmx {
 
 template <class T>
 CRowsDecoder<T>::CRowsDecoder(CReceivedSections<T>& sections, const RowDecoding& rowDecoding)
-    : decoding(rowDecoding), restorer(sections.shape(), sections.memory()) {
+    : decoding(rowDecoding),
+      restorer(sections.imageShape(), sections.memory(), sections.reduction()) {
     for (int p = 0; p < sections.shape().planes; ++p)
         decoders[p] = makeObject<CPlaneDecoder<T>>(sections.memory(), sections, p);
 }

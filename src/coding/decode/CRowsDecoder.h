@@ -6,7 +6,7 @@
 
 namespace qmx {
 
-/// Decodes and restores an image, one row at a time; a few rows of each level are in work.
+/// Decodes and restores an image or a reduced picture, one row at a time; a few rows of each level are in work.
 /// Format: docs/format.md, 13.2 Coefficients and 6.6 Inverse transform.
 template <class T>
 class CRowsDecoder {

@@ -11,7 +11,8 @@ CRowLines<T>::CRowLines(const ImageShape& shape, int levelCount, CImageData<T>& 
         levels[l].slots = kRows;
     levels[levelsUsed].slots = 1;
     const auto count = static_cast<std::size_t>(levelsUsed) + 1;
-    storage = layOutLines(std::span(levels, count), shape, firstRows, plane, memory);
+    const LevelGeometry finest{shape.width, shape.height, 1};
+    storage = layOutLines(std::span(levels, count), finest, firstRows, plane, memory);
 }
 
 template class CRowLines<short>;
