@@ -6,7 +6,7 @@ program, the page and the library agree on every stream, a reader can rely on th
 the page in its order and its words, and prefers plain code to speed; section numbers in the
 comments are those of the page. One long file on purpose, to be read beside it from top to bottom.
 
-    tesk_decode.py STREAM OUT [--profile file|memory]
+    tesk_decode.py STREAM OUT [--profile file|memory] [--reduce K]
 
 The exit status is the result of section 13.4: 0 complete, 4 cut, 128 no image; OUT is then empty.
 """
@@ -277,10 +277,12 @@ def decode_order(header, bits, found, plane, order, count):
     return coefficients.values(found.next_u(plane, order), header.coefficient_bits)
 
 
-def decode_planes(header, bits, found):
-    """The coefficients of every colour plane, each as one list in raster order."""
+def decode_planes(header, bits, found, reduction):
+    """The coefficients of every colour plane, each as one list in raster order. Those of the orders
+    below `reduction` are left out (section 17).
+    """
     planes = [[0] * (header.width * header.height) for _ in range(header.planes)]
-    for order in range(header.levels + 1):
+    for order in range(reduction, header.levels + 1):
         places = scan_order(header, order)
         for c, values in enumerate(planes):
             coefficients = decode_order(header, bits, found, c, order, len(places))
@@ -326,10 +328,11 @@ def transformed_columns(header, step):
     return (header.width + step - 1) // step
 
 
-def inverse_wavelet(header, values):
-    """Section 6.6."""
+def inverse_wavelet(header, values, reduction):
+    """Section 6.6; the steps below 2^reduction are left out (section 17)."""
     width, bits = header.width, header.coefficient_bits
-    for level in reversed(range(max(header.levels, 1))):
+    levels = header.levels if reduction > 0 else max(header.levels, 1)
+    for level in reversed(range(reduction, levels)):
         step = 1 << level
         lines = [
             slice(step * column, None, width * step)
@@ -344,6 +347,15 @@ def inverse_wavelet(header, values):
             values[line] = samples
 
 
+def every_nth(header, values, step):
+    """Every step-th sample of every step-th row (section 17)."""
+    return [
+        values[y * header.width + x]
+        for y in range(0, header.height, step)
+        for x in range(0, header.width, step)
+    ]
+
+
 def inverse_colour(planes):
     """Section 5: R, G and B from Y, Dr and Db."""
     pixels = []
@@ -354,7 +366,7 @@ def inverse_colour(planes):
 
 
 def clamp(header, values):
-    """The samples of a cut stream (section 14)."""
+    """The samples of a cut stream (section 14), or of a reduced picture (section 17)."""
     if header.bits_per_pixel == 0:
         return values
     limit = 1 << (header.bits_per_pixel % 32)
@@ -370,26 +382,33 @@ def raw_bytes(header, planes):
     return b"".join(sample.to_bytes(sample_bytes, "little") for sample in samples)
 
 
-def decode_image(stream, header):
-    """Decodes a stream whose header has been read."""
+def decode_image(stream, header, reduction=0):
+    """Decodes a stream whose header has been read; with a reduction of 1 to header.levels, to the
+    picture at 1 : 2^reduction (section 17).
+    """
     bits = Bits(stream)
     found = read_sections(header, bits)
     if found.result == NO_IMAGE:
         return NO_IMAGE, b""
-    planes = decode_planes(header, bits, found)
+    planes = decode_planes(header, bits, found, reduction)
     for values in planes:
-        inverse_wavelet(header, values)
+        inverse_wavelet(header, values, reduction)
+    planes = [every_nth(header, values, 1 << reduction) for values in planes]
     if header.planes == 3:
         planes = inverse_colour(planes)
-    if found.result == CUT:
+    if found.result == CUT or reduction > 0:
         planes = [clamp(header, values) for values in planes]
     return found.result, raw_bytes(header, planes)
 
 
-def decode(stream, profile="file"):
-    """The result (COMPLETE, CUT or NO_IMAGE) and the raw image of a stream."""
+def decode(stream, profile="file", reduction=0):
+    """The result (COMPLETE, CUT or NO_IMAGE) and the raw image of a stream. There is none with more
+    reduction than levels.
+    """
     header = read_header(stream, profile)
-    return decode_image(stream, header) if header else (NO_IMAGE, b"")
+    if not header or reduction > max(header.levels, 0):
+        return NO_IMAGE, b""
+    return decode_image(stream, header, reduction)
 
 
 def main():
@@ -397,8 +416,9 @@ def main():
     parser.add_argument("stream", type=Path)
     parser.add_argument("out", type=Path)
     parser.add_argument("--profile", choices=("file", "memory"), default="file")
+    parser.add_argument("--reduce", type=int, default=0, metavar="K", help="picture at 1 : 2^K")
     arguments = parser.parse_args()
-    result, image = decode(arguments.stream.read_bytes(), arguments.profile)
+    result, image = decode(arguments.stream.read_bytes(), arguments.profile, arguments.reduce)
     arguments.out.write_bytes(image)
     return result
 
