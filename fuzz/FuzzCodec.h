@@ -94,26 +94,47 @@ inline Codec makeCodec(std::uint32_t flags = 0) {
     return Codec(codec);
 }
 
-/// Decodes a stream through the C interface. Returns: the outcome in the numbers of the others.
+/// Returns: what the C interface answers to a decompression into pixels, in the numbers of the others.
+inline Outcome outcomeOf(tesk_status status, Bytes pixels) {
+    switch (status) {
+        case TESK_OK:
+            return {qmx::kComplete, std::move(pixels)};
+        case TESK_CUT:
+            return {qmx::kCut, std::move(pixels)};
+        case TESK_OUT_OF_MEMORY:
+            return {kNoMemory, {}};
+        case TESK_INVALID_STREAM:
+        case TESK_UNSUPPORTED_FORMAT:
+            return {qmx::kInvalidSection, {}};
+        default:
+            require(false, "no other status can occur");
+            return {};
+    }
+}
+
+/// Decodes a stream through the C interface.
 inline Outcome decodeC(const Bytes& stream, const qmx::TKHeader& header) {
-    return withinMemory([&]() -> Outcome {
+    return withinMemory([&] {
         Bytes pixels(header.rawBytes());
         const Codec codec = makeCodec();
-        switch (tesk_decompress(codec.get(), stream.data(), stream.size(), pixels.data(),
-                                pixels.size(), 0, nullptr)) {
-            case TESK_OK:
-                return {qmx::kComplete, std::move(pixels)};
-            case TESK_CUT:
-                return {qmx::kCut, std::move(pixels)};
-            case TESK_OUT_OF_MEMORY:
-                return {kNoMemory, {}};
-            case TESK_INVALID_STREAM:
-            case TESK_UNSUPPORTED_FORMAT:
-                return {qmx::kInvalidSection, {}};
-            default:
-                require(false, "no other status can occur");
-                return {};
-        }
+        const tesk_status status = tesk_decompress(codec.get(), stream.data(), stream.size(),
+                                                   pixels.data(), pixels.size(), 0, nullptr);
+        return outcomeOf(status, std::move(pixels));
+    });
+}
+
+/// Decodes a stream to 1 : 2^levels. Requires: the image has so many levels.
+inline Outcome reduceC(const Bytes& stream, std::uint32_t levels) {
+    return withinMemory([&] {
+        tesk_image picture = TESK_IMAGE_INIT;
+        tesk_probe(stream.data(), stream.size(), &picture);
+        require(tesk_reduced_image(&picture, levels, &picture) == TESK_OK, "there are such levels");
+        Bytes pixels(std::size_t{picture.width} * picture.height * picture.bytes_per_pixel);
+        const Codec codec = makeCodec();
+        const tesk_status status =
+            tesk_decompress_reduced(codec.get(), stream.data(), stream.size(), levels,
+                                    pixels.data(), pixels.size(), 0, nullptr);
+        return outcomeOf(status, std::move(pixels));
     });
 }
 

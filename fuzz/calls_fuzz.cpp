@@ -68,11 +68,13 @@ void decompressSome(fuzz::FuzzInput& input, tesk_codec* codec, fuzz::Bytes strea
     if (!stream.empty() && input.flag()) stream[input.number(2) % stream.size()] ^= 1U;
     tesk_result result = TESK_RESULT_INIT;
     fuzz::Bytes out(input.number(3) % kMostOutputBytes);
-    const auto stride = static_cast<std::size_t>(input.flag() ? 0 : input.number(2));
+    const auto how = static_cast<std::uint32_t>(input.number(1));
+    const auto stride = static_cast<std::size_t>((how & 1) != 0 ? 0 : input.number(2));
+    const std::uint32_t levels = how >> 1 & 7;
     const unsigned char nothing = 0;
     const tesk_status status =
-        tesk_decompress(codec, stream.empty() ? &nothing : stream.data(), stream.size(), out.data(),
-                        out.size(), stride, &result);
+        tesk_decompress_reduced(codec, stream.empty() ? &nothing : stream.data(), stream.size(),
+                                levels, out.data(), out.size(), stride, &result);
     checkStatus(status, result, limits, stopped);
 }
 

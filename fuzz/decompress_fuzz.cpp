@@ -1,6 +1,6 @@
 // Any bytes as a stream file, decoded in every way: from memory, through the file reader, by the
 // in-memory object and by the C interface. Every way gives the same status and the same pixels; for
-// small images those of the reference. All of it at every CPU level.
+// small images those of the reference. All of it at every CPU level, and reduced pictures, too.
 
 #include "FuzzCodec.h"
 #include "FuzzLevels.h"
@@ -10,6 +10,8 @@
 namespace {
 
 using fuzz::Bytes;
+/// The image, and one of its reduced pictures where it has any.
+using Outcomes = std::vector<fuzz::Outcome>;
 
 /// The reference takes its time.
 constexpr std::uint64_t kMostReferenceBytes = 2048;
@@ -31,16 +33,48 @@ void checkProbe(const Bytes& stream, const qmx::TKHeader& header) {
     fuzz::require(image.width == header.xSize && image.height == header.ySize, "probe is right");
 }
 
-/// Returns: the outcome of a stream with a layout, the same in every way of decoding.
-fuzz::Outcome decodeInEveryWay(Bytes& stream, const qmx::TKHeader& header) {
+/// Returns: levels for a reduced picture, from the last byte; 0 when the image has none.
+std::uint32_t chosenLevels(const Bytes& stream, const qmx::TKHeader& header) {
+    const int levels = qmx::levelCount(header.xSize, header.ySize);
+    return levels < 1 ? 0 : 1 + stream.back() % static_cast<std::uint32_t>(levels);
+}
+
+/// Adds a reduced picture. Requires: outcomes has the image.
+void addReduced(const Bytes& stream, const qmx::TKHeader& header, Outcomes& outcomes) {
+    fuzz::require(fuzz::reduceC(stream, 0) == outcomes[0], "no reduction is the image");
+    const std::uint32_t levels = chosenLevels(stream, header);
+    if (levels == 0) return;
+    const fuzz::Outcome reduced = fuzz::reduceC(stream, levels);
+    const bool lacksMemory =
+        reduced.status == fuzz::kNoMemory || outcomes[0].status == fuzz::kNoMemory;
+    fuzz::require(lacksMemory || reduced.status == outcomes[0].status, "the status is the same");
+    outcomes.push_back(reduced);
+}
+
+/// Returns: the outcomes of a stream with a layout, the same in every way of decoding.
+Outcomes decodeInEveryWay(Bytes& stream, const qmx::TKHeader& header) {
     qmx::CBitReader reader(stream.data() + sizeof header, stream.size() - sizeof header);
     const fuzz::Outcome expected = fuzz::decode(header, reader, qmx::MostBitsOfShort::inMemory);
     fuzz::require(fuzz::decodeObject(stream) == expected, "the object agrees with the classes");
-    if (header.isRecognised())
-        fuzz::require(fuzz::decodeC(stream, header) == expected, "the C interface agrees");
     if (fuzz::profilesAgree(header))
         fuzz::require(decodeFile(stream, header) == expected, "the file reader agrees");
-    return expected;
+    Outcomes outcomes{expected};
+    if (!header.isRecognised()) return outcomes;
+    fuzz::require(fuzz::decodeC(stream, header) == expected, "the C interface agrees");
+    addReduced(stream, header, outcomes);
+    return outcomes;
+}
+
+void requireReference(const Bytes& stream, const qmx::TKHeader& header, const Outcomes& outcomes) {
+    const std::vector<reference::Decoded> pictures = reference::decodeReduced(stream);
+    if (pictures.empty())
+        return fuzz::require(outcomes[0].status == qmx::kInvalidSection,
+                             "the reference refuses it");
+    for (std::size_t i = 0; i < outcomes.size(); ++i) {
+        const reference::Decoded& picture = pictures[i == 0 ? 0 : chosenLevels(stream, header)];
+        fuzz::require(picture.status == outcomes[i].status, "the reference has this status");
+        fuzz::require(picture.bytes == outcomes[i].pixels, "the reference has these pixels");
+    }
 }
 
 }  // namespace
@@ -58,13 +92,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     checkProbe(stream, header);
     if (!header.isSupported()) return 0;
 
-    const fuzz::Outcome expected =
+    const Outcomes outcomes =
         fuzz::sameAtEveryCpuLevel([&] { return decodeInEveryWay(stream, header); });
     if (fuzz::profilesAgree(header) && header.isRecognised() &&
-        header.rawBytes() <= kMostReferenceBytes) {
-        const reference::Decoded decoded = reference::decode(stream);
-        fuzz::require(decoded.status == expected.status, "the reference has this status");
-        fuzz::require(decoded.bytes == expected.pixels, "the reference has these pixels");
-    }
+        header.rawBytes() <= kMostReferenceBytes)
+        requireReference(stream, header, outcomes);
     return 0;
 }
