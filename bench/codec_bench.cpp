@@ -1,4 +1,5 @@
-// Compression and decompression from memory to memory, one thread, through the C interface.
+// Compression, decompression and reduced pictures, 1 : 2 to 1 : 32, from memory to memory, one thread,
+// through the C interface.
 //
 // `--cpu-level=scalar|avx2|avx512`, as the first argument, holds the kernels at a level. Without
 // `--image=FILE,BYTES/PIXEL,BITS/PIXEL,WIDTH,HEIGHT`, given any number of times, it works on generated
@@ -96,15 +97,33 @@ void decompressRows(benchmark::State& state, const Picture& picture) {
     report(state, picture, stream.size(), result);
 }
 
+/// Per sample of the picture that the stream holds, so that the times can be compared with the whole one.
+void reducePicture(benchmark::State& state, const Picture& picture) {
+    const Codec codec = bench::makeCodec();
+    Bytes stream(picture.streamRoomBytes());
+    tesk_result result = TESK_RESULT_INIT;
+    stream.resize(compressInto(state, codec.get(), picture, stream, result));
+    const auto levels = static_cast<std::uint32_t>(state.range(0));
+    Bytes reduced(picture.pixels.size());
+    for (auto _ : state) {
+        const tesk_status status =
+            tesk_decompress_reduced(codec.get(), stream.data(), stream.size(), levels,
+                                    reduced.data(), reduced.size(), 0, &result);
+        if (status != TESK_OK) state.SkipWithError(tesk_status_message(status));
+    }
+    report(state, picture, stream.size(), result);
+}
+
 void registerAll(const Picture& picture) {
     const auto add = [&](const std::string& name, auto* work) {
-        benchmark::RegisterBenchmark((name + picture.name).c_str(), work, picture)
+        return benchmark::RegisterBenchmark((name + picture.name).c_str(), work, picture)
             ->Unit(benchmark::kMillisecond);
     };
     add("compress/", compressPicture);
     add("decompress/", decompressPicture);
     add("compressRows/", compressRows);
     add("decompressRows/", decompressRows);
+    add("reduce/", reducePicture)->DenseRange(1, 5);
 }
 
 }  // namespace
