@@ -43,6 +43,7 @@ protected:
         EXPECT_EQ(beginOut(), TESK_INVALID_ARGUMENT);
         EXPECT_EQ(test::compressCall(codec.get(), image).status, TESK_INVALID_ARGUMENT);
         EXPECT_EQ(test::decompressCall(codec.get(), stream).status, TESK_INVALID_ARGUMENT);
+        EXPECT_EQ(test::reduceCall(codec.get(), stream, 1).status, TESK_INVALID_ARGUMENT);
     }
     void expectNothingUnderWay() {
         EXPECT_EQ(push(1), TESK_INVALID_ARGUMENT);
