@@ -277,7 +277,7 @@ def decode_order(header, bits, found, plane, order, count):
     return coefficients.values(found.next_u(plane, order), header.coefficient_bits)
 
 
-def decode_planes(header, bits, found, reduction):
+def decode_planes(header, bits, found, reduction=0):
     """The coefficients of every colour plane, each as one list in raster order. Those of the orders
     below `reduction` are left out (section 17).
     """
@@ -328,7 +328,7 @@ def transformed_columns(header, step):
     return (header.width + step - 1) // step
 
 
-def inverse_wavelet(header, values, reduction):
+def inverse_wavelet(header, values, reduction=0):
     """Section 6.6; the steps below 2^reduction are left out (section 17)."""
     width, bits = header.width, header.coefficient_bits
     levels = header.levels if reduction > 0 else max(header.levels, 1)
