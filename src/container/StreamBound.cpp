@@ -114,9 +114,9 @@ private:
 
     /// Of the n sections of all bit planes and the u sections of all but the top one.
     std::uint64_t headerBits(int order) const {
+        const int bitsOfOne = kSectionTagBits + lengthFieldBits(countBits, order);
         const int sections = 2 * topPlane + 1;
-        return static_cast<std::uint64_t>(sections *
-                                          (kSectionTagBits + lengthFieldBits(countBits, order)));
+        return static_cast<std::uint64_t>(bitsOfOne) * static_cast<std::uint64_t>(sections);
     }
 
     const TKHeader& header;

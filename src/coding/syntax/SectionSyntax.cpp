@@ -22,7 +22,8 @@ NextSection readHeader(CBitReader& in, SectionHeader& header, int countBits,
     header.isRefinement = in.readInt(kTypeBits) != 0;
     // The width may be negative; it counts modulo 64, and the order is refused later.
     const int width = lengthFieldBits(countBits, header.order) & (kWordBits - 1);
-    if (leftBits < static_cast<std::uint64_t>(kSectionTagBits + width)) return NextSection::missing;
+    const int headerBits = kSectionTagBits + width;
+    if (leftBits < static_cast<std::uint64_t>(headerBits)) return NextSection::missing;
     header.lengthBits = in.readInt(width);
     return NextSection::present;
 }
