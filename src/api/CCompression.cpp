@@ -44,34 +44,36 @@ tesk_status CCompression::conclude(CompressRequest& request) {
     // A budget asks for as much as there can be, also of an image that no stream holds.
     const bool isBeyond = !request.has(TESK_PLAIN) && isOutOfReach(job);
     if (isBeyond && request.budgetBytes == 0) return refuse(request, TESK_LOSS_SIDE_OF_ONE);
-    return encoder.with([&](auto& coder) {
+    const bool isPlain = isBeyond || request.has(TESK_PLAIN);
+    const tesk_status status = encoder.with([&](auto& coder) {
         coder.finish();
-        const bool isPlain = isBeyond || request.has(TESK_PLAIN);
         return isPlain ? concludePlain(coder, request) : concludeExact(coder, request);
     });
+    const bool isCompared =
+        !isPlain && request.budgetBytes == 0 && !request.has(TESK_UNVERIFIED) && status == TESK_OK;
+    return isCompared ? compare(request) : status;
 }
 
-/// Puts header and stream in their place, as far as the budget lets them. Returns: what was written; its bytes
-/// are null when there is too little room.
+/// Puts header and stream in their place, as far as the budget lets them. Returns: whether there is room.
 template <class T>
-WrittenStream CCompression::write(CCodedSections<T>& sections, CompressRequest& request) {
+bool CCompression::write(CCodedSections<T>& sections, CompressRequest& request) {
     const std::size_t completeBytes =
         sizeOfBytes(sizeof job.header + sections.facts().streamBytes());
     request.isCut = request.budgetBytes != 0 && request.budgetBytes < completeBytes;
     request.streamBytes = request.isCut ? request.budgetBytes : completeBytes;
     unsigned char* out = request.place.take(request.streamBytes, *job.memory);
-    if (out == nullptr) return {};
+    if (out == nullptr) return false;
     std::memcpy(out, &job.header, sizeof job.header);
     out += sizeof job.header;
     const std::size_t bytesBehindHeader = request.streamBytes - sizeof job.header;
     CBitWriter writer(out, bytesBehindHeader);
     sections.writeWhatFits(writer, job.stop);
-    return {out, bytesBehindHeader, sections.facts().misreadBit};
+    written = {out, bytesBehindHeader, sections.facts().misreadBit};
+    return true;
 }
 
 /// Returns: what a plain stream loses, as far as there is memory to find out.
-tesk_loss CCompression::lossOf(const CompressRequest& request, const CodedFacts& facts,
-                               const WrittenStream& written) {
+tesk_loss CCompression::lossOf(const CompressRequest& request, const CodedFacts& facts) {
     StreamFate fate;
     fate.stream = written;
     fate.isLossAskedFor = request.isCut;
@@ -85,10 +87,9 @@ tesk_loss CCompression::lossOf(const CompressRequest& request, const CodedFacts&
 
 template <class T>
 tesk_status CCompression::concludePlain(CExactEncoder<T>& coder, CompressRequest& request) {
-    const WrittenStream written = write(coder.sections(), request);
-    if (written.bytes == nullptr) return TESK_BUFFER_TOO_SMALL;
+    if (!write(coder.sections(), request)) return TESK_BUFFER_TOO_SMALL;
     if (job.stop.isSet()) return TESK_STOPPED;
-    request.loss = lossOf(request, coder.sections().facts(), written);
+    request.loss = lossOf(request, coder.sections().facts());
     // Decoders take a stream that only lacks padding for complete, but it was cut.
     if (request.isCut && request.loss == TESK_LOSS_NONE) request.loss = TESK_LOSS_BUDGET;
     if (job.stop.isSet()) return TESK_STOPPED;
@@ -100,15 +101,18 @@ tesk_status CCompression::concludeExact(CExactEncoder<T>& coder, CompressRequest
     const std::optional<Loss> loss = coder.makeRestorable();
     if (!loss || job.stop.isSet()) return TESK_STOPPED;
     if (*loss != Loss::none) return refuse(request, lossNumber({*loss}));
-    const WrittenStream written = write(coder.sections(), request);
+    const bool hasRoom = write(coder.sections(), request);
     if (job.stop.isSet()) return TESK_STOPPED;
-    if (written.bytes == nullptr) return TESK_BUFFER_TOO_SMALL;
+    if (!hasRoom) return TESK_BUFFER_TOO_SMALL;
     request.rescue |= coder.rescues();
-    if (request.isCut) {
-        request.loss = TESK_LOSS_BUDGET;
-        return TESK_CUT;
-    }
-    if (request.budgetBytes != 0 || request.has(TESK_UNVERIFIED)) return TESK_OK;
+    if (!request.isCut) return TESK_OK;
+    request.loss = TESK_LOSS_BUDGET;
+    return TESK_CUT;
+}
+
+tesk_status CCompression::compare(CompressRequest& request) {
+    // The sections are in the stream, too, and would stand beside the decoder.
+    encoder.reset();
     const bool isRestored = restoresExactly(job, written);
     if (job.stop.isSet()) return TESK_STOPPED;
     return isRestored ? TESK_OK : refuse(request, TESK_LOSS_UNKNOWN);

@@ -32,12 +32,13 @@ private:
     template <class T>
     tesk_status concludeExact(CExactEncoder<T>& encoder, CompressRequest& request);
     template <class T>
-    WrittenStream write(CCodedSections<T>& sections, CompressRequest& request);
-    tesk_loss lossOf(const CompressRequest& request, const CodedFacts& facts,
-                     const WrittenStream& written);
+    bool write(CCodedSections<T>& sections, CompressRequest& request);
+    tesk_loss lossOf(const CompressRequest& request, const CodedFacts& facts);
+    tesk_status compare(CompressRequest& request);
 
     ImageJob& job;
     CEitherCoder<CExactEncoder> encoder;
+    WrittenStream written;
 };
 
 /// Compresses all rows of a job, which can be repeated; its declared bits may be raised.

@@ -29,6 +29,12 @@ public:
         return ofShort ? work(*ofShort) : work(*ofInt);
     }
 
+    /// Gives back what the coder holds. Requires: it is not used any more.
+    void reset() {
+        ofShort.reset();
+        ofInt.reset();
+    }
+
 private:
     template <class T>
     std::optional<Coder<T>>& coder() {
