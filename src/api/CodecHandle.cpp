@@ -189,6 +189,7 @@ tesk_status tesk_create(const tesk_options* options, tesk_codec** codec) {
 
 void tesk_destroy(tesk_codec* codec) {
     if (codec == nullptr) return;
+    tesk_abandon(codec);
     const qmx::AllocatorHooks hooks = codec->hooks;
     codec->~tesk_codec();
     hooks.release(hooks.user, codec);

@@ -20,7 +20,7 @@ struct tesk_codec {
     /// TESK_PLAIN and TESK_UNVERIFIED.
     std::uint32_t flags;
     std::atomic<bool> stopRequested{false};
-    /// Of the one of the next two that there is.
+    /// Of the one of the next two that there is; it outlives them, so it stands in front of them.
     std::optional<qmx::CCallMemory> rowMemory{};
     qmx::MemoryObject<qmx::CRowCompression> rowCompression{};
     qmx::MemoryObject<qmx::CRowDecompression> rowDecompression{};

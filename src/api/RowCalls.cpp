@@ -19,11 +19,15 @@ tesk_status beginRows(tesk_codec& codec, const TKHeader& header, Begin begin) {
     return begun;
 }
 
+template <class Work>
+tesk_status unlessStopped(tesk_codec& codec, Work work) {
+    return codec.isStopped() ? TESK_STOPPED : guarded(*codec.rowMemory, std::move(work));
+}
+
 /// Runs another call for the image; it ends it unless the status is TESK_OK.
 template <class Work>
 tesk_status goOn(tesk_codec& codec, Work work) {
-    const tesk_status status =
-        codec.isStopped() ? TESK_STOPPED : guarded(*codec.rowMemory, std::move(work));
+    const tesk_status status = unlessStopped(codec, std::move(work));
     if (status != TESK_OK) tesk_abandon(&codec);
     return status;
 }
@@ -31,8 +35,7 @@ tesk_status goOn(tesk_codec& codec, Work work) {
 /// Runs the last call for the image.
 template <class Work>
 tesk_status endRows(tesk_codec& codec, tesk_result* result, Work work) {
-    const tesk_status status =
-        codec.isStopped() ? TESK_STOPPED : guarded(*codec.rowMemory, std::move(work));
+    const tesk_status status = unlessStopped(codec, std::move(work));
     if (result != nullptr) result->peak_memory_bytes = codec.rowMemory->peakBytes();
     tesk_abandon(&codec);
     return status;

@@ -4,7 +4,7 @@
 /*
  * The C interface of tesk, a lossless, embedded codec for raw images.
  *
- * One image goes in or comes out per call. The library prints nothing, keeps no global state and
+ * One image goes in or comes out per call, or row by row. The library prints nothing, keeps no global state and
  * lets no exception out. A codec works for one thread at a time; codecs of different threads do not
  * touch each other. Only tesk_stop may be called from any thread at any time.
  *
@@ -44,8 +44,10 @@ typedef enum tesk_status {
     TESK_LIMIT_EXCEEDED = 5,     /* beyond what the caller's options allow */
     TESK_OUT_OF_MEMORY = 6,      /* the allocator has no more */
     TESK_BUFFER_TOO_SMALL = 7,   /* the caller's buffer does not hold the result */
-    TESK_INVALID_ARGUMENT = 8,   /* a null pointer, an unknown struct, a stride below a row */
-    TESK_NOT_RESTORABLE = 9      /* no stream restores this image; see TESK_PLAIN */
+    TESK_INVALID_ARGUMENT =
+        8,                  /* a null pointer, an unknown struct, a stride below a row, row calls in
+                                    the wrong order or with too many rows */
+    TESK_NOT_RESTORABLE = 9 /* no stream restores this image; see TESK_PLAIN */
 } tesk_status;
 
 /* Returns: a line of English for a status, also for a number that is none, without a line end. Never
@@ -134,7 +136,8 @@ typedef struct tesk_options {
     size_t struct_bytes;
     /* Largest image, in pixels. 0: no limit. */
     size_t max_pixels;
-    /* Most memory that one call may hold, output blocks included. 0: no limit. A call keeps a limit of
+    /* Most memory that one call may hold, or an image row by row from begin to end, output blocks
+     * included. 0: no limit. A call keeps a limit of
      * the peak_memory_bytes that it tells without one. What an image needs at least is refused before
      * anything is allocated; more may be refused while coding. It says little about the size of an
      * image that is decompressed: that goes row by row. */
@@ -169,7 +172,7 @@ void tesk_destroy(tesk_codec* codec);
 /* Ends the call that works with codec, from any thread, within about one row of pixels or one section
  * of the stream. All further calls return TESK_STOPPED until tesk_clear_stop, those with an invalid
  * argument aside. Requires: codec is not null and not destroyed; for tesk_clear_stop, no call works
- * with it. */
+ * with it; between the calls of an image that goes row by row it may be called. */
 void tesk_stop(tesk_codec* codec);
 void tesk_clear_stop(tesk_codec* codec);
 
@@ -214,7 +217,8 @@ typedef struct tesk_result {
     /* Bytes of the stream that was written, its 16 header bytes included. After
      * TESK_BUFFER_TOO_SMALL the bytes that are needed. 0 after decompression. */
     size_t stream_bytes;
-    /* Most memory that the call held at one time, an output block included. */
+    /* Most memory that the call held at one time, or the image row by row since its begin, an output
+     * block included. */
     size_t peak_memory_bytes;
     /* Why the stream that was written will not restore the image, after TESK_OK and TESK_CUT of a
      * compression; why none would, after TESK_NOT_RESTORABLE; else TESK_LOSS_NONE. */
@@ -258,8 +262,8 @@ tesk_status tesk_compress_to_block(tesk_codec* codec, const tesk_image* image, c
                                    size_t row_stride_bytes, size_t budget_bytes, void** block,
                                    tesk_result* result);
 
-/* Releases a block. Null does nothing. Requires: block is from tesk_compress_to_block of a codec
- * with the same allocator. */
+/* Releases a block. Null does nothing. Requires: block is from tesk_compress_to_block or
+ * tesk_compress_end of a codec with the same allocator. */
 void tesk_release_block(tesk_codec* codec, void* block);
 
 /*
@@ -315,10 +319,10 @@ tesk_status tesk_decompress_reduced(tesk_codec* codec, const void* stream, size_
  * Row by row: rows come, or are asked for, in order and any number at a time. What a codec holds between
  * the calls is the stream, as far as it is coded, and a few rows; images of any size go through.
  *
- * A codec works on one image at a time: from a begin that returns TESK_OK to the end, every other call but
- * those for this image and tesk_stop is TESK_INVALID_ARGUMENT. That answer, which calls in the wrong order
- * and those with too many rows get as well, changes nothing: the image goes on. Every other answer than
- * TESK_OK ends the image, and the codec is free again. tesk_destroy ends it as well.
+ * A codec works on one image at a time: from a begin that returns TESK_OK to the end, every call that
+ * compresses or decompresses something else is TESK_INVALID_ARGUMENT. That answer, which calls in the wrong
+ * order and those with too many rows get as well, changes nothing of the image: it goes on. Every other
+ * answer than TESK_OK ends it, and the codec is free again. tesk_destroy ends it as well.
  *
  * Both limits of the options hold for an image from begin to end.
  */
@@ -334,10 +338,11 @@ tesk_status tesk_decompress_reduced(tesk_codec* codec, const void* stream, size_
  *    they are read before the call returns. They may be null where they have no pixels.
  *  - block, result: as for tesk_compress_to_block.
  *
- * Returns: begin and rows TESK_OK; end TESK_OK or TESK_CUT; otherwise as tesk_compress_to_block, but
- *          TESK_NOT_RESTORABLE with TESK_LOSS_WRAPPED also for images of up to 11 declared bits whose
- *          samples exceed them by so much that 16 bits are too few: coding them anew takes all rows.
- *          tesk_used_bits tells the bits to declare.
+ * Returns: begin and rows TESK_OK; end TESK_OK or TESK_CUT; otherwise as tesk_compress_to_block. What is
+ *          not restorable shows in the end, and without TESK_PLAIN there is one more such case, with a
+ *          budget or without: TESK_LOSS_WRAPPED, up to 11 declared bits and samples that exceed them by so
+ *          much that 16 bits are too few. Coding them anew takes all rows. tesk_used_bits tells the bits
+ *          to declare.
  */
 tesk_status tesk_compress_begin(tesk_codec* codec, const tesk_image* image, size_t budget_bytes);
 tesk_status tesk_compress_rows(tesk_codec* codec, const void* rows, size_t row_stride_bytes,
@@ -362,7 +367,7 @@ tesk_status tesk_decompress_rows(tesk_codec* codec, void* rows, size_t row_strid
                                  uint32_t row_count);
 tesk_status tesk_decompress_end(tesk_codec* codec, tesk_result* result);
 
-/* Ends an image either way without a result; the codec is free again. Does nothing where there is none, or
+/* Ends a compression or decompression that goes row by row without a result; the codec is free again. Does nothing where there is none, or
  * codec is null. */
 void tesk_abandon(tesk_codec* codec);
 

@@ -87,7 +87,7 @@ bool CExactEncoder<T>::rescueSections() {
     if constexpr (kHasShort)
         return moveToOtherRepresentatives();
     else
-        return leaveOutZeros() || addWholeWraps();
+        return addWholeWraps();
 }
 
 template <class T>
@@ -110,18 +110,6 @@ bool CExactEncoder<T>::recode(int plane) {
     };
     return CSectionRescue(values, longest, COtherRepresentative(), job.stop)
         .search(std::ref(accept));
-}
-
-/// Returns: whether all sections fit without last runs that are 0.
-template <class T>
-bool CExactEncoder<T>::leaveOutZeros() {
-    constexpr ClosingRuns kClosing = ClosingRuns::zerosLeftOut;
-    const FoldedValues values = coded->coarsestValues(0);
-    if (excessBits(values, coded->longestCoarsestBits(), kClosing) != 0) return false;
-    coded->recodeCoarsest(0, values, kClosing);
-    if (coded->facts().overlongSections != 0) return false;
-    noteMove(kWholeWraps, false, kClosing);
-    return true;
 }
 
 template <class T>

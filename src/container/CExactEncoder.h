@@ -64,7 +64,6 @@ private:
     bool rescueSections();
     bool moveToOtherRepresentatives();
     bool recode(int plane);
-    bool leaveOutZeros();
     bool addWholeWraps();
     bool codeAgain(IRowSource<T>& source, ClosingRuns closing);
     void noteMove(Rescues move, bool isMoved, ClosingRuns closing);

@@ -16,7 +16,8 @@ public:
     /// asks for it; no more than header.ySize.
     void push(const unsigned char* pixels);
 
-    const unsigned char* row(int) override { return current; }
+    /// Requires: r is the row that was pushed last.
+    const unsigned char* row(int r) override;
     bool canRepeat() const override { return false; }
     bool isSameRow(int r, const unsigned char* decoded, std::size_t sizeBytes) override;
     unsigned usedBits(const TKHeader&, const CStopRequest&) override { return used; }
@@ -24,6 +25,7 @@ public:
 private:
     TKHeader header;
     const unsigned char* current = nullptr;
+    int count = 0;
     CCrc64 pushed;
     CCrc64 compared;
     unsigned used = 0;

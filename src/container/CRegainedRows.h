@@ -16,6 +16,7 @@ public:
     /// Throws: std::bad_alloc.
     template <class T>
     COwnStream(CCodedSections<T>& sections, std::pmr::memory_resource* memory) {
+        // Of images beyond a gigapixel.
         sections.sendEndlessRuns();
         sections.widenLengths();
         sizeBytes = sizeOfBytes(sections.facts().streamBytes());
@@ -31,7 +32,8 @@ private:
     std::size_t sizeBytes;
 };
 
-/// Gives the rows of an image out of its own stream.
+/// Gives the rows of an image out of its own stream. After a stop its rows are undefined: who takes them sees
+/// the stop behind each.
 template <class T>
 class CRegainedRows final : public IRowSource<T> {
 public:

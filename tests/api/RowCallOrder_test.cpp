@@ -164,6 +164,51 @@ TEST_F(RowCallOrder, AStopEndsTheImageAtEveryRow) {
     }
 }
 
+TEST_F(RowCallOrder, AStopEndsACallOfManyRowsAndOneOfNone) {
+    // Noise: sections grow with every row, so that the stop comes in the middle of the call.
+    image = test::makeImage(Content::noise, 3, 8, 200, 150);
+    geometry = test::geometryOf(image);
+    ASSERT_EQ(beginIn(), TESK_OK);
+    heap.stopped = codec.get();
+    heap.restart();
+    heap.stopAt = 3;
+    EXPECT_EQ(push(geometry.height), TESK_STOPPED);
+    EXPECT_LE(heap.calls, 100U) << "the rest of the call was not run";
+    heap.stopAt = test::CountingHeap::kNever;
+    tesk_clear_stop(codec.get());
+    heap.restart();
+    ASSERT_EQ(beginIn(), TESK_OK);
+    ASSERT_EQ(push(geometry.height), TESK_OK);
+    EXPECT_GT(heap.calls, 300U) << "the whole call allocates far more";
+    tesk_stop(codec.get());
+    EXPECT_EQ(push(0), TESK_STOPPED);
+    tesk_clear_stop(codec.get());
+    expectNothingUnderWay();
+}
+
+TEST_F(RowCallOrder, ABeginWithoutRoomForAFewRowsAllocatesNothing) {
+    options.max_memory_bytes = 100;
+    codec = test::makeCodec(&options);
+    heap.restart();
+    EXPECT_EQ(beginIn(), TESK_LIMIT_EXCEEDED);
+    EXPECT_EQ(beginOut(), TESK_LIMIT_EXCEEDED);
+    EXPECT_EQ(heap.calls, 0U);
+}
+
+TEST_F(RowCallOrder, TheEndOfADecompressionFillsItsResult) {
+    ASSERT_EQ(beginOut(), TESK_OK);
+    ASSERT_EQ(pull(geometry.height), TESK_OK);
+    tesk_result result = TESK_RESULT_INIT;
+    result.struct_bytes = 1;
+    EXPECT_EQ(tesk_decompress_end(codec.get(), &result), TESK_INVALID_ARGUMENT);
+    result = {sizeof result, 7, 7, TESK_LOSS_UNKNOWN, 7};
+    ASSERT_EQ(tesk_decompress_end(codec.get(), &result), TESK_OK);
+    EXPECT_EQ(result.stream_bytes, 0U);
+    EXPECT_EQ(result.loss, TESK_LOSS_NONE);
+    EXPECT_EQ(result.rescue, 0U);
+    EXPECT_GT(result.peak_memory_bytes, 1000U);
+}
+
 TEST_F(RowCallOrder, ABeginThatIsRefusedLeavesTheCodecFree) {
     EXPECT_EQ(tesk_compress_begin(nullptr, &geometry, 0), TESK_INVALID_ARGUMENT);
     EXPECT_EQ(tesk_compress_begin(codec.get(), nullptr, 0), TESK_INVALID_ARGUMENT);

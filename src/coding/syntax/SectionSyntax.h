@@ -38,7 +38,8 @@ constexpr std::uint64_t longestSectionBits(int sampleCountBits, int order) {
 }
 
 /// Added to the number of bits of width x height, it makes length fields so wide that no section exceeds
-/// them. Only streams that an encoder writes for itself have such fields.
+/// them: it holds 2^8 bits and more for each coefficient of its order, of which a run code of 0
+/// and a sign, or any longer run for those that it covers, take a few. Only streams that an encoder writes for itself have such fields.
 inline constexpr int kWideningBits = 8;
 
 /// Returns: the number of bits of width x height.
