@@ -1,33 +1,13 @@
 // The C interface with limits, a failing allocator, stops and any arguments: every call has a status
 // that its contract names, and nothing stays allocated.
 
+#include "FailingHeap.h"
 #include "FuzzImage.h"
 
 namespace {
 
 /// More than the largest image takes, less than takes time.
 constexpr std::uint64_t kMostOutputBytes = 500000;
-
-/// An allocator that fails after a number of allocations and counts what is held.
-struct Heap {
-    std::uint64_t allocationsLeft;
-    std::int64_t held = 0;
-};
-
-void* allocate(void* user, std::size_t sizeBytes) {
-    auto& heap = *static_cast<Heap*>(user);
-    if (heap.allocationsLeft == 0) return nullptr;
-    --heap.allocationsLeft;
-    void* memory = fuzz::limitedMalloc(sizeBytes);
-    if (memory != nullptr) ++heap.held;
-    return memory;
-}
-
-void release(void* user, void* memory) {
-    fuzz::require(memory != nullptr, "only memory is released");
-    --static_cast<Heap*>(user)->held;
-    std::free(memory);
-}
 
 struct Limits {
     std::size_t pixels;
@@ -83,14 +63,12 @@ void decompressSome(fuzz::FuzzInput& input, tesk_codec* codec, fuzz::Bytes strea
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const fuzz::MemoryLimit limit;
     fuzz::FuzzInput input(data, size);
-    Heap heap{input.flag() ? input.number(2) : ~std::uint64_t{0}};
+    fuzz::FailingHeap heap{input.flag() ? input.number(2) : ~std::uint64_t{0}};
     const Limits limits{input.flag() ? input.number(2) : 0, input.flag() ? input.number(3) : 0};
     tesk_options options = TESK_OPTIONS_INIT;
     options.max_pixels = limits.pixels;
     options.max_memory_bytes = limits.memoryBytes;
-    options.allocate = allocate;
-    options.release = release;
-    options.user = &heap;
+    heap.serve(options);
     tesk_codec* codec = nullptr;
     if (tesk_create(&options, &codec) != TESK_OK) return 0;
 

@@ -4,34 +4,15 @@
 
 #include <algorithm>
 
+#include "FailingHeap.h"
 #include "FuzzImage.h"
 
 namespace {
 
-/// Counts what is held, and fails after a number of allocations.
-struct Heap {
-    std::uint64_t allocationsLeft;
-    std::int64_t held = 0;
-};
-
-void* allocate(void* user, std::size_t sizeBytes) {
-    auto& heap = *static_cast<Heap*>(user);
-    if (heap.allocationsLeft == 0) return nullptr;
-    --heap.allocationsLeft;
-    void* memory = fuzz::limitedMalloc(sizeBytes);
-    if (memory != nullptr) ++heap.held;
-    return memory;
-}
-
-void release(void* user, void* memory) {
-    --static_cast<Heap*>(user)->held;
-    std::free(memory);
-}
-
 /// A codec, and what is under way in it.
 class Rows {
 public:
-    Rows(const fuzz::Image& fuzzImage, tesk_codec* rowCodec, Heap& codecHeap)
+    Rows(const fuzz::Image& fuzzImage, tesk_codec* rowCodec, fuzz::FailingHeap& codecHeap)
         : image(fuzzImage), codec(rowCodec), heap(codecHeap), restored(image.pixels.size()) {
         const fuzz::Codec whole = fuzz::makeCodec();
         void* block = nullptr;
@@ -157,7 +138,7 @@ private:
 
     const fuzz::Image& image;
     tesk_codec* codec;
-    Heap& heap;
+    fuzz::FailingHeap& heap;
     fuzz::Bytes restored;
     fuzz::Bytes stream;
     tesk_status wholeStatus;
@@ -173,12 +154,10 @@ private:
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const fuzz::MemoryLimit limit;
     fuzz::FuzzInput input(data, size);
-    Heap heap{input.flag() ? input.number(2) : ~std::uint64_t{0}};
+    fuzz::FailingHeap heap{input.flag() ? input.number(2) : ~std::uint64_t{0}};
     tesk_options options = TESK_OPTIONS_INIT;
     options.max_memory_bytes = input.flag() ? input.number(3) : 0;
-    options.allocate = allocate;
-    options.release = release;
-    options.user = &heap;
+    heap.serve(options);
     tesk_codec* codec = nullptr;
     if (tesk_create(&options, &codec) != TESK_OK) return 0;
     fuzz::FuzzInput script(data, size);

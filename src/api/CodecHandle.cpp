@@ -53,6 +53,15 @@ tesk_status checkImage(const tesk_image& image, TKHeader& header) {
     return TESK_OK;
 }
 
+tesk_status checkShape(const tesk_image& image, TKHeader& header) {
+    tesk_image anyBits = TESK_IMAGE_INIT;
+    anyBits.width = image.width;
+    anyBits.height = image.height;
+    anyBits.bytes_per_pixel = image.bytes_per_pixel;
+    anyBits.bits_per_pixel = 1;
+    return checkImage(anyBits, header);
+}
+
 tesk_status checkCompression(const tesk_codec* codec, const tesk_image* image,
                              std::size_t budgetBytes, TKHeader& header) {
     if (codec == nullptr || image == nullptr || !isUnderstood(*image)) return TESK_INVALID_ARGUMENT;

@@ -64,6 +64,9 @@ tesk_status readHeader(const void* stream, std::size_t streamBytes, TKHeader& he
 /// header is then left as it is. Requires: isUnderstood(image).
 tesk_status checkImage(const tesk_image& image, TKHeader& header);
 
+/// The same, whatever bits_per_pixel is.
+tesk_status checkShape(const tesk_image& image, TKHeader& header);
+
 /// Checks all arguments that every call has that compresses, and makes the header.
 /// Returns: TESK_OK; what the call has to return otherwise.
 tesk_status checkCompression(const tesk_codec* codec, const tesk_image* image,

@@ -9,16 +9,6 @@
 namespace qmx {
 namespace {
 
-/// As checkImage, whatever bits_per_pixel is.
-tesk_status checkShape(const tesk_image& image, TKHeader& header) {
-    tesk_image anyBits = TESK_IMAGE_INIT;
-    anyBits.width = image.width;
-    anyBits.height = image.height;
-    anyBits.bytes_per_pixel = image.bytes_per_pixel;
-    anyBits.bits_per_pixel = 1;
-    return checkImage(anyBits, header);
-}
-
 /// Returns: a number as the C interface tells it, 0 where it does not fit.
 std::size_t sizeOrZero(std::uint64_t bytes) {
     return bytes <= std::numeric_limits<std::size_t>::max() ? static_cast<std::size_t>(bytes) : 0;

@@ -1,23 +1,11 @@
 #include "api/ReducedImage.h"
 
 #include <algorithm>
-#include <limits>
 
 #include "api/CodecHandle.h"
 #include "wavelet/LevelGeometry.h"
 
 namespace qmx {
-namespace {
-
-constexpr std::uint32_t kGreatestSide = std::numeric_limits<decltype(TKHeader::xSize)>::max();
-
-bool hasStreams(const tesk_image& image) {
-    return image.bytes_per_pixel >= 1 && image.bytes_per_pixel <= 3 &&
-           image.width <= kGreatestSide && image.height <= kGreatestSide;
-}
-
-}  // namespace
-
 tesk_status reduceShape(ImageShape& shape, std::uint32_t levels) {
     const int most = std::max(levelCount(shape.width, shape.height), 0);
     if (levels > static_cast<std::uint32_t>(most)) return TESK_UNSUPPORTED_FORMAT;
@@ -30,9 +18,11 @@ tesk_status reduceShape(ImageShape& shape, std::uint32_t levels) {
 tesk_status tesk_reduced_image(const tesk_image* image, uint32_t levels, tesk_image* reduced) {
     if (image == nullptr || !qmx::isUnderstood(*image)) return TESK_INVALID_ARGUMENT;
     if (reduced == nullptr || !qmx::hasKnownSize(*reduced)) return TESK_INVALID_ARGUMENT;
-    if (!qmx::hasStreams(*image)) return TESK_UNSUPPORTED_FORMAT;
-    qmx::ImageShape shape{static_cast<int>(image->width), static_cast<int>(image->height), 1};
-    const tesk_status status = qmx::reduceShape(shape, levels);
+    qmx::TKHeader header;
+    tesk_status status = qmx::checkShape(*image, header);
+    if (status != TESK_OK) return status;
+    qmx::ImageShape shape = qmx::shapeOf(header);
+    status = qmx::reduceShape(shape, levels);
     if (status != TESK_OK) return status;
     // Both may be the same struct.
     reduced->width = static_cast<std::uint32_t>(shape.width);
