@@ -1,6 +1,6 @@
 #pragma once
 
-#include "bitstream/CCrc64.h"
+#include "bitstream/CReflectedCrc.h"
 #include "container/IPixelRows.h"
 
 namespace qmx {
