@@ -31,6 +31,18 @@ inline void storeWord(unsigned char* bytes, std::uint64_t word) {
     std::memcpy(bytes, &word, sizeof word);
 }
 
+/// Returns: the 32-bit number at a byte address of any alignment, as headers and trailers hold them.
+inline std::uint32_t loadNumber(const unsigned char* bytes) {
+    std::uint32_t number;
+    std::memcpy(&number, bytes, sizeof number);
+    return number;
+}
+
+/// Stores a 32-bit number at a byte address of any alignment.
+inline void storeNumber(unsigned char* bytes, std::uint32_t number) {
+    std::memcpy(bytes, &number, sizeof number);
+}
+
 /// Returns: a word whose nbits low bits are set. Requires: 0 <= nbits < 64.
 constexpr std::uint64_t lowBits(int nbits) {
     return (std::uint64_t{1} << nbits) - 1;
