@@ -1,0 +1,159 @@
+#include "convert/CConverter.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
+#include <new>
+#include <unistd.h>
+
+#include "convert/ConvertOutput.h"
+#include "convert/DecodeImage.h"
+#include "convert/ImageChecks.h"
+#include "convert/ImageReading.h"
+#include "convert/ImageWriting.h"
+#include "convert/InputFile.h"
+#include "convert/Refusal.h"
+#include "convert/TrailerBoxes.h"
+
+namespace qmx {
+namespace {
+
+/// No format that is read takes more for a pixel, but for what surrounds the pixels.
+constexpr std::uint64_t kMostBytesOfPixel = 24;
+constexpr std::uint64_t kMostBytesAround = 1 << 28;
+constexpr char kCutWords[] = "is cut: its image is an approximation";
+
+std::uint64_t mostInputBytes(const ReadOptions& options) {
+    return std::min<std::uint64_t>(options.mostPixels, PTRDIFF_MAX / 64) * kMostBytesOfPixel +
+           kMostBytesAround;
+}
+
+bool exists(const std::string& name) {
+    std::error_code error;
+    return std::filesystem::exists(std::filesystem::symlink_status(name, error));
+}
+
+std::string strangeBytesWords(const TeskFile& opened) {
+    return std::to_string(opened.strangeBytes) + (opened.strangeBytes == 1 ? " byte" : " bytes") +
+           " behind its end are no trailer: it is damaged, or something was added";
+}
+
+}  // namespace
+
+ConvertOutcome CConverter::convert(const ConvertJob& job) {
+    ConvertOutcome outcome;
+    outcome.input = job.input;
+    try {
+        if (!job.complaint.empty()) throw Refusal{job.complaint};
+        work(job, outcome);
+    } catch (const Refusal& refusal) {
+        outcome.refusal = refusal.words;
+    } catch (const std::bad_alloc&) {
+        outcome.refusal = "there is not enough memory for it";
+    }
+    if (!outcome.refusal.empty()) outcome.result = ConvertResult::refused;
+    return outcome;
+}
+
+void CConverter::work(const ConvertJob& job, ConvertOutcome& outcome) {
+    Buffer file = readInput(job.input, mostInputBytes(options.reading));
+    if (options.onlyChecks) return check(file.view(), outcome);
+    const bool isStreamInput = !options.raw && isStream(file.view());
+    const OutputName output = outputOf(job, isStreamInput);
+    outcome.output = output.isStandardOutput() ? "-" : output.path;
+    if (options.resumes && exists(output.path)) {
+        outcome.result = ConvertResult::passedOver;
+        return;
+    }
+    requireOutput(job, output, options);
+    if (isStreamInput) {
+        decode(file.view(), output, outcome);
+    } else {
+        encode(std::move(file), output, outcome);
+    }
+    if (options.removesInputs) removeInput(job, outcome);
+}
+
+void CConverter::settleLosses(const std::vector<LostPart>& parts, ConvertOutcome& outcome) const {
+    if (parts.empty() || (options.dropsMetadata && !options.isStrict)) return;
+    std::string words;
+    for (const LostPart& part : parts)
+        words += (words.empty() ? "" : ", ") + part.words;
+    if (options.isStrict) throw Refusal{words + " would not be kept, which --strict refuses"};
+    const bool areSeveral = parts.size() > 1 || parts[0].isSeveral;
+    outcome.notes.push_back(words + (areSeveral ? " are not kept" : " is not kept"));
+    outcome.losesMetadata = true;
+}
+
+void CConverter::encode(Buffer file, const OutputName& output, ConvertOutcome& outcome) {
+    if (output.format != FileFormat::stream)
+        throw Refusal{"is an image, and so would be its output: a stream must be one of them"};
+    const ImageFile image = readImage(std::move(file), options);
+    outcome.notes = image.notes;
+    // A raw file is the format that keeps least.
+    settleLosses(writesTrailer() ? image.metadata.notKept : partsLostIn(FileFormat::raw, image.metadata),
+                 outcome);
+    compress(image, output, outcome);
+    outcome.result = ConvertResult::converted;
+}
+
+void CConverter::compress(const ImageFile& image, const OutputName& output, ConvertOutcome& outcome) {
+    CTeskCodec::CBlock block;
+    codec.compress(image, options.budget.isSet() ? options.budget.bytesFor(image) : 0, block);
+    outcome.rawBytes = image.rawBytes();
+    outcome.streamBytes = block.view().size();
+    std::vector<unsigned char> trailer;
+    if (writesTrailer()) trailer = trailerOf(image.metadata, block.view());
+    writeOutput(output, options, [&](IByteSink& sink) {
+        sink.write(block.view());
+        sink.write(ByteView(trailer));
+    });
+}
+
+void CConverter::decode(ByteView file, const OutputName& output, ConvertOutcome& outcome) {
+    if (output.format == FileFormat::stream)
+        throw Refusal{"is a stream already: head -c cuts one, and an OUTPUT as png:x decodes it"};
+    const TeskFile opened = openTeskFile(file);
+    if (opened.strangeBytes != 0) outcome.notes.push_back(strangeBytesWords(opened));
+    if (!opened.isComplete) outcome.notes.emplace_back(kCutWords);
+    if (!opened.isWhole() && options.isStrict)
+        throw Refusal{outcome.notes.back() + ", which --strict refuses"};
+    ImageFile image = decodeImage(opened, output.format, options, codec);
+    outcome.rawBytes = image.rawBytes();
+    outcome.streamBytes = opened.stream.size();
+    settleLosses(partsLostIn(output.format, image.metadata), outcome);
+    writeOutput(output, options, [&](IByteSink& sink) { writeImage(image, output.format, sink); });
+    outcome.result = opened.isWhole() ? ConvertResult::converted : ConvertResult::approximated;
+}
+
+void CConverter::check(ByteView file, ConvertOutcome& outcome) {
+    if (!isStream(file)) throw Refusal{"is no stream"};
+    const TeskFile opened = openTeskFile(file);
+    if (opened.strangeBytes != 0) throw Refusal{strangeBytesWords(opened)};
+    if (!opened.isComplete && options.isStrict) throw Refusal{"is cut, which --strict refuses"};
+    requirePixelCount(opened.geometry.width, opened.geometry.height, options.reading);
+    ImageFile image;
+    codec.decompress(opened.stream, 0, image);
+    outcome.rawBytes = image.rawBytes();
+    outcome.streamBytes = opened.stream.size();
+    outcome.result = opened.isComplete ? ConvertResult::checked : ConvertResult::approximated;
+    if (!opened.isComplete) {
+        outcome.notes.emplace_back(kCutWords);
+    } else if (!opened.hasChecksum) {
+        outcome.notes.emplace_back("has no checksum: nothing can be said but that it decodes");
+    }
+}
+
+void CConverter::removeInput(const ConvertJob& job, ConvertOutcome& outcome) const {
+    if (outcome.result != ConvertResult::converted) return;
+    if (outcome.losesMetadata) {
+        outcome.notes.emplace_back(
+            "is not removed, because not all of it is in its output: --drop-metadata lets it go");
+        return;
+    }
+    if (unlink(job.input.c_str()) != 0)
+        throw Refusal{std::string("cannot be removed: ") + std::strerror(errno)};
+}
+
+}  // namespace qmx

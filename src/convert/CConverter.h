@@ -1,0 +1,32 @@
+#pragma once
+
+#include "convert/CTeskCodec.h"
+#include "convert/ConvertJob.h"
+#include "convert/ConvertOptions.h"
+
+namespace qmx {
+
+/// Converts one file after another, for one thread.
+class CConverter {
+public:
+    /// Requires: convertOptions outlives this object.
+    explicit CConverter(const ConvertOptions& convertOptions) : options(convertOptions) {}
+
+    /// What goes wrong with a file stands in its outcome.
+    ConvertOutcome convert(const ConvertJob& job);
+
+private:
+    void work(const ConvertJob& job, ConvertOutcome& outcome);
+    void encode(Buffer file, const OutputName& output, ConvertOutcome& outcome);
+    void compress(const ImageFile& image, const OutputName& output, ConvertOutcome& outcome);
+    void decode(ByteView file, const OutputName& output, ConvertOutcome& outcome);
+    void check(ByteView file, ConvertOutcome& outcome);
+    void settleLosses(const std::vector<LostPart>& parts, ConvertOutcome& outcome) const;
+    void removeInput(const ConvertJob& job, ConvertOutcome& outcome) const;
+    bool writesTrailer() const { return !options.isBare && !options.budget.isSet(); }
+
+    const ConvertOptions& options;
+    CTeskCodec codec;
+};
+
+}  // namespace qmx

@@ -1,0 +1,59 @@
+#include "convert/CInterruption.h"
+
+#include <csignal>
+#include <pthread.h>
+
+#include "convert/PartFiles.h"
+
+namespace qmx {
+namespace {
+
+/// What tells the waiting thread that nothing is left to wait for.
+constexpr int kEnd = SIGUSR1;
+
+sigset_t signalsOf(std::initializer_list<int> numbers) {
+    sigset_t set;
+    sigemptyset(&set);
+    for (const int number : numbers)
+        sigaddset(&set, number);
+    return set;
+}
+
+/// What was ignored when the program began, as by nohup, stays so.
+bool isIgnored(int number) {
+    struct sigaction action {};
+    return sigaction(number, nullptr, &action) == 0 && action.sa_handler == SIG_IGN;
+}
+
+[[noreturn]] void endBy(int number) {
+    removePartFilesForGood();
+    signal(number, SIG_DFL);
+    const sigset_t own = signalsOf({number});
+    pthread_sigmask(SIG_UNBLOCK, &own, nullptr);
+    raise(number);
+    std::_Exit(128 + number);
+}
+
+void waitForSignals(sigset_t awaited) {
+    int number = 0;
+    while (sigwait(&awaited, &number) != 0) {
+    }
+    if (number != kEnd) endBy(number);
+}
+
+}  // namespace
+
+CInterruption::CInterruption() {
+    sigset_t awaited = signalsOf({kEnd});
+    for (const int number : {SIGINT, SIGTERM, SIGHUP})
+        if (!isIgnored(number)) sigaddset(&awaited, number);
+    pthread_sigmask(SIG_BLOCK, &awaited, nullptr);
+    waiting = std::thread(waitForSignals, awaited);
+}
+
+CInterruption::~CInterruption() {
+    pthread_kill(waiting.native_handle(), kEnd);
+    waiting.join();
+}
+
+}  // namespace qmx

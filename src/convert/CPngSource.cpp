@@ -1,0 +1,53 @@
+#include "convert/CPngSource.h"
+
+#include <new>
+
+#include "convert/ImageChecks.h"
+#include "convert/Refusal.h"
+
+namespace qmx {
+namespace {
+
+/// A profile or a text beyond this is no picture's.
+constexpr png_alloc_size_t kMostChunkBytes = 64 << 20;
+constexpr png_uint_32 kMostCachedChunks = 1000;
+/// Sides are looked at by us, who have words for it.
+constexpr png_uint_32 kAnySide = 0x7FFFFFFF;
+
+}  // namespace
+
+CPngSource::CPngSource(ByteView fileBytes) : file(fileBytes) {
+    png = png_create_read_struct(PNG_LIBPNG_VER_STRING, &words, PngWords::onError, PngWords::onWarning);
+    if (png == nullptr) throw std::bad_alloc();
+    info = png_create_info_struct(png);
+    if (info == nullptr) {
+        png_destroy_read_struct(&png, nullptr, nullptr);
+        throw std::bad_alloc();
+    }
+    png_set_read_fn(png, this, read);
+    png_set_user_limits(png, kAnySide, kAnySide);
+    png_set_chunk_malloc_max(png, kMostChunkBytes);
+    png_set_chunk_cache_max(png, kMostCachedChunks);
+}
+
+void CPngSource::read(png_structp png, png_bytep to, std::size_t sizeBytes) {
+    auto* source = static_cast<CPngSource*>(png_get_io_ptr(png));
+    if (sizeBytes > source->bytesLeft()) {
+        source->isAtEnd = true;
+        png_error(png, "the file ends early");
+    }
+    std::memcpy(to, source->file.data() + source->next, sizeBytes);
+    source->next += sizeBytes;
+}
+
+void CPngSource::refuse() const {
+    throw Refusal{"is a damaged PNG: " + std::string(words.error.data())};
+}
+
+void CPngSource::refuseInRow(std::size_t row, std::size_t height) const {
+    if (isAtEnd) refuseShortFile(row + 1, height);
+    throw Refusal{"is a damaged PNG: " + std::string(words.error.data()) + ", in row " +
+                  std::to_string(row + 1) + " of " + std::to_string(height)};
+}
+
+}  // namespace qmx

@@ -1,0 +1,64 @@
+#pragma once
+
+#include <array>
+#include <cstdarg>
+#include <cstdint>
+#include <string>
+#include <tiffio.h>
+#include <vector>
+
+#include "convert/Buffer.h"
+
+namespace qmx {
+
+/// A TIFF in memory, open by libtiff, whose words it keeps. It is read from a view, or grows in a vector.
+class CTiffFile {
+public:
+    /// Opens a file for reading. Throws: Refusal where it cannot be opened; std::bad_alloc.
+    explicit CTiffFile(ByteView file);
+    /// Begins a file, a BigTIFF where its samples may need one. Requires: written outlives this object.
+    /// Throws: as above.
+    CTiffFile(std::vector<unsigned char>& written, std::uint64_t rawBytes);
+    CTiffFile(const CTiffFile&) = delete;
+    CTiffFile& operator=(const CTiffFile&) = delete;
+    ~CTiffFile();
+
+    TIFF* get() { return tiff; }
+    /// Ends what is written. Returns: whether all went well.
+    bool close();
+
+    /// A field that is a number; fallback where there is none.
+    template <class Number>
+    Number number(std::uint32_t tag, Number fallback) {
+        Number value{};
+        return TIFFGetFieldDefaulted(tiff, tag, &value) == 1 ? value : fallback;
+    }
+
+    /// Forgets whether the end was met.
+    void clearEnd() { metEnd = false; }
+    bool endedEarly() const { return metEnd; }
+    /// What libtiff said first.
+    std::string words() const { return error.data(); }
+    /// Throws: Refusal with these words.
+    [[noreturn]] void refuse() const;
+
+private:
+    void open(const char* mode, std::size_t mostBytesAtOnce);
+    static int onError(TIFF* tiff, void* self, const char* module, const char* format, va_list values);
+    static int onWarning(TIFF*, void*, const char*, const char*, va_list) { return 1; }
+    static tmsize_t read(thandle_t self, void* to, tmsize_t sizeBytes);
+    static tmsize_t write(thandle_t self, void* from, tmsize_t sizeBytes);
+    static toff_t seek(thandle_t self, toff_t offset, int whence);
+    static toff_t size(thandle_t self);
+    std::uint64_t sizeBytes() const { return output != nullptr ? output->size() : input.size(); }
+
+    ByteView input;
+    std::vector<unsigned char>* output = nullptr;
+    std::uint64_t position = 0;
+    bool metEnd = false;
+    bool hasFailed = false;
+    std::array<char, 200> error{};
+    TIFF* tiff = nullptr;
+};
+
+}  // namespace qmx

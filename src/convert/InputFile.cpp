@@ -1,0 +1,95 @@
+#include "convert/InputFile.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "convert/CFileNumber.h"
+#include "convert/Refusal.h"
+
+namespace qmx {
+namespace {
+
+/// What is read at first where nothing says how much there is.
+constexpr std::size_t kFirstBytes = 1 << 20;
+
+[[noreturn]] void refuseReading(int errorNumber) {
+    throw Refusal{std::string("cannot be read: ") + std::strerror(errorNumber)};
+}
+
+CFileNumber openInput(const std::string& name) {
+    // The standard input is closed with this number, so it gets one of its own.
+    const bool isStandardInput = name == "-";
+    const int number = isStandardInput ? dup(STDIN_FILENO) : open(name.c_str(), O_RDONLY | O_CLOEXEC);
+    if (number < 0) refuseReading(errno);
+    return CFileNumber(number);
+}
+
+/// Returns: bytes that came, 0 at the end.
+std::size_t readSome(const CFileNumber& file, unsigned char* to, std::size_t sizeBytes) {
+    while (true) {
+        const ssize_t count = read(file.get(), to, sizeBytes);
+        if (count >= 0) return static_cast<std::size_t>(count);
+        if (errno != EINTR) refuseReading(errno);
+    }
+}
+
+std::size_t readUpTo(const CFileNumber& file, Buffer& buffer, std::size_t from) {
+    std::size_t present = from;
+    while (present < buffer.sizeBytes) {
+        const std::size_t count =
+            readSome(file, buffer.bytes.get() + present, buffer.sizeBytes - present);
+        if (count == 0) break;
+        present += count;
+    }
+    return present;
+}
+
+/// Returns: the bytes that a file says it has, 0 where it does not say.
+std::uint64_t announcedBytes(const CFileNumber& file) {
+    struct stat facts {};
+    if (fstat(file.get(), &facts) != 0) refuseReading(errno);
+    if (S_ISDIR(facts.st_mode)) throw Refusal{"is a folder: -r takes what is in it"};
+    return S_ISREG(facts.st_mode) ? static_cast<std::uint64_t>(facts.st_size) : 0;
+}
+
+Buffer enlarged(const Buffer& buffer, std::size_t sizeBytes) {
+    Buffer larger(sizeBytes);
+    std::copy_n(buffer.bytes.get(), std::min(buffer.sizeBytes, sizeBytes), larger.bytes.get());
+    return larger;
+}
+
+}  // namespace
+
+Buffer readInput(const std::string& name, std::uint64_t mostBytes) {
+    const CFileNumber file = openInput(name);
+    const std::uint64_t announced = announcedBytes(file);
+    // One byte more than announced, so that the end shows.
+    Buffer buffer(std::max<std::uint64_t>(std::min(announced, mostBytes) + 1, kFirstBytes));
+    std::size_t present = readUpTo(file, buffer, 0);
+    while (present == buffer.sizeBytes && present <= mostBytes) {
+        buffer = enlarged(buffer, 2 * buffer.sizeBytes);
+        present = readUpTo(file, buffer, present);
+    }
+    if (present > mostBytes)
+        throw Refusal{"has more than the " + std::to_string(mostBytes) +
+                      " bytes that an image within --max-pixels may have"};
+    buffer.sizeBytes = present;
+    return buffer;
+}
+
+Buffer readHead(const std::string& name, std::size_t count) {
+    try {
+        const CFileNumber file = openInput(name);
+        Buffer head(count);
+        head.sizeBytes = readUpTo(file, head, 0);
+        return head;
+    } catch (const Refusal&) {
+        return {};
+    }
+}
+
+}  // namespace qmx

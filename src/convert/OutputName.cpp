@@ -1,0 +1,38 @@
+#include "convert/OutputName.h"
+
+#include "convert/Refusal.h"
+
+namespace qmx {
+namespace {
+
+constexpr std::string_view kStreamEnding = ".tk";
+
+}  // namespace
+
+OutputName namedOutput(const std::string& argument) {
+    std::string_view rest = argument;
+    std::optional<FileFormat> format = takeFormat(rest);
+    if (format && rest.empty()) throw Refusal{"there is no name behind '" + argument + "'"};
+    if (!format && rest == "-") format = FileFormat::stream;
+    if (!format) format = formatOfName(rest);
+    if (!format)
+        throw Refusal{"the output '" + argument + "' has no ending of a format: begin it with one, as png:" +
+                      argument};
+    return {rest == "-" ? "" : std::string(rest), *format};
+}
+
+OutputName derivedOutput(const std::string& input, bool isStreamInput) {
+    if (!isStreamInput) return {input + std::string(kStreamEnding), FileFormat::stream};
+    if (!input.ends_with(kStreamEnding))
+        throw Refusal{"is a stream whose name does not end in .tk: name an OUTPUT"};
+    const std::string name = input.substr(0, input.size() - kStreamEnding.size());
+    // A stream that was not made from a file of ours has no other ending.
+    const std::size_t nameAt = name.rfind('/') + 1;
+    if (name.find('.', nameAt) == std::string::npos) return {name + ".png", FileFormat::png};
+    const auto format = formatOfName(name);
+    if (!format || *format == FileFormat::stream)
+        throw Refusal{"'" + name + "' would have no ending of a format: name an OUTPUT, as png:" + name};
+    return {name, *format};
+}
+
+}  // namespace qmx

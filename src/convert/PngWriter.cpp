@@ -1,0 +1,84 @@
+#include "convert/PngWriter.h"
+
+#include <bit>
+#include <exception>
+#include <new>
+
+#include "convert/PngGuard.h"
+#include "convert/PngMetadata.h"
+#include "convert/Refusal.h"
+
+namespace qmx {
+namespace {
+
+/// Level 6 is 25 times slower, and 5 % smaller.
+constexpr int kCompressionLevel = 1;
+
+/// The structures of libpng, and what the sink threw while they were at work.
+struct PngOutput {
+    explicit PngOutput(IByteSink& byteSink) : sink(byteSink) {
+        png = png_create_write_struct(PNG_LIBPNG_VER_STRING, &words, PngWords::onError,
+                                      PngWords::onWarning);
+        if (png == nullptr) throw std::bad_alloc();
+        info = png_create_info_struct(png);
+        if (info == nullptr) {
+            png_destroy_write_struct(&png, nullptr);
+            throw std::bad_alloc();
+        }
+        png_set_write_fn(png, this, write, [](png_structp) {});
+    }
+    PngOutput(const PngOutput&) = delete;
+    PngOutput& operator=(const PngOutput&) = delete;
+    ~PngOutput() { png_destroy_write_struct(&png, &info); }
+
+    static void write(png_structp png, png_bytep bytes, std::size_t sizeBytes) {
+        auto* output = static_cast<PngOutput*>(png_get_io_ptr(png));
+        if (!output->hasTaken(bytes, sizeBytes)) png_error(png, "the output cannot be written");
+    }
+    bool hasTaken(png_bytep bytes, std::size_t sizeBytes) {
+        try {
+            sink.write(ByteView(bytes, sizeBytes));
+            return true;
+        } catch (...) {
+            thrown = std::current_exception();
+            return false;
+        }
+    }
+
+    IByteSink& sink;
+    PngWords words;
+    std::exception_ptr thrown;
+    png_structp png = nullptr;
+    png_infop info = nullptr;
+};
+
+int depthOf(const ImageFile& image) {
+    if (image.isColour()) return 8;
+    if (image.geometry.bytes_per_pixel == 2) return 16;
+    return static_cast<int>(std::bit_ceil(image.geometry.bits_per_pixel));
+}
+
+void writeAll(PngOutput& output, const ImageFile& image) {
+    png_set_IHDR(output.png, output.info, image.geometry.width, image.geometry.height, depthOf(image),
+                 image.isColour() ? PNG_COLOR_TYPE_RGB : PNG_COLOR_TYPE_GRAY, PNG_INTERLACE_NONE,
+                 PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
+    png_set_compression_level(output.png, kCompressionLevel);
+    putMetadata(output.png, output.info, image.metadata);
+    png_write_info(output.png, output.info);
+    if (depthOf(image) == 16) png_set_swap(output.png);
+    if (depthOf(image) < 8) png_set_packing(output.png);
+    for (std::size_t r = 0; r < image.geometry.height; ++r)
+        png_write_row(output.png, image.pixels() + r * image.rowBytes());
+    png_write_end(output.png, output.info);
+}
+
+}  // namespace
+
+void writePng(const ImageFile& image, IByteSink& sink) {
+    PngOutput output(sink);
+    if (completes(output.png, [&] { writeAll(output, image); })) return;
+    if (output.thrown) std::rethrow_exception(output.thrown);
+    throw Refusal{"no PNG can be made of it: " + std::string(output.words.error.data())};
+}
+
+}  // namespace qmx

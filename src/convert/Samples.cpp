@@ -1,0 +1,51 @@
+#include "convert/Samples.h"
+
+#include <algorithm>
+#include <cstring>
+#include <utility>
+
+namespace qmx {
+
+void swapSampleBytes(unsigned char* samples, std::size_t sampleCount) {
+    for (std::size_t i = 0; i < sampleCount; ++i)
+        std::swap(samples[2 * i], samples[2 * i + 1]);
+}
+
+void flipSampleSigns(unsigned char* samples, std::size_t sampleCount) {
+    for (std::size_t i = 0; i < sampleCount; ++i)
+        samples[2 * i + 1] ^= 0x80;
+}
+
+void unpackSamples(const unsigned char* packed, unsigned bits, unsigned char* samples,
+                   std::size_t sampleCount) {
+    const std::size_t perByte = 8 / bits;
+    const unsigned mask = (1U << bits) - 1;
+    for (std::size_t i = 0; i < sampleCount; ++i) {
+        const unsigned shift = 8 - bits * static_cast<unsigned>(i % perByte + 1);
+        samples[i] = static_cast<unsigned char>((packed[i / perByte] >> shift) & mask);
+    }
+}
+
+void packSamples(const unsigned char* samples, unsigned bits, unsigned char* packed,
+                 std::size_t sampleCount) {
+    const std::size_t perByte = 8 / bits;
+    std::fill_n(packed, (sampleCount + perByte - 1) / perByte, static_cast<unsigned char>(0));
+    for (std::size_t i = 0; i < sampleCount; ++i) {
+        const unsigned shift = 8 - bits * static_cast<unsigned>(i % perByte + 1);
+        packed[i / perByte] =
+            static_cast<unsigned char>(packed[i / perByte] | (unsigned{samples[i]} << shift));
+    }
+}
+
+bool removeOpaqueChannel(unsigned char* pixels, std::size_t pixelCount, std::size_t pixelBytes,
+                         ByteView opaque) {
+    const std::size_t keptBytes = pixelBytes - opaque.size();
+    for (std::size_t i = 0; i < pixelCount; ++i) {
+        const unsigned char* pixel = pixels + i * pixelBytes;
+        if (!std::equal(opaque.begin(), opaque.end(), pixel + keptBytes)) return false;
+        std::memmove(pixels + i * keptBytes, pixel, keptBytes);
+    }
+    return true;
+}
+
+}  // namespace qmx

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <cstddef>
+
+#include "convert/ImageFile.h"
+
+namespace qmx {
+
+// What is done to samples on their way, always without loss.
+
+/// Turns 16-bit samples from one byte order into the other, in place.
+void swapSampleBytes(unsigned char* samples, std::size_t sampleCount);
+
+/// Adds 32768 to 16-bit samples, little-endian, modulo 65536, in place: what was signed keeps its order as an
+/// unsigned number. A second time undoes it.
+void flipSampleSigns(unsigned char* samples, std::size_t sampleCount);
+
+/// Spreads samples of 1, 2 or 4 bits, packed from the highest bits of a byte on, over a byte each.
+void unpackSamples(const unsigned char* packed, unsigned bits, unsigned char* samples,
+                   std::size_t sampleCount);
+/// The other way round. The last byte is filled up with zeros.
+void packSamples(const unsigned char* samples, unsigned bits, unsigned char* packed,
+                 std::size_t sampleCount);
+
+/// Takes away the last of each pixel's channels where it has the bytes of `opaque` everywhere.
+/// Returns: whether it has. When not, some pixels may have lost theirs.
+bool removeOpaqueChannel(unsigned char* pixels, std::size_t pixelCount, std::size_t pixelBytes,
+                         ByteView opaque);
+
+}  // namespace qmx

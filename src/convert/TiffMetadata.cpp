@@ -1,0 +1,84 @@
+// What a TIFF says besides its pixels.
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+#include <limits>
+
+#include "convert/TiffLayout.h"
+#include "convert/Utf8.h"
+
+namespace qmx {
+namespace {
+
+constexpr double kCentimetresOfMetre = 100;
+constexpr double kCentimetresOfInch = 2.54;
+
+std::string bytesOfField(CTiffFile& file, std::uint32_t tag) {
+    std::uint32_t count = 0;
+    void* bytes = nullptr;
+    if (TIFFGetField(file.get(), tag, &count, &bytes) != 1) return {};
+    return {static_cast<const char*>(bytes), count};
+}
+
+std::string description(CTiffFile& file) {
+    const char* text = nullptr;
+    if (TIFFGetField(file.get(), TIFFTAG_IMAGEDESCRIPTION, &text) != 1) return {};
+    return isUtf8(text) ? text : latin1ToUtf8(text);
+}
+
+/// Returns: 0 where it is no number of pixels.
+std::uint32_t perMetre(float value, double unitsOfMetre) {
+    const double pixels = std::round(double{value} * unitsOfMetre);
+    const bool isNumber = pixels >= 1 && pixels <= double{std::numeric_limits<std::uint32_t>::max()};
+    return isNumber ? static_cast<std::uint32_t>(pixels) : 0;
+}
+
+/// Returns: whether there is none, or it is kept.
+bool takeResolution(CTiffFile& file, Metadata& metadata) {
+    float x = 0;
+    float y = 0;
+    const bool isThere = TIFFGetField(file.get(), TIFFTAG_XRESOLUTION, &x) == 1 &&
+                         TIFFGetField(file.get(), TIFFTAG_YRESOLUTION, &y) == 1;
+    if (!isThere) return true;
+    const auto unit = file.number<std::uint16_t>(TIFFTAG_RESOLUTIONUNIT, RESUNIT_INCH);
+    if (unit != RESUNIT_INCH && unit != RESUNIT_CENTIMETER) return false;
+    const double unitsOfMetre =
+        unit == RESUNIT_INCH ? kCentimetresOfMetre / kCentimetresOfInch : kCentimetresOfMetre;
+    const Resolution resolution{perMetre(x, unitsOfMetre), perMetre(y, unitsOfMetre)};
+    if (resolution.pixelsPerMetreX == 0 || resolution.pixelsPerMetreY == 0) return false;
+    metadata.resolution = resolution;
+    return true;
+}
+
+/// libtiff lists the tags that say nothing about where and how the samples stand.
+std::vector<std::uint32_t> otherTags(CTiffFile& file) {
+    constexpr std::uint32_t kTaken[] = {TIFFTAG_IMAGEDESCRIPTION, TIFFTAG_ICCPROFILE, TIFFTAG_XMLPACKET,
+                                        TIFFTAG_PREDICTOR,        TIFFTAG_GROUP3OPTIONS,
+                                        TIFFTAG_GROUP4OPTIONS};
+    std::vector<std::uint32_t> tags;
+    for (int i = 0; i < TIFFGetTagListCount(file.get()); ++i) {
+        const std::uint32_t tag = TIFFGetTagListEntry(file.get(), i);
+        if (std::find(std::begin(kTaken), std::end(kTaken), tag) == std::end(kTaken)) tags.push_back(tag);
+    }
+    return tags;
+}
+
+}  // namespace
+
+void takeMetadata(CTiffFile& file, Metadata& metadata) {
+    metadata.icc = bytesOfField(file, TIFFTAG_ICCPROFILE);
+    metadata.xmp = bytesOfField(file, TIFFTAG_XMLPACKET);
+    metadata.description = description(file);
+    std::vector<std::uint32_t> tags = otherTags(file);
+    if (!takeResolution(file, metadata))
+        tags.insert(tags.end(), {TIFFTAG_XRESOLUTION, TIFFTAG_YRESOLUTION});
+    if (tags.empty()) return;
+    std::sort(tags.begin(), tags.end());
+    std::string words = tags.size() == 1 ? "TIFF tag" : "TIFF tags";
+    for (std::size_t i = 0; i < tags.size(); ++i)
+        words += (i == 0 ? " " : ", ") + std::to_string(tags[i]);
+    metadata.notKept.push_back({words, tags.size() > 1});
+}
+
+}  // namespace qmx
