@@ -46,7 +46,8 @@ std::string timeOfDay() {
 }
 
 void printLine(const std::string& name, const std::string& words) {
-    std::fprintf(stderr, "tesk-convert: %s: %s\n", onOneLine(name).c_str(), onOneLine(words).c_str());
+    std::fprintf(stderr, "tesk-convert: %s: %s\n", onOneLine(name).c_str(),
+                 onOneLine(words).c_str());
 }
 
 /// What -v says of a file.
@@ -91,7 +92,8 @@ void CConvertReport::log(const ConvertOutcome& outcome) {
     for (const std::string& note : outcome.notes)
         words += (words.empty() ? "" : "; ") + note;
     std::fprintf(logFile.get(), "%s\t%s\t%s\t%s\t%llu\t%llu\t%s\n", timeOfDay().c_str(),
-                 wordOf(outcome.result), onOneLine(outcome.input).c_str(), onOneLine(outcome.output).c_str(),
+                 wordOf(outcome.result), onOneLine(outcome.input).c_str(),
+                 onOneLine(outcome.output).c_str(),
                  static_cast<unsigned long long>(outcome.rawBytes),
                  static_cast<unsigned long long>(outcome.streamBytes), onOneLine(words).c_str());
     // A line that is not there after a crash is no log.

@@ -53,7 +53,8 @@ std::string CConvertTotals::progressWords(std::chrono::duration<double> elapsed)
     words += ", " + withUnit(static_cast<double>(rawBytes) / 1e6 / seconds, "%.0f", " MB/s");
     if (seconds < kSecondsBeforeGuess) return words;
     const std::size_t worked = done - passedOver;
-    const double left = seconds * static_cast<double>(fileCount - done) / static_cast<double>(worked);
+    const double left =
+        seconds * static_cast<double>(fileCount - done) / static_cast<double>(worked);
     return words + ", " + timeInWords(left) + " left";
 }
 
@@ -61,8 +62,8 @@ std::string CConvertTotals::finalWords() const {
     const std::size_t good = done - refused - passedOver;
     std::string words = std::to_string(good) + " of " + std::to_string(fileCount) + " files";
     if (streamBytes != 0)
-        words += ", " + bytesInWords(rawBytes) + " of pixels, " + bytesInWords(streamBytes) + " of streams (" +
-                 withUnit(ratio(), "%.2f", ":1)");
+        words += ", " + bytesInWords(rawBytes) + " of pixels, " + bytesInWords(streamBytes) +
+                 " of streams (" + withUnit(ratio(), "%.2f", ":1)");
     if (approximated != 0) words += ", " + std::to_string(approximated) + " approximations";
     if (passedOver != 0) words += ", " + std::to_string(passedOver) + " passed over";
     if (refused != 0) words += ", " + std::to_string(refused) + " refused";

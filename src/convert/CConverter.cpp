@@ -92,13 +92,15 @@ void CConverter::encode(Buffer file, const OutputName& output, ConvertOutcome& o
     const ImageFile image = readImage(std::move(file), options);
     outcome.notes = image.notes;
     // A raw file is the format that keeps least.
-    settleLosses(writesTrailer() ? image.metadata.notKept : partsLostIn(FileFormat::raw, image.metadata),
-                 outcome);
+    settleLosses(
+        writesTrailer() ? image.metadata.notKept : partsLostIn(FileFormat::raw, image.metadata),
+        outcome);
     compress(image, output, outcome);
     outcome.result = ConvertResult::converted;
 }
 
-void CConverter::compress(const ImageFile& image, const OutputName& output, ConvertOutcome& outcome) {
+void CConverter::compress(const ImageFile& image, const OutputName& output,
+                          ConvertOutcome& outcome) {
     CTeskCodec::CBlock block;
     codec.compress(image, options.budget.isSet() ? options.budget.bytesFor(image) : 0, block);
     outcome.rawBytes = image.rawBytes();

@@ -97,7 +97,8 @@ void COutputFile::write(ByteView bytes) {
 }
 
 void COutputFile::finish() {
-    if (rules.reachesDisk && !partName.empty() && fsync(file.get()) != 0) refuseWriting(name, errno);
+    if (rules.reachesDisk && !partName.empty() && fsync(file.get()) != 0)
+        refuseWriting(name, errno);
     // Some file systems tell only now that there was no room.
     if (close(file.release()) != 0) refuseWriting(name, errno);
     if (partName.empty()) return;
@@ -127,12 +128,14 @@ void requireFreeName(const std::string& name) {
 void CStandardOutput::write(ByteView bytes) {
     const int errorNumber = writeAll(STDOUT_FILENO, bytes);
     if (errorNumber != 0)
-        throw Refusal{std::string("cannot write the standard output: ") + std::strerror(errorNumber)};
+        throw Refusal{std::string("cannot write the standard output: ") +
+                      std::strerror(errorNumber)};
 }
 
 bool isPartName(const std::string& fileName) {
     const std::size_t at = fileName.rfind(kPartEnding);
-    const std::string digits = at == std::string::npos ? "" : fileName.substr(at + sizeof kPartEnding - 1);
+    const std::string digits =
+        at == std::string::npos ? "" : fileName.substr(at + sizeof kPartEnding - 1);
     return fileName.starts_with('.') && !digits.empty() &&
            digits.find_first_not_of("0123456789") == std::string::npos;
 }

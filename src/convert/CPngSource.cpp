@@ -17,7 +17,8 @@ constexpr png_uint_32 kAnySide = 0x7FFFFFFF;
 }  // namespace
 
 CPngSource::CPngSource(ByteView fileBytes) : file(fileBytes) {
-    png = png_create_read_struct(PNG_LIBPNG_VER_STRING, &words, PngWords::onError, PngWords::onWarning);
+    png = png_create_read_struct(PNG_LIBPNG_VER_STRING, &words, PngWords::onError,
+                                 PngWords::onWarning);
     if (png == nullptr) throw std::bad_alloc();
     info = png_create_info_struct(png);
     if (info == nullptr) {
@@ -28,6 +29,8 @@ CPngSource::CPngSource(ByteView fileBytes) : file(fileBytes) {
     png_set_user_limits(png, kAnySide, kAnySide);
     png_set_chunk_malloc_max(png, kMostChunkBytes);
     png_set_chunk_cache_max(png, kMostCachedChunks);
+    // A profile that says sRGB wrongly is kept, and libpng says no more about it.
+    png_set_option(png, PNG_SKIP_sRGB_CHECK_PROFILE, PNG_OPTION_ON);
 }
 
 void CPngSource::read(png_structp png, png_bytep to, std::size_t sizeBytes) {

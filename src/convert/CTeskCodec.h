@@ -23,7 +23,9 @@ public:
         CBlock(const CBlock&) = delete;
         CBlock& operator=(const CBlock&) = delete;
         ~CBlock() { tesk_release_block(owner, block); }
-        ByteView view() const { return {static_cast<const unsigned char*>(block), result.stream_bytes}; }
+        ByteView view() const {
+            return {static_cast<const unsigned char*>(block), result.stream_bytes};
+        }
         bool isCut() const { return status == TESK_CUT; }
 
     private:

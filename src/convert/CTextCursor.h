@@ -11,7 +11,8 @@ namespace qmx {
 /// Reads the words of a head that is text, up to where the bytes of the image begin.
 class CTextCursor {
 public:
-    explicit CTextCursor(ByteView textBytes, std::size_t startByte) : text(textBytes), next(startByte) {}
+    explicit CTextCursor(ByteView textBytes, std::size_t startByte)
+        : text(textBytes), next(startByte) {}
 
     std::size_t position() const { return next; }
     bool isAtEnd() const { return next >= text.size(); }

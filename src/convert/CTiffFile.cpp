@@ -22,7 +22,8 @@ CTiffFile::CTiffFile(ByteView file) : input(file) {
     open("rm", file.size() + kMostTableBytes);
 }
 
-CTiffFile::CTiffFile(std::vector<unsigned char>& written, std::uint64_t rawBytes) : output(&written) {
+CTiffFile::CTiffFile(std::vector<unsigned char>& written, std::uint64_t rawBytes)
+    : output(&written) {
     open(rawBytes > kMostRawBytesOfTiff ? "w8m" : "wm", 0);
 }
 
@@ -32,8 +33,9 @@ void CTiffFile::open(const char* mode, std::size_t mostBytesAtOnce) {
     TIFFOpenOptionsSetMaxSingleMemAlloc(options, static_cast<tmsize_t>(mostBytesAtOnce));
     TIFFOpenOptionsSetErrorHandlerExtR(options, onError, this);
     TIFFOpenOptionsSetWarningHandlerExtR(options, onWarning, this);
-    tiff = TIFFClientOpenExt("TIFF", mode, this, read, write, seek, [](thandle_t) { return 0; }, size,
-                             nullptr, nullptr, options);
+    tiff = TIFFClientOpenExt(
+        "TIFF", mode, this, read, write, seek, [](thandle_t) { return 0; }, size, nullptr, nullptr,
+        options);
     TIFFOpenOptionsFree(options);
     if (tiff == nullptr) refuse();
 }
@@ -67,7 +69,8 @@ tmsize_t CTiffFile::read(thandle_t self, void* to, tmsize_t sizeBytes) {
     const auto wanted = static_cast<std::uint64_t>(sizeBytes);
     const std::uint64_t count = std::min(left, wanted);
     file->metEnd = file->metEnd || count < wanted;
-    const unsigned char* bytes = file->output != nullptr ? file->output->data() : file->input.data();
+    const unsigned char* bytes =
+        file->output != nullptr ? file->output->data() : file->input.data();
     if (count > 0) std::memcpy(to, bytes + file->position, count);
     file->position += count;
     return static_cast<tmsize_t>(count);

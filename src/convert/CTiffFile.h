@@ -44,7 +44,8 @@ public:
 
 private:
     void open(const char* mode, std::size_t mostBytesAtOnce);
-    static int onError(TIFF* tiff, void* self, const char* module, const char* format, va_list values);
+    static int onError(TIFF* tiff, void* self, const char* module, const char* format,
+                       va_list values);
     static int onWarning(TIFF*, void*, const char*, const char*, va_list) { return 1; }
     static tmsize_t read(thandle_t self, void* to, tmsize_t sizeBytes);
     static tmsize_t write(thandle_t self, void* from, tmsize_t sizeBytes);

@@ -27,7 +27,9 @@ std::uint64_t scaledNumber(const std::string& option, const std::string& text, s
     bool isWrong = error != std::errc() || next != end || value == 0;
     for (; !isWrong && steps > 0; --steps)
         isWrong = __builtin_mul_overflow(value, unit, &value);
-    if (isWrong) throw CLI::ValidationError(option, "'" + text + "' is no number, or one with K, M or G behind it");
+    if (isWrong)
+        throw CLI::ValidationError(option,
+                                   "'" + text + "' is no number, or one with K, M or G behind it");
     return value;
 }
 
@@ -64,7 +66,8 @@ void CConvertParser::addFiles() {
     app.add_flag("-r,--recursive", options.isRecursive);
     app.add_option_function<std::string>("--only", [this](const std::string& kind) {
         if (kind != "images" && kind != "streams")
-            throw CLI::ValidationError("--only", "'" + kind + "' is neither 'images' nor 'streams'");
+            throw CLI::ValidationError("--only",
+                                       "'" + kind + "' is neither 'images' nor 'streams'");
         options.only = kind == "images" ? OnlyKind::images : OnlyKind::streams;
     });
     app.add_option("-j,--jobs", options.jobs)->check(CLI::Range(0U, kMostJobs));
@@ -78,11 +81,13 @@ void CConvertParser::addImages() {
     app.add_option_function<std::string>("--raw", [this](const std::string& text) {
         options.raw = parseRawLayout(text);
         if (!options.raw)
-            throw CLI::ValidationError("--raw", "'" + text + "' is not as 640x480:gray12 or 640x480:rgb8+16");
+            throw CLI::ValidationError(
+                "--raw", "'" + text + "' is not as 640x480:gray12 or 640x480:rgb8+16");
     });
     addBudgets();
     app.add_option_function<std::string>("--bits", [this](const std::string& text) {
-        const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), options.bits);
+        const auto [end, error] =
+            std::from_chars(text.data(), text.data() + text.size(), options.bits);
         const bool isNumber = error == std::errc() && end == text.data() + text.size() &&
                               options.bits >= 1 && options.bits <= kMostBits;
         if (!isNumber && text != "auto")
@@ -100,14 +105,16 @@ void CConvertParser::addImages() {
 }
 
 void CConvertParser::addBudgets() {
-    CLI::Option* bytes = app.add_option_function<std::string>("--bytes", [this](const std::string& text) {
-        options.budget.bytes = scaledNumber("--bytes", text, 1024);
-        if (options.budget.bytes < kLeastStreamBytes)
-            throw CLI::ValidationError("--bytes", "a stream has at least 16 bytes");
-    });
+    CLI::Option* bytes =
+        app.add_option_function<std::string>("--bytes", [this](const std::string& text) {
+            options.budget.bytes = scaledNumber("--bytes", text, 1024);
+            if (options.budget.bytes < kLeastStreamBytes)
+                throw CLI::ValidationError("--bytes", "a stream has at least 16 bytes");
+        });
     const auto positive = CLI::Range(1e-9, 1e9);
     CLI::Option* rate = app.add_option("--rate", options.budget.rate)->check(positive);
-    CLI::Option* bits = app.add_option("--bits-per-sample", options.budget.bitsPerSample)->check(positive);
+    CLI::Option* bits =
+        app.add_option("--bits-per-sample", options.budget.bitsPerSample)->check(positive);
     bytes->excludes(rate, bits);
     rate->excludes(bits);
 }
@@ -140,11 +147,14 @@ std::string CConvertParser::complaintAboutNames() {
 
 /// Returns: which options do not go together, or nothing.
 std::string CConvertParser::complaintAboutPairs() const {
-    const bool approximates = options.budget.isSet() || options.reduceLevels != 0 || options.thumbnailSide != 0;
+    const bool approximates =
+        options.budget.isSet() || options.reduceLevels != 0 || options.thumbnailSide != 0;
     if (options.removesInputs && approximates)
         return "--rm does not go with an output that is an approximation: the image would be lost";
-    if (options.removesInputs && options.isRecursive && !options.folder && options.only == OnlyKind::all)
-        return "--rm -r without -d needs --only images or --only streams: run again, it would turn round";
+    if (options.removesInputs && options.isRecursive && !options.folder &&
+        options.only == OnlyKind::all)
+        return "--rm -r without -d needs --only images or --only streams: run again, it would turn "
+               "round";
     if (options.reduceLevels != 0 && options.thumbnailSide != 0)
         return "--reduce and --thumbnail do not go together";
     if (options.isQuiet && options.isVerbose) return "-q and -v do not go together";

@@ -26,7 +26,8 @@ void makeFolders(const fs::path& folder) {
 OutputName outputOf(const ConvertJob& job, bool isStreamInput) {
     if (job.output) return *job.output;
     if (job.input != "-") return derivedOutput(job.nameForOutput, isStreamInput);
-    if (isStreamInput) throw Refusal{"has no name to make that of an image from: name an OUTPUT, as png:-"};
+    if (isStreamInput)
+        throw Refusal{"has no name to make that of an image from: name an OUTPUT, as png:-"};
     return {};
 }
 
@@ -35,8 +36,10 @@ void requireOutput(const ConvertJob& job, const OutputName& output, const Conver
     std::error_code error;
     if (job.input != "-" && fs::equivalent(job.input, output.path, error))
         throw Refusal{"is its own output"};
-    if (!options.overwrites && fs::is_regular_file(output.path, error)) requireFreeName(output.path);
-    if (fs::is_directory(output.path, error)) throw Refusal{"'" + output.path + "' is a folder: -d writes there"};
+    if (!options.overwrites && fs::is_regular_file(output.path, error))
+        requireFreeName(output.path);
+    if (fs::is_directory(output.path, error))
+        throw Refusal{"'" + output.path + "' is a folder: -d writes there"};
     if (options.folder) makeFolders(fs::path(output.path).parent_path());
 }
 

@@ -50,9 +50,11 @@ void CPlan::addInput(const std::string& input) {
 void CPlan::addFolder(const std::string& name) {
     std::vector<fs::path> paths;
     std::error_code error;
-    for (fs::recursive_directory_iterator entry(name, error), end; entry != end; entry.increment(error)) {
+    for (fs::recursive_directory_iterator entry(name, error), end; entry != end;
+         entry.increment(error)) {
         const bool isFile = entry->is_regular_file(error);
-        if (isFile && !isPartName(entry->path().filename().string())) paths.push_back(entry->path());
+        if (isFile && !isPartName(entry->path().filename().string()))
+            paths.push_back(entry->path());
     }
     std::sort(paths.begin(), paths.end());
     for (const fs::path& path : paths)

@@ -28,8 +28,10 @@ Metadata metadataOfThumbnail(const Metadata& metadata) {
 
 Metadata metadataOfReduced(Metadata metadata, std::uint32_t levels) {
     if (metadata.resolution) {
-        metadata.resolution->pixelsPerMetreX = std::max(metadata.resolution->pixelsPerMetreX >> levels, 1U);
-        metadata.resolution->pixelsPerMetreY = std::max(metadata.resolution->pixelsPerMetreY >> levels, 1U);
+        metadata.resolution->pixelsPerMetreX =
+            std::max(metadata.resolution->pixelsPerMetreX >> levels, 1U);
+        metadata.resolution->pixelsPerMetreY =
+            std::max(metadata.resolution->pixelsPerMetreY >> levels, 1U);
     }
     return metadata;
 }

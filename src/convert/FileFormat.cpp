@@ -17,9 +17,9 @@ struct NamedFormat {
 };
 
 constexpr NamedFormat kFormats[] = {
-    {"tk", FileFormat::stream}, {"pbm", FileFormat::pbm},   {"pgm", FileFormat::pgm},
-    {"ppm", FileFormat::ppm},   {"pnm", FileFormat::pnm},   {"pam", FileFormat::pam},
-    {"png", FileFormat::png},   {"tif", FileFormat::tiff},  {"tiff", FileFormat::tiff},
+    {"tk", FileFormat::stream}, {"pbm", FileFormat::pbm},  {"pgm", FileFormat::pgm},
+    {"ppm", FileFormat::ppm},   {"pnm", FileFormat::pnm},  {"pam", FileFormat::pam},
+    {"png", FileFormat::png},   {"tif", FileFormat::tiff}, {"tiff", FileFormat::tiff},
     {"npy", FileFormat::npy},   {"raw", FileFormat::raw}};
 
 /// How a format that is refused begins, at a byte of the file.
@@ -34,21 +34,19 @@ constexpr char kLossy[] = ", which is lossy: its stream would be several times a
 using namespace std::string_view_literals;
 
 constexpr RefusedFormat kRefused[] = {
-    {0, "\xFF\xD8\xFF"sv, "a JPEG file"},
-    {8, "WEBP"sv, "a WebP file"},
-    {4, "jP  \r\n"sv, "a JPEG 2000 file"},
-    {0, "\xFF\x4F\xFF\x51"sv, "a JPEG 2000 file"},
-    {0, "\xFF\x0A"sv, "a JPEG XL file"},
-    {4, "JXL \r\n"sv, "a JPEG XL file"},
-    {4, "ftypavif"sv, "an AVIF file"},
-    {4, "ftyphei"sv, "a HEIF file"}};
+    {0, "\xFF\xD8\xFF"sv, "a JPEG file"},  {8, "WEBP"sv, "a WebP file"},
+    {4, "jP  \r\n"sv, "a JPEG 2000 file"}, {0, "\xFF\x4F\xFF\x51"sv, "a JPEG 2000 file"},
+    {0, "\xFF\x0A"sv, "a JPEG XL file"},   {4, "JXL \r\n"sv, "a JPEG XL file"},
+    {4, "ftypavif"sv, "an AVIF file"},     {4, "ftyphei"sv, "a HEIF file"}};
 
 /// Formats that lose nothing, but that this program does not read.
 constexpr RefusedFormat kUnread[] = {
     {0, "GIF8"sv, "is a GIF file: save its picture as PNG first"},
     {0, "BM"sv, "is a BMP file: save it as PNG first"},
-    {0, "SIMPLE  ="sv, "is a FITS file: its samples can be read with --raw, where they have 16 bits"},
-    {128, "DICM"sv, "is a DICOM file: its samples can be read with --raw, where they are not compressed"},
+    {0, "SIMPLE  ="sv,
+     "is a FITS file: its samples can be read with --raw, where they have 16 bits"},
+    {128, "DICM"sv,
+     "is a DICOM file: its samples can be read with --raw, where they are not compressed"},
     {0, "\x89HDF\r\n"sv, "is an HDF5 file, which holds many images: docs/archives.md has a way"},
     {0, "\xFF\xD8"sv, "is a damaged JPEG file"},
     {0, "PK\x03\x04"sv, "is a ZIP file, perhaps an .npz: take its arrays out first"},
@@ -70,12 +68,14 @@ bool beginsAt(std::string_view text, const RefusedFormat& format) {
     for (const RefusedFormat& other : kUnread)
         if (beginsAt(text, other)) throw Refusal{other.words};
     if (text.empty()) throw Refusal{"is empty"};
-    throw Refusal{"is neither PNM, PAM, PNG, TIFF, NPY nor a stream; for samples without a head there is --raw"};
+    throw Refusal{
+        "is neither PNM, PAM, PNG, TIFF, NPY nor a stream; for samples without a head there is "
+        "--raw"};
 }
 
 bool isTiff(std::string_view text) {
-    return text.starts_with("II*\0"sv) || text.starts_with("MM\0*"sv) || text.starts_with("II+\0"sv) ||
-           text.starts_with("MM\0+"sv);
+    return text.starts_with("II*\0"sv) || text.starts_with("MM\0*"sv) ||
+           text.starts_with("II+\0"sv) || text.starts_with("MM\0+"sv);
 }
 
 }  // namespace

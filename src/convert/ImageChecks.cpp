@@ -28,8 +28,8 @@ void requirePixelCount(std::uint64_t width, std::uint64_t height, const ReadOpti
                       std::to_string(options.mostPixels) + " of --max-pixels"};
 }
 
-void setGeometry(ImageFile& image, std::uint64_t width, std::uint64_t height, unsigned bytesPerPixel,
-                 unsigned bitsPerSample) {
+void setGeometry(ImageFile& image, std::uint64_t width, std::uint64_t height,
+                 unsigned bytesPerPixel, unsigned bitsPerSample) {
     image.geometry.width = static_cast<std::uint32_t>(width);
     image.geometry.height = static_cast<std::uint32_t>(height);
     image.geometry.bytes_per_pixel = bytesPerPixel;
@@ -38,12 +38,14 @@ void setGeometry(ImageFile& image, std::uint64_t width, std::uint64_t height, un
 
 void refuseAlpha() {
     throw Refusal{
-        "has an alpha channel, which a stream cannot hold; an opaque one is left out with --opaque"};
+        "has an alpha channel, which a stream cannot hold; an opaque one is left out with "
+        "--opaque"};
 }
 
 void refuseDeepColour() {
-    throw Refusal{"is 16-bit RGB; a stream holds 8-bit RGB or 16-bit gray: convert its three planes "
-                  "one by one"};
+    throw Refusal{
+        "is 16-bit RGB; a stream holds 8-bit RGB or 16-bit gray: convert its three planes "
+        "one by one"};
 }
 
 void refuseSamples(const std::string& what, const std::string& instead) {

@@ -17,8 +17,8 @@ void requireSides(std::uint64_t width, std::uint64_t height, const ReadOptions& 
 void requirePixelCount(std::uint64_t width, std::uint64_t height, const ReadOptions& options);
 
 /// Sets the sides and the bytes of a pixel, after requireSides. bits: 0 where they are to be found.
-void setGeometry(ImageFile& image, std::uint64_t width, std::uint64_t height, unsigned bytesPerPixel,
-                 unsigned bitsPerSample);
+void setGeometry(ImageFile& image, std::uint64_t width, std::uint64_t height,
+                 unsigned bytesPerPixel, unsigned bitsPerSample);
 
 [[noreturn]] void refuseAlpha();
 [[noreturn]] void refuseDeepColour();

@@ -22,9 +22,7 @@ struct ImageFile {
 
     unsigned char* pixels() { return buffer.bytes.get() + pixelsAtByte; }
     const unsigned char* pixels() const { return buffer.bytes.get() + pixelsAtByte; }
-    std::size_t rowBytes() const {
-        return std::size_t{geometry.width} * geometry.bytes_per_pixel;
-    }
+    std::size_t rowBytes() const { return std::size_t{geometry.width} * geometry.bytes_per_pixel; }
     std::size_t rawBytes() const { return rowBytes() * geometry.height; }
     bool isColour() const { return geometry.bytes_per_pixel == 3; }
 };

@@ -35,7 +35,8 @@ void settleBits(ImageFile& image, unsigned wantedBits, std::uint32_t used) {
     if (wantedBits != 0 && !image.isColour()) bits = wantedBits;
     if (bits == 0) bits = std::max(usedCount, 1U);
     const std::uint32_t most = image.geometry.bytes_per_pixel == 2 ? 16 : 8;
-    if (bits > most) throw Refusal{"has samples of " + std::to_string(most) + " bits, fewer than --bits says"};
+    if (bits > most)
+        throw Refusal{"has samples of " + std::to_string(most) + " bits, fewer than --bits says"};
     if (usedCount > bits)
         throw Refusal{"has samples of " + std::to_string(usedCount) + " bits, more than the " +
                       std::to_string(bits) + " that were announced"};
@@ -49,7 +50,8 @@ ImageFile readImage(Buffer file, const ConvertOptions& options) {
     settleBits(image, options.bits, used);
     addSampleNotes(image, used);
     // Other maximum values say nothing that the bits do not.
-    if (image.metadata.maxValue == (1U << image.geometry.bits_per_pixel) - 1) image.metadata.maxValue = 0;
+    if (image.metadata.maxValue == (1U << image.geometry.bits_per_pixel) - 1)
+        image.metadata.maxValue = 0;
     return image;
 }
 

@@ -18,11 +18,14 @@ bool isPnm(FileFormat format) {
 
 void requireHolds(FileFormat format, const tesk_image& geometry) {
     const bool isColour = geometry.bytes_per_pixel == 3;
-    if (format == FileFormat::pgm && isColour) throw Refusal{"is RGB, which PGM does not hold: PPM does"};
-    if (format == FileFormat::ppm && !isColour) throw Refusal{"is gray, which PPM does not hold: PGM does"};
+    if (format == FileFormat::pgm && isColour)
+        throw Refusal{"is RGB, which PGM does not hold: PPM does"};
+    if (format == FileFormat::ppm && !isColour)
+        throw Refusal{"is gray, which PPM does not hold: PGM does"};
     const bool isBitmap = geometry.bytes_per_pixel == 1 && geometry.bits_per_pixel == 1;
     if (format == FileFormat::pbm && !isBitmap)
-        throw Refusal{"has more than 1 bit for each pixel, which PBM does not hold: PGM and PPM do"};
+        throw Refusal{
+            "has more than 1 bit for each pixel, which PBM does not hold: PGM and PPM do"};
     if (geometry.width == 0 || geometry.height == 0) throw Refusal{"has no pixels"};
 }
 

@@ -23,7 +23,8 @@ constexpr std::size_t kFirstBytes = 1 << 20;
 CFileNumber openInput(const std::string& name) {
     // The standard input is closed with this number, so it gets one of its own.
     const bool isStandardInput = name == "-";
-    const int number = isStandardInput ? dup(STDIN_FILENO) : open(name.c_str(), O_RDONLY | O_CLOEXEC);
+    const int number =
+        isStandardInput ? dup(STDIN_FILENO) : open(name.c_str(), O_RDONLY | O_CLOEXEC);
     if (number < 0) refuseReading(errno);
     return CFileNumber(number);
 }

@@ -52,7 +52,8 @@ std::vector<std::uint64_t> shapeOf(std::string_view value) {
         value.remove_prefix(at);
         std::uint64_t side = 0;
         const auto [next, error] = std::from_chars(value.data(), value.data() + value.size(), side);
-        if (error != std::errc() || shape.size() == kMostSides) refuseDamage("its shape has no number");
+        if (error != std::errc() || shape.size() == kMostSides)
+            refuseDamage("its shape has no number");
         shape.push_back(side);
         value.remove_prefix(static_cast<std::size_t>(next - value.data()));
     }

@@ -16,8 +16,8 @@ OutputName namedOutput(const std::string& argument) {
     if (!format && rest == "-") format = FileFormat::stream;
     if (!format) format = formatOfName(rest);
     if (!format)
-        throw Refusal{"the output '" + argument + "' has no ending of a format: begin it with one, as png:" +
-                      argument};
+        throw Refusal{"the output '" + argument +
+                      "' has no ending of a format: begin it with one, as png:" + argument};
     return {rest == "-" ? "" : std::string(rest), *format};
 }
 
@@ -31,7 +31,8 @@ OutputName derivedOutput(const std::string& input, bool isStreamInput) {
     if (name.find('.', nameAt) == std::string::npos) return {name + ".png", FileFormat::png};
     const auto format = formatOfName(name);
     if (!format || *format == FileFormat::stream)
-        throw Refusal{"'" + name + "' would have no ending of a format: name an OUTPUT, as png:" + name};
+        throw Refusal{"'" + name +
+                      "' would have no ending of a format: name an OUTPUT, as png:" + name};
     return {name, *format};
 }
 

@@ -48,7 +48,8 @@ void writePbm(const ImageFile& image, IByteSink& sink) {
     Buffer black(width);
     Buffer packed((width + 7) / 8);
     for (std::size_t r = 0; r < image.geometry.height; ++r) {
-        std::transform(image.pixels() + r * width, image.pixels() + (r + 1) * width, black.bytes.get(),
+        std::transform(image.pixels() + r * width, image.pixels() + (r + 1) * width,
+                       black.bytes.get(),
                        [](unsigned char white) { return static_cast<unsigned char>(white ^ 1); });
         packSamples(black.bytes.get(), 1, packed.bytes.get(), width);
         sink.write(packed.view());
@@ -56,9 +57,10 @@ void writePbm(const ImageFile& image, IByteSink& sink) {
 }
 
 void writePam(ImageFile& image, IByteSink& sink) {
-    sink.write("P7\nWIDTH " + number(image.geometry.width) + "\nHEIGHT " + number(image.geometry.height) +
-               "\nDEPTH " + (image.isColour() ? "3" : "1") + "\nMAXVAL " + number(maxValueOf(image)) +
-               "\nTUPLTYPE " + (image.isColour() ? "RGB" : "GRAYSCALE") + "\nENDHDR\n");
+    sink.write("P7\nWIDTH " + number(image.geometry.width) + "\nHEIGHT " +
+               number(image.geometry.height) + "\nDEPTH " + (image.isColour() ? "3" : "1") +
+               "\nMAXVAL " + number(maxValueOf(image)) + "\nTUPLTYPE " +
+               (image.isColour() ? "RGB" : "GRAYSCALE") + "\nENDHDR\n");
     writeBigEndian(image, sink);
 }
 
@@ -71,8 +73,16 @@ void writeNpy(ImageFile& image, IByteSink& sink) {
     const std::size_t unaligned = (kNpyFixedBytes + text.size() + 1) % kNpyAlignmentBytes;
     text.append(unaligned == 0 ? 0 : kNpyAlignmentBytes - unaligned, ' ');
     text += '\n';
-    const char head[] = {'\x93', 'N', 'U', 'M', 'P', 'Y', 1, 0,
-                         static_cast<char>(text.size() % 256), static_cast<char>(text.size() / 256)};
+    const char head[] = {'\x93',
+                         'N',
+                         'U',
+                         'M',
+                         'P',
+                         'Y',
+                         1,
+                         0,
+                         static_cast<char>(text.size() % 256),
+                         static_cast<char>(text.size() / 256)};
     sink.write(std::string_view(head, sizeof head));
     sink.write(text);
     if (isSigned) turnRawSamples(image, kSignedRaw);

@@ -10,32 +10,13 @@ namespace {
 
 constexpr char kXmpKey[] = "XML:com.adobe.xmp";
 constexpr char kDescriptionKey[] = "Description";
+constexpr std::size_t kSignatureBytes = 8;
+/// Length and name in front of the data, a checksum behind it.
+constexpr std::size_t kChunkHeadBytes = 8;
+constexpr std::size_t kChunkExtraBytes = kChunkHeadBytes + 4;
 constexpr std::size_t kFrameCountBytes = 4;
-
-struct NamedFlag {
-    png_uint_32 flag;
-    const char* name;
-};
-
-/// Chunks that libpng reads and a trailer does not keep.
-constexpr NamedFlag kOtherFlags[] = {
-    {PNG_INFO_gAMA, "gAMA"}, {PNG_INFO_sBIT, "sBIT"}, {PNG_INFO_cHRM, "cHRM"}, {PNG_INFO_bKGD, "bKGD"},
-    {PNG_INFO_hIST, "hIST"}, {PNG_INFO_oFFs, "oFFs"}, {PNG_INFO_tIME, "tIME"}, {PNG_INFO_pCAL, "pCAL"},
-    {PNG_INFO_sRGB, "sRGB"}, {PNG_INFO_sPLT, "sPLT"}, {PNG_INFO_sCAL, "sCAL"}};
-
-int takeOther(png_structp png, png_unknown_chunkp chunk) {
-    const bool isCritical = (chunk->name[0] & 0x20) == 0;
-    if (isCritical) return 0;
-    auto* others = static_cast<PngOtherChunks*>(png_get_user_chunk_ptr(png));
-    if (std::memcmp(chunk->name, "acTL", 4) == 0 && chunk->size >= kFrameCountBytes)
-        others->frames = png_get_uint_32(chunk->data);
-    const auto* name = reinterpret_cast<const char*>(chunk->name);
-    const auto isKnown = [name](const auto& known) { return std::strcmp(known.data(), name) == 0; };
-    const auto end = others->names.begin() + static_cast<std::ptrdiff_t>(others->count);
-    if (others->count < PngOtherChunks::kMostNames && std::none_of(others->names.begin(), end, isKnown))
-        std::memcpy(others->names[others->count++].data(), name, 4);
-    return 1;
-}
+/// More kinds than there are were made to annoy.
+constexpr std::size_t kMostNames = 64;
 
 /// Returns: whether the text has a place in metadata.
 bool takeText(const png_text& text, Metadata& metadata) {
@@ -58,12 +39,15 @@ const char* chunkOf(const png_text& text) {
     return text.compression == PNG_TEXT_COMPRESSION_NONE ? "tEXt" : "zTXt";
 }
 
-void takeTexts(png_structp png, png_infop info, Metadata& metadata, std::vector<std::string>& lost) {
+/// Returns: the chunks whose texts have no place.
+std::vector<std::string> takeTexts(png_structp png, png_infop info, Metadata& metadata) {
+    std::vector<std::string> lost;
     png_textp texts = nullptr;
     int count = 0;
     png_get_text(png, info, &texts, &count);
     for (int i = 0; i < count; ++i)
         if (!takeText(texts[i], metadata)) lost.emplace_back(chunkOf(texts[i]));
+    return lost;
 }
 
 void takeProfiles(png_structp png, png_infop info, Metadata& metadata) {
@@ -78,40 +62,62 @@ void takeProfiles(png_structp png, png_infop info, Metadata& metadata) {
         metadata.exif.assign(reinterpret_cast<const char*>(exif), size);
 }
 
-void takeResolution(png_structp png, png_infop info, Metadata& metadata, std::vector<std::string>& lost) {
+void takeResolution(png_structp png, png_infop info, Metadata& metadata) {
     png_uint_32 x = 0;
     png_uint_32 y = 0;
     int unit = 0;
-    if (png_get_pHYs(png, info, &x, &y, &unit) == 0) return;
-    if (unit == PNG_RESOLUTION_METER) {
+    if (png_get_pHYs(png, info, &x, &y, &unit) != 0 && unit == PNG_RESOLUTION_METER)
         metadata.resolution = Resolution{x, y};
-    } else {
-        lost.emplace_back("pHYs");
-    }
+}
+
+/// Whether metadata has what a chunk says. Transparency is looked at elsewhere.
+bool isKept(const std::string& chunk, const Metadata& metadata,
+            const std::vector<std::string>& lostTexts) {
+    if (chunk == "tRNS") return true;
+    if (chunk == "iCCP") return !metadata.icc.empty();
+    if (chunk == "eXIf") return !metadata.exif.empty();
+    if (chunk == "pHYs") return metadata.resolution.has_value();
+    if (chunk != "tEXt" && chunk != "zTXt" && chunk != "iTXt") return false;
+    return std::find(lostTexts.begin(), lostTexts.end(), chunk) == lostTexts.end();
 }
 
 }  // namespace
 
-void PngOtherChunks::watch(png_structp png) {
-    png_set_read_user_chunk_fn(png, this, takeOther);
+PngChunks chunksOf(ByteView file) {
+    PngChunks chunks;
+    std::size_t at = kSignatureBytes;
+    while (file.size() >= at && file.size() - at >= kChunkExtraBytes &&
+           chunks.names.size() < kMostNames) {
+        const unsigned char* chunk = file.data() + at;
+        const std::size_t length = png_get_uint_32(chunk);
+        const std::string name(reinterpret_cast<const char*>(chunk) + 4, 4);
+        if (length > file.size() - at - kChunkExtraBytes) break;
+        if (name == "acTL" && length >= kFrameCountBytes)
+            chunks.frames = png_get_uint_32(chunk + kChunkHeadBytes);
+        const bool isAncillary = (chunk[4] & 0x20) != 0;
+        if (isAncillary &&
+            std::find(chunks.names.begin(), chunks.names.end(), name) == chunks.names.end())
+            chunks.names.push_back(name);
+        at += length + kChunkExtraBytes;
+    }
+    std::sort(chunks.names.begin(), chunks.names.end());
+    return chunks;
 }
 
-void takeMetadata(png_structp png, png_infop info, const PngOtherChunks& others, Metadata& metadata) {
-    std::vector<std::string> lost;
+void takeMetadata(png_structp png, png_infop info, const PngChunks& chunks, Metadata& metadata) {
     takeProfiles(png, info, metadata);
-    takeTexts(png, info, metadata, lost);
-    takeResolution(png, info, metadata, lost);
-    for (const NamedFlag& other : kOtherFlags)
-        if (png_get_valid(png, info, other.flag) != 0) lost.emplace_back(other.name);
-    for (std::size_t i = 0; i < others.count; ++i)
-        lost.emplace_back(others.names[i].data());
-    std::sort(lost.begin(), lost.end());
-    lost.erase(std::unique(lost.begin(), lost.end()), lost.end());
+    takeResolution(png, info, metadata);
+    const std::vector<std::string> lostTexts = takeTexts(png, info, metadata);
     std::string names;
-    for (const std::string& name : lost)
+    std::size_t count = 0;
+    for (const std::string& name : chunks.names) {
+        if (isKept(name, metadata, lostTexts)) continue;
         names += (names.empty() ? "" : ", ") + name;
-    if (!lost.empty())
-        metadata.notKept.push_back({(lost.size() == 1 ? "PNG chunk " : "PNG chunks ") + names, lost.size() > 1});
+        ++count;
+    }
+    if (count > 0)
+        metadata.notKept.push_back(
+            {(count == 1 ? "PNG chunk " : "PNG chunks ") + names, count > 1});
 }
 
 void putMetadata(png_structp png, png_infop info, const Metadata& metadata) {
@@ -122,14 +128,16 @@ void putMetadata(png_structp png, png_infop info, const Metadata& metadata) {
         png_set_iCCP(png, info, "ICC profile", PNG_COMPRESSION_TYPE_BASE, bytesOf(metadata.icc),
                      static_cast<png_uint_32>(metadata.icc.size()));
     if (!metadata.exif.empty())
-        png_set_eXIf_1(png, info, static_cast<png_uint_32>(metadata.exif.size()), bytesOf(metadata.exif));
+        png_set_eXIf_1(png, info, static_cast<png_uint_32>(metadata.exif.size()),
+                       bytesOf(metadata.exif));
     if (metadata.resolution)
-        png_set_pHYs(png, info, metadata.resolution->pixelsPerMetreX, metadata.resolution->pixelsPerMetreY,
-                     PNG_RESOLUTION_METER);
+        png_set_pHYs(png, info, metadata.resolution->pixelsPerMetreX,
+                     metadata.resolution->pixelsPerMetreY, PNG_RESOLUTION_METER);
     png_text texts[2] = {};
     int count = 0;
-    for (const auto& [key, words] : {std::pair<const char*, const std::string*>{kXmpKey, &metadata.xmp},
-                                     {kDescriptionKey, &metadata.description}}) {
+    for (const auto& [key, words] :
+         {std::pair<const char*, const std::string*>{kXmpKey, &metadata.xmp},
+          {kDescriptionKey, &metadata.description}}) {
         if (words->empty()) continue;
         png_text& text = texts[count++];
         text.compression = PNG_ITXT_COMPRESSION_NONE;

@@ -42,11 +42,12 @@ PngHead headOf(CPngSource& source) {
     return head;
 }
 
-void requireUsable(const PngHead& head, const PngOtherChunks& others, const ReadOptions& options) {
+void requireUsable(const PngHead& head, const PngChunks& chunks, const ReadOptions& options) {
     requireSides(head.width, head.height, options);
-    if (others.frames > 1) refusePages(others.frames, "save its frames one by one");
+    if (chunks.frames > 1) refusePages(chunks.frames, "save its frames one by one");
     if (head.isColour() && head.depth == 16) refuseDeepColour();
-    if ((head.hasAlphaChannel() || head.hasTransparency) && !options.leavesOutOpaqueAlpha) refuseAlpha();
+    if ((head.hasAlphaChannel() || head.hasTransparency) && !options.leavesOutOpaqueAlpha)
+        refuseAlpha();
 }
 
 /// Reads all rows. Samples are never scaled: a bit becomes a byte of 0 or 1.
@@ -85,7 +86,8 @@ bool usesTransparentColour(CPngSource& source, const PngHead& head, const ImageF
         std::size_t alike = 0;
         for (std::size_t c = 0; c < channels; ++c) {
             const std::size_t at = i * channels + c;
-            const unsigned sample = head.depth == 16 ? pixels[2 * at] + 256U * pixels[2 * at + 1] : pixels[at];
+            const unsigned sample =
+                head.depth == 16 ? pixels[2 * at] + 256U * pixels[2 * at + 1] : pixels[at];
             alike += sample == colour[c] ? 1 : 0;
         }
         if (alike == channels) return true;
@@ -98,15 +100,19 @@ void leaveOutAlpha(CPngSource& source, const PngHead& head, ImageFile& image) {
     const bool hasChannel = head.channels() == 2 || head.channels() == 4;
     const bool isOpaque =
         hasChannel ? removeOpaqueChannel(image.pixels(), std::size_t{head.width} * head.height,
-                                         head.channels() * head.sampleBytes(), {kOpaque, head.sampleBytes()})
+                                         head.channels() * head.sampleBytes(),
+                                         {kOpaque, head.sampleBytes()})
                    : !usesTransparentColour(source, head, image);
     if (!isOpaque)
-        throw Refusal{"has an alpha channel that is not opaque everywhere, which a stream cannot hold"};
+        throw Refusal{
+            "has an alpha channel that is not opaque everywhere, which a stream cannot hold"};
 }
 
 void describe(ImageFile& image, const PngHead& head) {
     if (head.isPalette()) image.notes.emplace_back("the palette becomes RGB");
-    const unsigned bits = head.isColour() ? 8 : head.depth == 16 ? 0 : static_cast<unsigned>(head.depth);
+    const unsigned bits = head.isColour()    ? 8
+                          : head.depth == 16 ? 0
+                                             : static_cast<unsigned>(head.depth);
     setGeometry(image, head.width, head.height, head.isColour() ? 3 : head.sampleBytes(), bits);
 }
 
@@ -114,18 +120,18 @@ void describe(ImageFile& image, const PngHead& head) {
 
 ImageFile readPng(ByteView file, const ReadOptions& options) {
     CPngSource source(file);
-    PngOtherChunks others;
-    others.watch(source.png);
+    const PngChunks chunks = chunksOf(file);
     const PngHead head = headOf(source);
-    requireUsable(head, others, options);
+    requireUsable(head, chunks, options);
     ImageFile image;
     describe(image, head);
     readRows(source, head, image);
     source.run([&] { png_read_end(source.png, source.info); });
     if (head.hasAlphaChannel() || head.hasTransparency) leaveOutAlpha(source, head, image);
-    takeMetadata(source.png, source.info, others, image.metadata);
+    takeMetadata(source.png, source.info, chunks, image.metadata);
     if (source.bytesLeft() != 0)
-        image.metadata.notKept.push_back({std::to_string(source.bytesLeft()) + " bytes behind the image"});
+        image.metadata.notKept.push_back(
+            {std::to_string(source.bytesLeft()) + " bytes behind the image"});
     for (std::size_t i = 0; i < source.words.warningCount; ++i)
         image.notes.push_back("libpng: " + std::string(source.words.warnings[i].data()));
     return image;

@@ -26,6 +26,9 @@ struct PngOutput {
             throw std::bad_alloc();
         }
         png_set_write_fn(png, this, write, [](png_structp) {});
+        // Profiles that are known to be wrong are kept as they are.
+        png_set_benign_errors(png, 1);
+        png_set_option(png, PNG_SKIP_sRGB_CHECK_PROFILE, PNG_OPTION_ON);
     }
     PngOutput(const PngOutput&) = delete;
     PngOutput& operator=(const PngOutput&) = delete;
@@ -59,9 +62,9 @@ int depthOf(const ImageFile& image) {
 }
 
 void writeAll(PngOutput& output, const ImageFile& image) {
-    png_set_IHDR(output.png, output.info, image.geometry.width, image.geometry.height, depthOf(image),
-                 image.isColour() ? PNG_COLOR_TYPE_RGB : PNG_COLOR_TYPE_GRAY, PNG_INTERLACE_NONE,
-                 PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
+    png_set_IHDR(output.png, output.info, image.geometry.width, image.geometry.height,
+                 depthOf(image), image.isColour() ? PNG_COLOR_TYPE_RGB : PNG_COLOR_TYPE_GRAY,
+                 PNG_INTERLACE_NONE, PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
     png_set_compression_level(output.png, kCompressionLevel);
     putMetadata(output.png, output.info, image.metadata);
     png_write_info(output.png, output.info);

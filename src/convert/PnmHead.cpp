@@ -17,7 +17,8 @@ std::uint64_t requireNumber(CTextCursor& text, const char* what,
 }
 
 std::uint64_t requireMaxValue(CTextCursor& text) {
-    const std::uint64_t value = requireNumber(text, "maximum value from 1 to 65535", kLargestMaxValue);
+    const std::uint64_t value =
+        requireNumber(text, "maximum value from 1 to 65535", kLargestMaxValue);
     if (value == 0) throw Refusal{"is a damaged PNM: its maximum value is 0"};
     return value;
 }
@@ -50,8 +51,9 @@ PnmHead readPamHead(CTextCursor& text) {
         } else if (word == "TUPLTYPE") {
             tupleType = text.word();
         } else {
-            throw Refusal{word.empty() ? "is a damaged PAM: its head has no end"
-                                       : "is a damaged PAM: its head has a line that is none of PAM"};
+            throw Refusal{word.empty()
+                              ? "is a damaged PAM: its head has no end"
+                              : "is a damaged PAM: its head has a line that is none of PAM"};
         }
     }
     if (head.maxValue == 0) throw Refusal{"is a damaged PAM: no maximum value"};

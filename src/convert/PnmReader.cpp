@@ -27,7 +27,8 @@ void lookBehind(ImageFile& image, std::size_t endByte) {
 }
 
 /// Requires of a binary image that its rows are there.
-void requireRows(ImageFile& image, std::size_t rowBytes, std::size_t height, std::size_t startByte) {
+void requireRows(ImageFile& image, std::size_t rowBytes, std::size_t height,
+                 std::size_t startByte) {
     const std::size_t presentBytes = image.buffer.sizeBytes - startByte;
     if (presentBytes < rowBytes * height) refuseShortPixels(presentBytes, rowBytes, height);
     lookBehind(image, startByte + rowBytes * height);
@@ -99,7 +100,8 @@ void leaveOutAlpha(ImageFile& image, const PnmHead& head) {
     const std::size_t pixelBytes = head.channels * head.sampleBytes();
     if (!removeOpaqueChannel(image.pixels(), head.width * head.height, pixelBytes,
                              {opaque, head.sampleBytes()}))
-        throw Refusal{"has an alpha channel that is not opaque everywhere, which a stream cannot hold"};
+        throw Refusal{
+            "has an alpha channel that is not opaque everywhere, which a stream cannot hold"};
 }
 
 void requireValuesInRange(const ImageFile& image, const PnmHead& head) {

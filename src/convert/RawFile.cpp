@@ -81,7 +81,8 @@ ImageFile readRaw(Buffer file, const RawLayout& layout, const ReadOptions& optio
     image.buffer = std::move(file);
     image.pixelsAtByte = layout.skipBytes;
     if (layout.skipBytes > 0)
-        image.metadata.notKept.push_back({"the first " + std::to_string(layout.skipBytes) + " bytes"});
+        image.metadata.notKept.push_back(
+            {"the first " + std::to_string(layout.skipBytes) + " bytes"});
     image.metadata.rawType = layout.otherType;
     turnRawSamples(image, layout.otherType);
     return image;

@@ -29,7 +29,8 @@ int sampleAt(const ImageFile& image, std::size_t row, std::size_t column) {
 }
 
 /// Adds up differences across and down.
-void addDifferences(const ImageFile& image, std::size_t row, Differences& across, Differences& down) {
+void addDifferences(const ImageFile& image, std::size_t row, Differences& across,
+                    Differences& down) {
     for (std::size_t c = 0; c + 2 < image.geometry.width; ++c) {
         const int sample = sampleAt(image, row, c);
         across.ofNeighbours += std::abs(sampleAt(image, row, c + 1) - sample);
@@ -63,9 +64,11 @@ void noteMosaic(ImageFile& image) {
     // What a sample differs by from what predicts it costs so many bits more.
     const double bits = std::log2(std::sqrt(across.ratio() * down.ratio()));
     char words[160];
-    std::snprintf(words, sizeof words,
-                  "this looks like a Bayer mosaic: as four planes, one below the other, the stream would be "
-                  "shorter by about %.1f bits for each sample", bits);
+    std::snprintf(
+        words, sizeof words,
+        "this looks like a Bayer mosaic: as four planes, one below the other, the stream would be "
+        "shorter by about %.1f bits for each sample",
+        bits);
     image.notes.emplace_back(words);
 }
 

@@ -32,7 +32,8 @@ unsigned char average(const ImageFile& image, std::size_t top, std::size_t left,
     std::size_t sum = count / 2;
     for (std::size_t r = top; r < bottom; ++r)
         for (std::size_t c = left; c < right; ++c)
-            sum += image.pixels()[r * image.rowBytes() + c * image.geometry.bytes_per_pixel + channel];
+            sum +=
+                image.pixels()[r * image.rowBytes() + c * image.geometry.bytes_per_pixel + channel];
     return static_cast<unsigned char>(sum / count);
 }
 

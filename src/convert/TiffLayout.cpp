@@ -15,15 +15,16 @@ struct NamedColours {
 };
 
 constexpr NamedColours kOtherColours[] = {
-    {PHOTOMETRIC_MASK, "a mask"},      {PHOTOMETRIC_SEPARATED, "CMYK"}, {PHOTOMETRIC_YCBCR, "YCbCr"},
-    {PHOTOMETRIC_CIELAB, "CIE Lab"},   {PHOTOMETRIC_ICCLAB, "ICC Lab"}, {PHOTOMETRIC_ITULAB, "ITU Lab"},
-    {PHOTOMETRIC_LOGL, "in LogL"},     {PHOTOMETRIC_LOGLUV, "in LogLuv"}};
+    {PHOTOMETRIC_MASK, "a mask"},    {PHOTOMETRIC_SEPARATED, "CMYK"},
+    {PHOTOMETRIC_YCBCR, "YCbCr"},    {PHOTOMETRIC_CIELAB, "CIE Lab"},
+    {PHOTOMETRIC_ICCLAB, "ICC Lab"}, {PHOTOMETRIC_ITULAB, "ITU Lab"},
+    {PHOTOMETRIC_LOGL, "in LogL"},   {PHOTOMETRIC_LOGLUV, "in LogLuv"}};
 
 /// The compressions that lose nothing.
 constexpr std::uint16_t kExactCompressions[] = {
-    COMPRESSION_NONE,    COMPRESSION_CCITTRLE, COMPRESSION_CCITTRLEW,     COMPRESSION_CCITTFAX3,
-    COMPRESSION_CCITTFAX4, COMPRESSION_LZW,    COMPRESSION_PACKBITS,      COMPRESSION_ADOBE_DEFLATE,
-    COMPRESSION_DEFLATE, COMPRESSION_LZMA,     COMPRESSION_ZSTD};
+    COMPRESSION_NONE,      COMPRESSION_CCITTRLE, COMPRESSION_CCITTRLEW, COMPRESSION_CCITTFAX3,
+    COMPRESSION_CCITTFAX4, COMPRESSION_LZW,      COMPRESSION_PACKBITS,  COMPRESSION_ADOBE_DEFLATE,
+    COMPRESSION_DEFLATE,   COMPRESSION_LZMA,     COMPRESSION_ZSTD};
 
 void requireOnePage(CTiffFile& file) {
     const auto pages = static_cast<std::uint64_t>(TIFFNumberOfDirectories(file.get()));
@@ -34,7 +35,8 @@ void requireOnePage(CTiffFile& file) {
 void requireExactCompression(CTiffFile& file) {
     const auto method = file.number<std::uint16_t>(TIFFTAG_COMPRESSION, COMPRESSION_NONE);
     if (method == COMPRESSION_JPEG || method == COMPRESSION_OJPEG)
-        throw Refusal{"is JPEG within TIFF, which is lossy: its stream would be several times as long"};
+        throw Refusal{
+            "is JPEG within TIFF, which is lossy: its stream would be several times as long"};
     if (std::find(std::begin(kExactCompressions), std::end(kExactCompressions), method) ==
         std::end(kExactCompressions))
         throw Refusal{"is compressed by method " + std::to_string(method) +
@@ -59,7 +61,8 @@ void requireWholeNumbers(CTiffFile& file, unsigned bits) {
     }
     if (bits > 16) refuseSamples("samples of " + std::to_string(bits) + " bits", instead);
     if (bits != 1 && bits != 2 && bits != 4 && bits != 8 && bits != 16)
-        refuseSamples("samples packed to " + std::to_string(bits) + " bits", "unpack them to 16 bits first");
+        refuseSamples("samples packed to " + std::to_string(bits) + " bits",
+                      "unpack them to 16 bits first");
 }
 
 void requireColours(std::uint16_t photometric) {
@@ -80,8 +83,8 @@ void requireChannels(CTiffFile& file, TiffLayout& layout, const ReadOptions& opt
     if (!layout.hasAlpha) return;
     std::uint16_t count = 0;
     std::uint16_t* kinds = nullptr;
-    const bool isNamed = TIFFGetField(file.get(), TIFFTAG_EXTRASAMPLES, &count, &kinds) == 1 && count == 1 &&
-                         kinds[0] != EXTRASAMPLE_UNSPECIFIED;
+    const bool isNamed = TIFFGetField(file.get(), TIFFTAG_EXTRASAMPLES, &count, &kinds) == 1 &&
+                         count == 1 && kinds[0] != EXTRASAMPLE_UNSPECIFIED;
     if (!isNamed) refuseColours("an image of " + std::to_string(layout.channels) + " channels");
     if (!options.leavesOutOpaqueAlpha) refuseAlpha();
 }

@@ -30,7 +30,8 @@ std::string description(CTiffFile& file) {
 /// Returns: 0 where it is no number of pixels.
 std::uint32_t perMetre(float value, double unitsOfMetre) {
     const double pixels = std::round(double{value} * unitsOfMetre);
-    const bool isNumber = pixels >= 1 && pixels <= double{std::numeric_limits<std::uint32_t>::max()};
+    const bool isNumber =
+        pixels >= 1 && pixels <= double{std::numeric_limits<std::uint32_t>::max()};
     return isNumber ? static_cast<std::uint32_t>(pixels) : 0;
 }
 
@@ -42,6 +43,8 @@ bool takeResolution(CTiffFile& file, Metadata& metadata) {
                          TIFFGetField(file.get(), TIFFTAG_YRESOLUTION, &y) == 1;
     if (!isThere) return true;
     const auto unit = file.number<std::uint16_t>(TIFFTAG_RESOLUTIONUNIT, RESUNIT_INCH);
+    // Square pixels of no size are what there is without the tags, too.
+    if (unit == RESUNIT_NONE && x == y) return true;
     if (unit != RESUNIT_INCH && unit != RESUNIT_CENTIMETER) return false;
     const double unitsOfMetre =
         unit == RESUNIT_INCH ? kCentimetresOfMetre / kCentimetresOfInch : kCentimetresOfMetre;
@@ -53,13 +56,14 @@ bool takeResolution(CTiffFile& file, Metadata& metadata) {
 
 /// libtiff lists the tags that say nothing about where and how the samples stand.
 std::vector<std::uint32_t> otherTags(CTiffFile& file) {
-    constexpr std::uint32_t kTaken[] = {TIFFTAG_IMAGEDESCRIPTION, TIFFTAG_ICCPROFILE, TIFFTAG_XMLPACKET,
-                                        TIFFTAG_PREDICTOR,        TIFFTAG_GROUP3OPTIONS,
-                                        TIFFTAG_GROUP4OPTIONS};
+    constexpr std::uint32_t kTaken[] = {TIFFTAG_IMAGEDESCRIPTION, TIFFTAG_ICCPROFILE,
+                                        TIFFTAG_XMLPACKET,        TIFFTAG_PREDICTOR,
+                                        TIFFTAG_GROUP3OPTIONS,    TIFFTAG_GROUP4OPTIONS};
     std::vector<std::uint32_t> tags;
     for (int i = 0; i < TIFFGetTagListCount(file.get()); ++i) {
         const std::uint32_t tag = TIFFGetTagListEntry(file.get(), i);
-        if (std::find(std::begin(kTaken), std::end(kTaken), tag) == std::end(kTaken)) tags.push_back(tag);
+        if (std::find(std::begin(kTaken), std::end(kTaken), tag) == std::end(kTaken))
+            tags.push_back(tag);
     }
     return tags;
 }

@@ -16,8 +16,8 @@ constexpr std::uint64_t kMostTileBytes = 64 << 20;
 
 /// Puts pixels of one row, as they stand in the file, to their place. channel: of which they are, where each
 /// channel stands apart.
-void place(const TiffLayout& layout, const unsigned char* packed, std::size_t row, std::size_t column,
-           std::size_t pixelCount, std::size_t channel, ImageFile& image) {
+void place(const TiffLayout& layout, const unsigned char* packed, std::size_t row,
+           std::size_t column, std::size_t pixelCount, std::size_t channel, ImageFile& image) {
     const std::size_t pixelBytes = std::size_t{layout.channels} * layout.sampleBytes();
     unsigned char* to = image.buffer.bytes.get() + row * layout.rowBytes() + column * pixelBytes;
     if (layout.bits < 8) {
@@ -27,27 +27,29 @@ void place(const TiffLayout& layout, const unsigned char* packed, std::size_t ro
     } else {
         const std::size_t sampleBytes = layout.sampleBytes();
         for (std::size_t i = 0; i < pixelCount; ++i)
-            std::memcpy(to + i * pixelBytes + channel * sampleBytes, packed + i * sampleBytes, sampleBytes);
+            std::memcpy(to + i * pixelBytes + channel * sampleBytes, packed + i * sampleBytes,
+                        sampleBytes);
     }
 }
 
 [[noreturn]] void refuseInRow(CTiffFile& file, std::uint32_t row, const TiffLayout& layout) {
     if (file.endedEarly()) refuseShortFile(row + 1, layout.height);
-    throw Refusal{"is a damaged TIFF: " + file.words() + ", in row " + std::to_string(row + 1) + " of " +
-                  std::to_string(layout.height)};
+    throw Refusal{"is a damaged TIFF: " + file.words() + ", in row " + std::to_string(row + 1) +
+                  " of " + std::to_string(layout.height)};
 }
 
 void readStrips(CTiffFile& file, const TiffLayout& layout, ImageFile& image) {
     const auto lineBytes = static_cast<std::uint64_t>(TIFFScanlineSize64(file.get()));
-    const std::uint64_t expected = (std::uint64_t{layout.width} * (layout.isApart ? 1 : layout.channels) *
-                                        layout.bits + 7) / 8;
+    const std::uint64_t expected =
+        (std::uint64_t{layout.width} * (layout.isApart ? 1 : layout.channels) * layout.bits + 7) /
+        8;
     if (lineBytes != expected) file.refuse();
     Buffer line(lineBytes);
     const unsigned planes = layout.isApart ? layout.channels : 1;
     for (unsigned plane = 0; plane < planes; ++plane)
         for (std::uint32_t row = 0; row < layout.height; ++row) {
-            const int result =
-                TIFFReadScanline(file.get(), line.bytes.get(), row, static_cast<std::uint16_t>(plane));
+            const int result = TIFFReadScanline(file.get(), line.bytes.get(), row,
+                                                static_cast<std::uint16_t>(plane));
             if (result != 1) refuseInRow(file, row, layout);
             place(layout, line.bytes.get(), row, 0, layout.width, plane, image);
         }
@@ -66,7 +68,8 @@ TileShape requireTiles(CTiffFile& file, const TiffLayout& layout) {
                           file.number<std::uint32_t>(TIFFTAG_TILELENGTH, 0),
                           TIFFTileRowSize64(file.get()), TIFFTileSize64(file.get())};
     const std::uint64_t mostBytes = kMostTileBytes + 2 * layout.rowBytes() * layout.height;
-    const std::uint64_t pixelBits = std::uint64_t{layout.bits} * (layout.isApart ? 1 : layout.channels);
+    const std::uint64_t pixelBits =
+        std::uint64_t{layout.bits} * (layout.isApart ? 1 : layout.channels);
     const bool isWhole = tiles.width % 8 == 0 && tiles.rowBytes == tiles.width * pixelBits / 8 &&
                          tiles.sizeBytes == tiles.rowBytes * tiles.height;
     if (tiles.width == 0 || tiles.height == 0 || !isWhole || tiles.sizeBytes > mostBytes)
@@ -82,7 +85,8 @@ void readTile(CTiffFile& file, const TiffLayout& layout, const TileShape& tiles,
     const std::uint32_t rows = std::min(tiles.height, layout.height - row);
     const std::uint32_t columns = std::min(tiles.width, layout.width - column);
     for (std::uint32_t r = 0; r < rows; ++r)
-        place(layout, tile.bytes.get() + r * tiles.rowBytes, row + r, column, columns, plane, image);
+        place(layout, tile.bytes.get() + r * tiles.rowBytes, row + r, column, columns, plane,
+              image);
 }
 
 void readTiles(CTiffFile& file, const TiffLayout& layout, ImageFile& image) {
@@ -111,7 +115,8 @@ void expandPalette(CTiffFile& file, const TiffLayout& layout, ImageFile& image) 
     Buffer colour(3 * pixelCount);
     for (std::size_t i = 0; i < pixelCount; ++i)
         for (std::size_t c = 0; c < 3; ++c)
-            colour.bytes[3 * i + c] = static_cast<unsigned char>(channels[c][image.buffer.bytes[i]] >> 8);
+            colour.bytes[3 * i + c] =
+                static_cast<unsigned char>(channels[c][image.buffer.bytes[i]] >> 8);
     image.buffer = std::move(colour);
 }
 
@@ -120,7 +125,8 @@ void leaveOutAlpha(const TiffLayout& layout, ImageFile& image) {
     if (!removeOpaqueChannel(image.pixels(), std::size_t{layout.width} * layout.height,
                              std::size_t{layout.channels} * layout.sampleBytes(),
                              {kOpaque, layout.sampleBytes()}))
-        throw Refusal{"has an alpha channel that is not opaque everywhere, which a stream cannot hold"};
+        throw Refusal{
+            "has an alpha channel that is not opaque everywhere, which a stream cannot hold"};
 }
 
 }  // namespace

@@ -27,7 +27,8 @@ void setLayout(TIFF* tiff, const ImageFile& image) {
     TIFFSetField(tiff, TIFFTAG_BITSPERSAMPLE, depthOf(image));
     TIFFSetField(tiff, TIFFTAG_SAMPLESPERPIXEL, image.isColour() ? 3 : 1);
     TIFFSetField(tiff, TIFFTAG_PLANARCONFIG, PLANARCONFIG_CONTIG);
-    TIFFSetField(tiff, TIFFTAG_PHOTOMETRIC, image.isColour() ? PHOTOMETRIC_RGB : PHOTOMETRIC_MINISBLACK);
+    TIFFSetField(tiff, TIFFTAG_PHOTOMETRIC,
+                 image.isColour() ? PHOTOMETRIC_RGB : PHOTOMETRIC_MINISBLACK);
     TIFFSetField(tiff, TIFFTAG_COMPRESSION, COMPRESSION_ADOBE_DEFLATE);
     TIFFSetField(tiff, TIFFTAG_ZIPQUALITY, kCompressionLevel);
     if (depthOf(image) >= 8) TIFFSetField(tiff, TIFFTAG_PREDICTOR, PREDICTOR_HORIZONTAL);
@@ -46,8 +47,10 @@ void setMetadata(TIFF* tiff, const Metadata& metadata) {
     if (!metadata.resolution) return;
     TIFFSetField(tiff, TIFFTAG_RESOLUTIONUNIT, RESUNIT_CENTIMETER);
     constexpr double kCentimetresOfMetre = 100;
-    TIFFSetField(tiff, TIFFTAG_XRESOLUTION, metadata.resolution->pixelsPerMetreX / kCentimetresOfMetre);
-    TIFFSetField(tiff, TIFFTAG_YRESOLUTION, metadata.resolution->pixelsPerMetreY / kCentimetresOfMetre);
+    TIFFSetField(tiff, TIFFTAG_XRESOLUTION,
+                 metadata.resolution->pixelsPerMetreX / kCentimetresOfMetre);
+    TIFFSetField(tiff, TIFFTAG_YRESOLUTION,
+                 metadata.resolution->pixelsPerMetreY / kCentimetresOfMetre);
 }
 
 void writeRows(CTiffFile& file, const ImageFile& image) {

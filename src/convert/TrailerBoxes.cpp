@@ -30,7 +30,8 @@ ByteView bytesOf(const std::string& text) {
     return {reinterpret_cast<const unsigned char*>(text.data()), text.size()};
 }
 
-void addNumbers(CTrailerWriter& writer, const char* name, std::initializer_list<std::uint32_t> numbers) {
+void addNumbers(CTrailerWriter& writer, const char* name,
+                std::initializer_list<std::uint32_t> numbers) {
     unsigned char bytes[2 * kNumberBytes];
     unsigned char* next = bytes;
     for (const std::uint32_t number : numbers) {
@@ -59,7 +60,8 @@ bool takeBox(const std::string& name, ByteView data, Metadata& metadata) {
         return true;
     }
     if (name == kResolutionBox && data.size() == 2 * kNumberBytes) {
-        metadata.resolution = Resolution{loadNumber(data.data()), loadNumber(data.data() + kNumberBytes)};
+        metadata.resolution =
+            Resolution{loadNumber(data.data()), loadNumber(data.data() + kNumberBytes)};
         return true;
     }
     if (name == kMaxValueBox && data.size() == kNumberBytes) {
@@ -82,7 +84,8 @@ std::vector<unsigned char> trailerOf(const Metadata& metadata, ByteView stream) 
 Metadata metadataOf(ByteView file, const Trailer& trailer) {
     Metadata metadata;
     for (const TrailerBox& box : trailer.boxes)
-        if (!takeBox(box.name, file.subspan(static_cast<std::size_t>(box.offset), box.sizeBytes), metadata))
+        if (!takeBox(box.name, file.subspan(static_cast<std::size_t>(box.offset), box.sizeBytes),
+                     metadata))
             metadata.notKept.push_back({"the box '" + box.name + "'", false});
     return metadata;
 }
