@@ -29,7 +29,7 @@ install(FILES "${made_for_package}/teskConfig.cmake" "${made_for_package}/teskCo
 
 # The pages for users. They keep their places beside each other, so that links between them hold.
 install(FILES README.md LICENSE CHANGELOG.md SECURITY.md DESTINATION "${CMAKE_INSTALL_DOCDIR}")
-install(FILES docs/format.md docs/embedding.md docs/limits.md docs/quirks.md
+install(FILES docs/format.md docs/trailer.md docs/embedding.md docs/limits.md docs/quirks.md
   DESTINATION "${CMAKE_INSTALL_DOCDIR}/docs")
 install(DIRECTORY docs/images DESTINATION "${CMAKE_INSTALL_DOCDIR}/docs")
 install(DIRECTORY examples DESTINATION "${CMAKE_INSTALL_DOCDIR}")
