@@ -10,6 +10,15 @@ if(TESK_BUILD_TOOLS)
   endforeach()
 endif()
 
+# It needs libraries of image formats, so it is not in every build.
+if(TARGET tesk_convert)
+  install(TARGETS tesk_convert RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}")
+  install(FILES docs/man/tesk-convert.1 DESTINATION "${CMAKE_INSTALL_MANDIR}/man1")
+  install(FILES packaging/tesk.bash RENAME tesk-convert
+    DESTINATION "${CMAKE_INSTALL_DATADIR}/bash-completion/completions")
+  install(FILES packaging/tesk.thumbnailer DESTINATION "${CMAKE_INSTALL_DATADIR}/thumbnailers")
+endif()
+
 list(TRANSFORM TESK_LIBRARY_KINDS PREPEND tesk_ OUTPUT_VARIABLE libraries)
 install(TARGETS ${libraries} EXPORT teskTargets
   LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}"
@@ -67,3 +76,5 @@ endforeach()
 
 install(FILES packaging/tesk-mime.xml RENAME tesk.xml
   DESTINATION "${CMAKE_INSTALL_DATADIR}/mime/packages")
+# file(1) has no folder for those of others: tesk(5) says how it is told.
+install(FILES packaging/tesk.magic DESTINATION "${CMAKE_INSTALL_DATADIR}/tesk")
