@@ -41,6 +41,7 @@ add_library(tesk_conversion OBJECT EXCLUDE_FROM_ALL
   src/convert/InputFile.cpp
   src/convert/NpyHead.cpp
   src/convert/NpyReader.cpp
+  src/convert/MosaicCost.cpp
   src/convert/OutputName.cpp
   src/convert/PartFiles.cpp
   src/convert/PlainWriters.cpp

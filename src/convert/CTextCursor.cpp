@@ -29,7 +29,8 @@ void CTextCursor::skipSpace() {
 std::string CTextCursor::word() {
     skipSpace();
     std::string taken;
-    while (next < text.size() && !isSpace(text[next]) && taken.size() < kLongestWord)
+    while (next < text.size() && !isSpace(text[next]) && text[next] != '#' &&
+           taken.size() < kLongestWord)
         taken += static_cast<char>(text[next++]);
     return taken;
 }

@@ -12,6 +12,7 @@ namespace {
 
 /// What libtiff may need beside a strip, for its tables and fields.
 constexpr std::size_t kMostTableBytes = 64 << 20;
+constexpr char kUnknownTag[] = "Unknown field with tag";
 /// Offsets of 32 bits reach no further, and samples that do not compress grow a little.
 constexpr std::uint64_t kMostRawBytesOfTiff = 3'900'000'000;
 
@@ -61,6 +62,22 @@ int CTiffFile::onError(TIFF*, void* self, const char*, const char* format, va_li
     if (file->error[0] == '\0')
         std::vsnprintf(file->error.data(), file->error.size(), format, values);
     return 1;
+}
+
+int CTiffFile::onWarning(TIFF*, void* self, const char*, const char* format, va_list values) {
+    auto* file = static_cast<CTiffFile*>(self);
+    const bool isOfTag = std::strncmp(format, kUnknownTag, sizeof kUnknownTag - 1) == 0;
+    if (isOfTag || file->warnedCount == file->warned.size()) return 1;
+    Words& words = file->warned[file->warnedCount++];
+    std::vsnprintf(words.data(), words.size(), format, values);
+    return 1;
+}
+
+std::vector<std::string> CTiffFile::warnings() const {
+    std::vector<std::string> words;
+    for (std::size_t i = 0; i < warnedCount; ++i)
+        words.emplace_back(warned[i].data());
+    return words;
 }
 
 tmsize_t CTiffFile::read(thandle_t self, void* to, tmsize_t sizeBytes) {

@@ -39,6 +39,8 @@ public:
     bool endedEarly() const { return metEnd; }
     /// What libtiff said first.
     std::string words() const { return error.data(); }
+    /// What libtiff warned of, but for tags that it does not know: those have their own list.
+    std::vector<std::string> warnings() const;
     /// Throws: Refusal with these words.
     [[noreturn]] void refuse() const;
 
@@ -46,7 +48,8 @@ private:
     void open(const char* mode, std::size_t mostBytesAtOnce);
     static int onError(TIFF* tiff, void* self, const char* module, const char* format,
                        va_list values);
-    static int onWarning(TIFF*, void*, const char*, const char*, va_list) { return 1; }
+    static int onWarning(TIFF* tiff, void* self, const char* module, const char* format,
+                         va_list values);
     static tmsize_t read(thandle_t self, void* to, tmsize_t sizeBytes);
     static tmsize_t write(thandle_t self, void* from, tmsize_t sizeBytes);
     static toff_t seek(thandle_t self, toff_t offset, int whence);
@@ -58,7 +61,10 @@ private:
     std::uint64_t position = 0;
     bool metEnd = false;
     bool hasFailed = false;
-    std::array<char, 200> error{};
+    using Words = std::array<char, 200>;
+    Words error{};
+    std::array<Words, 4> warned{};
+    std::size_t warnedCount = 0;
     TIFF* tiff = nullptr;
 };
 

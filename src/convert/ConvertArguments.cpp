@@ -3,6 +3,7 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <charconv>
+#include <cmath>
 #include <string_view>
 
 namespace qmx {
@@ -30,6 +31,15 @@ std::uint64_t scaledNumber(const std::string& option, const std::string& text, s
     if (isWrong)
         throw CLI::ValidationError(option,
                                    "'" + text + "' is no number, or one with K, M or G behind it");
+    return value;
+}
+
+double positiveNumber(const std::string& option, const std::string& text) {
+    double value = 0;
+    const char* const end = text.data() + text.size();
+    const auto [next, error] = std::from_chars(text.data(), end, value);
+    const bool isNumber = error == std::errc() && next == end && value > 0 && std::isfinite(value);
+    if (!isNumber) throw CLI::ValidationError(option, "'" + text + "' is no number above 0");
     return value;
 }
 
@@ -111,10 +121,13 @@ void CConvertParser::addBudgets() {
             if (options.budget.bytes < kLeastStreamBytes)
                 throw CLI::ValidationError("--bytes", "a stream has at least 16 bytes");
         });
-    const auto positive = CLI::Range(1e-9, 1e9);
-    CLI::Option* rate = app.add_option("--rate", options.budget.rate)->check(positive);
+    CLI::Option* rate = app.add_option_function<std::string>(
+        "--rate",
+        [this](const std::string& text) { options.budget.rate = positiveNumber("--rate", text); });
     CLI::Option* bits =
-        app.add_option("--bits-per-sample", options.budget.bitsPerSample)->check(positive);
+        app.add_option_function<std::string>("--bits-per-sample", [this](const std::string& text) {
+            options.budget.bitsPerSample = positiveNumber("--bits-per-sample", text);
+        });
     bytes->excludes(rate, bits);
     rate->excludes(bits);
 }

@@ -149,6 +149,8 @@ ImageFile readTiff(ByteView bytes, const ReadOptions& options) {
     }
     if (layout.isPalette) expandPalette(file, layout, image);
     if (layout.hasAlpha) leaveOutAlpha(layout, image);
+    for (const std::string& warning : file.warnings())
+        image.notes.push_back("libtiff: " + warning);
     return image;
 }
 
