@@ -16,7 +16,6 @@ import tifffile
 from PIL import Image
 
 Image.MAX_IMAGE_PIXELS = None
-TIFF_BITS_PER_SAMPLE = 258
 
 
 def pnm_head(data):
@@ -75,7 +74,7 @@ def read_pnm(data):
 def read_tiff(path):
     with tifffile.TiffFile(path) as file:
         page = file.pages[0]
-        bits, colours = page.tags[TIFF_BITS_PER_SAMPLE].value, page.colormap
+        bits, colours = page.bitspersample, page.colormap
         if bits not in (2, 4):
             samples = page.asarray()
             if page.planarconfig == 2 and samples.ndim == 3:
