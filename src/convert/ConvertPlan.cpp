@@ -13,6 +13,13 @@ namespace {
 
 namespace fs = std::filesystem;
 
+/// Returns: the one name that a file has, whichever way leads to its folder.
+std::string oneNameOf(const fs::path& name) {
+    std::error_code error;
+    return (fs::weakly_canonical(fs::absolute(name, error).parent_path(), error) / name.filename())
+        .string();
+}
+
 bool isRegularFile(const std::string& name) {
     std::error_code error;
     return fs::is_regular_file(name, error);
@@ -76,8 +83,8 @@ void CPlan::addFile(const std::string& name, const fs::path& belowFolder) {
     job.input = name;
     job.nameForOutput = options.folder ? (fs::path(*options.folder) / belowFolder).string() : name;
     if (options.output) job.output = namedOutput(*options.output);
-    // What is read here must be there to be read once more.
-    const bool isFile = isRegularFile(name);
+    // What is read here must be there to be read once more. "-" is no name of a file.
+    const bool isFile = name != "-" && isRegularFile(name);
     const bool isStreamFile = isFile && isStream(readHead(name, kStreamHeadBytes).view());
     if (isFile && !isWanted(isStreamFile)) return;
     if (isFile && !options.onlyChecks && !job.output) requireOwnOutput(job, isStreamFile);
@@ -87,7 +94,7 @@ void CPlan::addFile(const std::string& name, const fs::path& belowFolder) {
 void CPlan::requireOwnOutput(ConvertJob& job, bool isStreamFile) {
     try {
         const std::string output = derivedOutput(job.nameForOutput, isStreamFile).path;
-        const auto [place, isNew] = inputsOfOutputs.emplace(output, job.input);
+        const auto [place, isNew] = inputsOfOutputs.emplace(oneNameOf(output), job.input);
         if (!isNew) job.complaint = "would have the same output as '" + place->second + "'";
     } catch (const Refusal& refusal) {
         job.complaint = refusal.words;
