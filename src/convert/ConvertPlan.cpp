@@ -36,6 +36,7 @@ public:
 private:
     void addFile(const std::string& name, const fs::path& belowFolder);
     void addFolder(const std::string& name);
+    void collectFiles(const fs::path& folder, std::vector<fs::path>& paths);
     bool isWanted(bool isStreamFile) const;
     void requireOwnOutput(ConvertJob& job, bool isStreamFile);
 
@@ -56,20 +57,28 @@ void CPlan::addInput(const std::string& input) {
 /// Names are sorted, so that every run takes the files in the same order.
 void CPlan::addFolder(const std::string& name) {
     std::vector<fs::path> paths;
-    std::error_code error;
-    for (fs::recursive_directory_iterator entry(name, error), end; entry != end;
-         entry.increment(error)) {
-        const bool isFile = entry->is_regular_file(error);
-        if (isFile && !isPartName(entry->path().filename().string()))
-            paths.push_back(entry->path());
-    }
+    collectFiles(name, paths);
     std::sort(paths.begin(), paths.end());
     for (const fs::path& path : paths)
         addFile(path.string(), path.lexically_relative(name));
+}
+
+/// Links to folders are not followed: they may lead round. What cannot be read becomes a job that says so.
+void CPlan::collectFiles(const fs::path& folder, std::vector<fs::path>& paths) {
+    std::error_code error;
+    for (fs::directory_iterator entry(folder, error), end; entry != end; entry.increment(error)) {
+        std::error_code unknown;
+        const fs::path& path = entry->path();
+        if (entry->is_directory(unknown) && !entry->is_symlink(unknown)) {
+            collectFiles(path, paths);
+        } else if (entry->is_regular_file(unknown) && !isPartName(path.filename().string())) {
+            paths.push_back(path);
+        }
+    }
     if (!error) return;
     ConvertJob job;
-    job.input = name;
-    job.complaint = "cannot be read as a whole: " + error.message();
+    job.input = folder.string();
+    job.complaint = "cannot be read: " + error.message();
     jobs.push_back(std::move(job));
 }
 
