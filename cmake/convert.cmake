@@ -60,12 +60,11 @@ add_library(tesk_conversion OBJECT EXCLUDE_FROM_ALL
   src/convert/TiffReader.cpp
   src/convert/TiffWriter.cpp
   src/convert/TrailerBoxes.cpp
-  src/convert/Utf8.cpp
-  src/info/JsonString.cpp)
+  src/convert/Utf8.cpp)
 set_target_properties(tesk_conversion PROPERTIES CXX_EXTENSIONS OFF)
 target_link_libraries(tesk_conversion PUBLIC
   tesk_settings tesk_trailer PNG::PNG TIFF::TIFF CLI11::CLI11 Threads::Threads)
 
 add_executable(tesk_convert src/convert/tesk_convert.cpp)
 set_target_properties(tesk_convert PROPERTIES OUTPUT_NAME tesk-convert)
-target_link_libraries(tesk_convert PRIVATE tesk_conversion tesk_trailer tesk_codec)
+target_link_libraries(tesk_convert PRIVATE tesk_conversion tesk_words tesk_trailer tesk_codec)

@@ -1,5 +1,8 @@
 include(CMakePackageConfigHelpers)
 
+# The parts that are packages of their own: library, development, tools.
+set(CMAKE_INSTALL_DEFAULT_COMPONENT_NAME tools)
+
 if(TESK_BUILD_TOOLS)
   install(TARGETS tesk tesk_info RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}")
   install(FILES docs/man/tesk.1 docs/man/tesk-info.1 DESTINATION "${CMAKE_INSTALL_MANDIR}/man1")
@@ -10,9 +13,29 @@ if(TESK_BUILD_TOOLS)
   endforeach()
 endif()
 
+# It needs libraries of image formats, so it is not in every build.
+if(TARGET tesk_convert)
+  install(TARGETS tesk_convert RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}")
+  install(FILES docs/man/tesk-convert.1 DESTINATION "${CMAKE_INSTALL_MANDIR}/man1")
+  install(FILES packaging/tesk.bash RENAME tesk-convert
+    DESTINATION "${CMAKE_INSTALL_DATADIR}/bash-completion/completions")
+  install(FILES packaging/tesk.thumbnailer DESTINATION "${CMAKE_INSTALL_DATADIR}/thumbnailers")
+endif()
+
+# The pages for users. They keep their places beside each other, so that links between them hold.
+install(FILES README.md LICENSE CHANGELOG.md SECURITY.md DESTINATION "${CMAKE_INSTALL_DOCDIR}")
+install(FILES docs/format.md docs/trailer.md docs/limits.md docs/quirks.md DESTINATION "${CMAKE_INSTALL_DOCDIR}/docs")
+install(DIRECTORY docs/images DESTINATION "${CMAKE_INSTALL_DOCDIR}/docs")
+install(FILES docs/man/tesk.5 DESTINATION "${CMAKE_INSTALL_MANDIR}/man5")
+install(FILES packaging/tesk-mime.xml RENAME tesk.xml
+  DESTINATION "${CMAKE_INSTALL_DATADIR}/mime/packages")
+# file(1) has no folder for those of others: tesk(5) says how it is told.
+install(FILES packaging/tesk.magic DESTINATION "${CMAKE_INSTALL_DATADIR}/tesk")
+
+set(CMAKE_INSTALL_DEFAULT_COMPONENT_NAME development)
 list(TRANSFORM TESK_LIBRARY_KINDS PREPEND tesk_ OUTPUT_VARIABLE libraries)
 install(TARGETS ${libraries} EXPORT teskTargets
-  LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}"
+  LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}" COMPONENT library NAMELINK_COMPONENT development
   ARCHIVE DESTINATION "${CMAKE_INSTALL_LIBDIR}")
 install(FILES ${TESK_PUBLIC_HEADERS} DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/tesk")
 
@@ -27,11 +50,7 @@ write_basic_package_version_file("${made_for_package}/teskConfigVersion.cmake"
 install(FILES "${made_for_package}/teskConfig.cmake" "${made_for_package}/teskConfigVersion.cmake"
   DESTINATION "${package_folder}")
 
-# The pages for users. They keep their places beside each other, so that links between them hold.
-install(FILES README.md LICENSE CHANGELOG.md SECURITY.md DESTINATION "${CMAKE_INSTALL_DOCDIR}")
-install(FILES docs/format.md docs/embedding.md docs/limits.md docs/quirks.md
-  DESTINATION "${CMAKE_INSTALL_DOCDIR}/docs")
-install(DIRECTORY docs/images DESTINATION "${CMAKE_INSTALL_DOCDIR}/docs")
+install(FILES docs/embedding.md DESTINATION "${CMAKE_INSTALL_DOCDIR}/docs")
 install(DIRECTORY examples DESTINATION "${CMAKE_INSTALL_DOCDIR}")
 
 # pkg-config finds the prefix from where tesk.pc stands, so the installed tree may be moved. Folders
@@ -57,13 +76,9 @@ install(FILES "${PROJECT_BINARY_DIR}/tesk.pc" DESTINATION "${CMAKE_INSTALL_LIBDI
 
 # One manual page for the library; each function that is exported leads to it.
 install(FILES docs/man/libtesk.3 DESTINATION "${CMAKE_INSTALL_MANDIR}/man3")
-install(FILES docs/man/tesk.5 DESTINATION "${CMAKE_INSTALL_MANDIR}/man5")
 file(STRINGS cmake/tesk.map.in functions REGEX "^ +tesk_[a-z_]+;$")
 foreach(function IN LISTS functions)
   string(REGEX MATCH "tesk_[a-z_]+" name "${function}")
   file(WRITE "${PROJECT_BINARY_DIR}/man3/${name}.3" ".so man3/libtesk.3\n")
   install(FILES "${PROJECT_BINARY_DIR}/man3/${name}.3" DESTINATION "${CMAKE_INSTALL_MANDIR}/man3")
 endforeach()
-
-install(FILES packaging/tesk-mime.xml RENAME tesk.xml
-  DESTINATION "${CMAKE_INSTALL_DATADIR}/mime/packages")

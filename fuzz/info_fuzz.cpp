@@ -45,6 +45,16 @@ void checkBits(const qmx::CStreamFile& file, const qmx::StreamReport& report) {
     fuzz::require(report.firstPictureBytes <= report.fileBytes, "a first picture is in the file");
 }
 
+void checkTrailer(const qmx::CStreamFile& file, const qmx::StreamReport& report) {
+    if (!report.trailer) return;
+    const qmx::Trailer& trailer = *report.trailer;
+    fuzz::require(report.end == qmx::StreamEnd::complete && !report.isDoubtful(),
+                  "a trailer is behind a complete stream");
+    fuzz::require(trailer.streamBytes + trailer.sizeBytes() == report.fileBytes,
+                  "a trailer is all that is behind it");
+    qmx::checksumOf(file, trailer);
+}
+
 void print(const qmx::FileReport& report) {
     std::FILE* nowhere = std::fopen("/dev/null", "w");
     fuzz::require(nowhere != nullptr, "there is a place for output");
@@ -62,6 +72,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     if (!file.hasHeader() || !file.getHeader().isSupported()) return 0;
     const qmx::StreamReport report = qmx::describeStream(file);
     checkBits(file, report);
+    checkTrailer(file, report);
     print({memory.name.c_str(), file, report, false});
     if (std::uint64_t{report.header.xSize} * report.header.ySize <= kMostPixels)
         fuzz::require(qmx::decodeStream(file) == report.end, "the decoder finds the same end");

@@ -1,4 +1,4 @@
-# Completion of tesk and tesk-info for bash.
+# Completion of tesk, tesk-info and tesk-convert for bash.
 
 # Names of files for the current word, folders with a slash at their end.
 _tesk_files() {
@@ -29,20 +29,72 @@ _tesk() {
   esac
 }
 
-_tesk_info() {
-  local word=${COMP_WORDS[COMP_CWORD]} i
-  COMPREPLY=()
+# Whether a -- stands in front of the current word: what follows it are files.
+_tesk_behind_dashes() {
+  local i
   for ((i = 1; i < COMP_CWORD; i++)); do
-    if [ "${COMP_WORDS[i]}" = -- ]; then
-      _tesk_files "$word"
-      return
-    fi
+    [ "${COMP_WORDS[i]}" != -- ] || return 0
   done
-  case $word in
-    -?*) _tesk_words '--sections --json --check --help --version' "$word" ;;
-    *) _tesk_files "$word" ;;
+  return 1
+}
+
+# An option when the word has begun as one, else a file.
+_tesk_option_or_file() { # OPTIONS WORD
+  case $2 in
+    -?*) _tesk_words "$1" "$2" ;;
+    *) _tesk_files "$2" ;;
   esac
+}
+
+_tesk_info() {
+  local word=${COMP_WORDS[COMP_CWORD]}
+  COMPREPLY=()
+  if _tesk_behind_dashes; then
+    _tesk_files "$word"
+  else
+    _tesk_option_or_file '--sections --json --check --help --version' "$word"
+  fi
+}
+
+# The types behind WIDTHxHEIGHT: of raw samples. Bash takes a colon for a word of its own, and puts what
+# is found behind it.
+_tesk_raw_type() { # WORD
+  _tesk_words "gray8 $(printf 'gray%d ' {9..16})gray16be int16 rgb8" "${1#:}"
+}
+
+_tesk_convert_options='--directory --recursive --only --jobs --resume --force --rm --raw --bytes --rate
+  --bits-per-sample --bits --bare --drop-metadata --opaque --strict --reduce --thumbnail --check --max-pixels
+  --log --quiet --verbose --help --version'
+
+# What an option wants behind it. Returns: 1 when it wants nothing.
+_tesk_convert_value() { # OPTION WORD
+  case $1 in
+    -d | --directory)
+      compopt -o filenames 2>/dev/null
+      mapfile -t COMPREPLY < <(compgen -d -- "$2")
+      ;;
+    --only) _tesk_words 'images streams' "$2" ;;
+    --bits) _tesk_words 'auto 8 10 12 14 16' "$2" ;;
+    --reduce) _tesk_words '1 2 3 4 5' "$2" ;;
+    --log) _tesk_files "$2" ;;
+    -j | --jobs | --raw | --bytes | --rate | --bits-per-sample | --thumbnail | --max-pixels) ;;
+    *) return 1 ;;
+  esac
+}
+
+_tesk_convert() {
+  local word=${COMP_WORDS[COMP_CWORD]} line="${COMP_WORDS[*]:0:COMP_CWORD + 1}"
+  COMPREPLY=()
+  if _tesk_behind_dashes; then
+    _tesk_files "$word"
+  elif [[ $line =~ \ --raw\ [0-9]+x[0-9]+\ (:|:\ [a-z0-9]*)$ ]]; then
+    _tesk_raw_type "$word"
+  else
+    _tesk_convert_value "${COMP_WORDS[COMP_CWORD - 1]}" "$word" ||
+      _tesk_option_or_file "$_tesk_convert_options" "$word"
+  fi
 }
 
 complete -F _tesk tesk
 complete -F _tesk_info tesk-info
+complete -F _tesk_convert tesk-convert

@@ -37,6 +37,14 @@ CBitFileReader CStreamFile::bits() const {
     return CBitFileReader(file.get());
 }
 
+void CStreamFile::read(std::uint64_t offset, std::span<unsigned char> to) const {
+    const std::int64_t start = dataStartBytes - static_cast<std::int64_t>(sizeof header);
+    if (fseeko(file.get(), start + static_cast<std::int64_t>(offset), SEEK_SET) != 0)
+        throw FileError{FileRole::input, errno};
+    if (readUpTo(file.get(), to.data(), to.size()) != to.size())
+        throw FileError{FileRole::input, EIO};
+}
+
 void CStreamFile::checkReads() const {
     if (std::ferror(file.get()) != 0) throw FileError{FileRole::input, EIO};
 }

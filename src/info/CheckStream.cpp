@@ -38,4 +38,9 @@ StreamEnd decodeStream(const CStreamFile& file) {
         [] { return StreamEnd::invalid; });
 }
 
+void checkStream(const CStreamFile& file, StreamReport& report) {
+    report.end = decodeStream(file);
+    if (report.trailer) report.checksum = checksumOf(file, *report.trailer);
+}
+
 }  // namespace qmx

@@ -36,18 +36,6 @@ Refusal refusalOf(const TKHeader& header) {
             std::to_string(header.bytesPerPixel) + " bytes per pixel are not supported"};
 }
 
-InfoStatus statusOf(StreamEnd end) {
-    switch (end) {
-        case StreamEnd::complete:
-            return InfoStatus::fine;
-        case StreamEnd::cut:
-            return InfoStatus::cut;
-        case StreamEnd::invalid:
-            return InfoStatus::invalid;
-    }
-    return InfoStatus::invalid;
-}
-
 InfoStatus refuse(const char* name, const Refusal& refusal, bool asJson) {
     // The line of standard error comes behind what was printed before it, where both are one file.
     if (asJson) printJsonError(stdout, name, refusal.jsonStatus, refusal.message.c_str());
@@ -65,17 +53,29 @@ InfoStatus describeStreamFile(const char* name, const InfoArguments& arguments) 
     if (!file.hasHeader()) throw refusalOf(file);
     if (!file.getHeader().isSupported()) throw refusalOf(file.getHeader());
     FileReport report{name, file, describeStream(file), arguments.decodes};
-    // The decoder has the last word, though it says what its section headers say.
-    if (arguments.decodes) report.stream.end = decodeStream(file);
+    if (arguments.decodes) checkStream(file, report.stream);
     if (arguments.asJson) {
         printJson(stdout, report);
     } else {
         printText(stdout, report, arguments.listsSections);
     }
-    return arguments.decodes ? statusOf(report.stream.end) : InfoStatus::fine;
+    return arguments.decodes ? checkedStatusOf(report.stream) : InfoStatus::fine;
 }
 
 }  // namespace
+
+InfoStatus checkedStatusOf(const StreamReport& report) {
+    switch (report.end) {
+        case StreamEnd::complete:
+            return report.isDoubtful() || report.isDamaged() ? InfoStatus::invalid
+                                                             : InfoStatus::fine;
+        case StreamEnd::cut:
+            return InfoStatus::cut;
+        case StreamEnd::invalid:
+            return InfoStatus::invalid;
+    }
+    return InfoStatus::invalid;
+}
 
 InfoStatus describeFile(const char* name, const InfoArguments& arguments) {
     try {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "info/InfoArguments.h"
+#include "info/StreamReport.h"
 
 namespace qmx {
 
@@ -15,6 +16,9 @@ enum class InfoStatus {
     outputLost = 6,
     wrongArguments = 7
 };
+
+/// Returns: what --check says of a stream. Requires: checkStream was called with report.
+InfoStatus checkedStatusOf(const StreamReport& report);
 
 /// Describes one file on standard output. What keeps it from that goes to standard error, and into a
 /// document when JSON is asked for. Returns: the status of this file.

@@ -31,14 +31,15 @@ const char kInfoHelp[] =
     "\n"
     "  --sections  list all sections, too\n"
     "  --json      print a JSON document for each file, with all sections\n"
-    "  --check     decode each stream, and tell by the exit status whether it has its end mark\n"
+    "  --check     decode each stream, and tell by the exit status whether it has its end mark,\n"
+    "              and behind it nothing, or a trailer whose checksum is right\n"
     "  --help      print this and exit\n"
     "  --version   print the version and exit\n"
     "\n"
-    "Exit status, the largest of all files: 0 described (with --check: with its end mark),\n"
-    "1 cut, 2 invalid (1 and 2 only with --check), 3 no stream or not supported,\n"
-    "4 cannot be read, 5 out of memory, 6 standard output cannot be written,\n"
-    "7 wrong arguments.\n";
+    "Exit status, the largest of all files: 0 described (with --check: complete),\n"
+    "1 cut, 2 invalid, doubtful or damaged (1 and 2 only with --check), 3 no stream or\n"
+    "not supported, 4 cannot be read, 5 out of memory, 6 standard output cannot be\n"
+    "written, 7 wrong arguments.\n";
 
 InfoArguments parseInfoArguments(int argc, const char* const* argv) {
     InfoArguments arguments;

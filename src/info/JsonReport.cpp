@@ -51,6 +51,24 @@ void printCoding(std::FILE* out, const StreamReport& stream) {
     printNumber(out, "rest_bits", stream.restBits);
 }
 
+void printTrailer(std::FILE* out, const std::optional<Trailer>& trailer) {
+    if (!trailer) {
+        std::fputs("  \"trailer\": null,\n", out);
+        return;
+    }
+    std::fprintf(out,
+                 "  \"trailer\": {\"bytes\": %" PRIu64 ", \"checksum\": \"%08" PRIx32
+                 "\", \"boxes\": [",
+                 trailer->sizeBytes(), trailer->crc);
+    const char* separator = "";
+    for (const TrailerBox& box : trailer->boxes) {
+        std::fprintf(out, "%s{\"name\": %s, \"bytes\": %" PRIu32 "}", separator,
+                     jsonString(box.name).c_str(), box.sizeBytes);
+        separator = ", ";
+    }
+    std::fputs("]},\n", out);
+}
+
 void printSection(std::FILE* out, const PlacedSection& section) {
     const SectionHeader& header = section.header;
     std::fprintf(out,
@@ -77,6 +95,7 @@ void printJson(std::FILE* out, const FileReport& report) {
     printGeometry(out, report.stream);
     printSizes(out, report.stream);
     printCoding(out, report.stream);
+    printTrailer(out, report.stream.trailer);
     std::fputs("  \"sections\": [", out);
     const char* separator = "\n";
     forEachSection(report.file, [&](const PlacedSection& section) {
@@ -95,6 +114,7 @@ void printJsonError(std::FILE* out, const char* name, const char* status, const 
 const char* stateOf(const StreamReport& stream) {
     switch (stream.end) {
         case StreamEnd::complete:
+            if (stream.isDamaged()) return "damaged";
             return stream.isDoubtful() ? "doubtful" : "complete";
         case StreamEnd::cut:
             return "cut";

@@ -26,7 +26,7 @@ void printJson(std::FILE* out, const FileReport& report);
 /// tesk-info(1) lists; message says why.
 void printJsonError(std::FILE* out, const char* name, const char* status, const char* message);
 
-/// Returns: "complete", "doubtful", "cut" or "invalid".
+/// Returns: "complete", "damaged", "doubtful", "cut" or "invalid".
 const char* stateOf(const StreamReport& stream);
 
 /// Calls print(section) for all sections of a stream.

@@ -19,6 +19,13 @@ int coefficientBitsOf(const TKHeader& header) {
         [] { return 0; });
 }
 
+void describeTrailer(const CStreamFile& file, StreamReport& report) {
+    if (report.end != StreamEnd::complete) return;
+    const auto place = placeOfTrailer(file);
+    report.hasStrayTrailer = place && *place != report.streamBytes;
+    report.trailer = findTrailer(file, report.streamBytes);
+}
+
 }  // namespace
 
 StreamReport describeStream(const CStreamFile& file) {
@@ -51,6 +58,7 @@ StreamReport describeStream(const CStreamFile& file) {
             std::min(report.fileBytes, bytesForStreamBits(report.endBit + kEndPaddingBits));
     if (const std::uint64_t bit = firstPicture.endBit(); bit != 0)
         report.firstPictureBytes = bytesForStreamBits(bit);
+    describeTrailer(file, report);
     return report;
 }
 

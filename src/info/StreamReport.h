@@ -3,6 +3,7 @@
 #include <optional>
 
 #include "info/CStreamFile.h"
+#include "trailer/Trailer.h"
 
 namespace qmx {
 
@@ -25,12 +26,26 @@ struct StreamReport {
     std::uint64_t streamBytes = 0;
     /// Bytes of the shortest prefix with a first picture, 0 for none.
     std::uint64_t firstPictureBytes = 0;
+    /// What stands behind a complete stream, if that is a trailer.
+    std::optional<Trailer> trailer;
+    /// The file ends as one with a trailer that begins where the stream does not end.
+    bool hasStrayTrailer = false;
+    /// The checksum that the trailer should have, once it was computed.
+    std::optional<std::uint32_t> checksum;
 
     std::uint64_t trailingBytes() const { return fileBytes - streamBytes; }
-    /// Whether whole bytes follow a complete stream. A length that lies, or damage, can lead to an end
-    /// mark in the middle of a stream; bytes that somebody added look the same.
-    /// Format: docs/format.md, 15 Images that do not come back.
-    bool isDoubtful() const { return end == StreamEnd::complete && trailingBytes() != 0; }
+    /// Whether whole bytes follow a complete stream that are no trailer. A length that lies, or damage,
+    /// can lead to an end mark in the middle of a stream; bytes that somebody added look the same.
+    /// Format: docs/format.md, 15 Images that do not come back. The end mark may also be a chance among
+    /// the last bits of a trailer.
+    bool isDoubtful() const {
+        const bool ends = end == StreamEnd::complete;
+        return ends && (hasStrayTrailer || (trailingBytes() != 0 && !trailer));
+    }
+    /// Whether the bytes of stream and trailer are known to be others than those that were written.
+    bool isDamaged() const {
+        return end == StreamEnd::complete && trailer && checksum && *checksum != trailer->crc;
+    }
     std::uint64_t samples() const {
         return std::uint64_t{header.xSize} * header.ySize *
                static_cast<std::uint64_t>(header.planes());

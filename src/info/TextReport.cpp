@@ -29,6 +29,16 @@ void printSize(std::FILE* out, const StreamReport& stream) {
     std::fputc('\n', out);
 }
 
+void printDoubt(std::FILE* out, const StreamReport& stream) {
+    if (stream.trailingBytes() == 0) {
+        std::fputs(": it ends behind the place where its trailer begins", out);
+        return;
+    }
+    std::fprintf(out,
+                 ": %" PRIu64 " byte%s its end mark, so it probably does not restore its image",
+                 stream.trailingBytes(), stream.trailingBytes() == 1 ? " follows" : "s follow");
+}
+
 void printState(std::FILE* out, const FileReport& report) {
     const StreamReport& stream = report.stream;
     std::fprintf(out, "  state          %s", stateOf(stream));
@@ -36,10 +46,11 @@ void printState(std::FILE* out, const FileReport& report) {
     if (stream.end == StreamEnd::invalid)
         std::fprintf(out, ": what begins at byte %" PRIu64 ", bit %d, is no section of this image",
                      byteOfStreamBit(stream.endBit), bitInByte(stream.endBit));
-    if (stream.isDoubtful())
+    if (stream.isDoubtful()) printDoubt(out, stream);
+    if (stream.isDamaged())
         std::fprintf(out,
-                     ": %" PRIu64 " byte%s its end mark, so it probably does not restore its image",
-                     stream.trailingBytes(), stream.trailingBytes() == 1 ? " follows" : "s follow");
+                     ": the checksum of what is here is %08" PRIx32 ", its trailer says %08" PRIx32,
+                     *stream.checksum, stream.trailer->crc);
     std::fputc('\n', out);
 }
 
@@ -58,6 +69,17 @@ void printFirstPicture(std::FILE* out, const StreamReport& stream) {
     } else {
         std::fputs("  first picture  none\n", out);
     }
+}
+
+void printTrailer(std::FILE* out, const Trailer& trailer) {
+    std::fputs("  trailer        checksum", out);
+    for (const TrailerBox& box : trailer.boxes) {
+        const std::size_t nameBytes = box.name.find_last_not_of(' ') + 1;
+        std::fprintf(out, ", %s %" PRIu32 " byte%s",
+                     onOneLine(box.name.substr(0, nameBytes)).c_str(), box.sizeBytes,
+                     box.sizeBytes == 1 ? "" : "s");
+    }
+    std::fputc('\n', out);
 }
 
 void printTable(std::FILE* out, const CStreamFile& file) {
@@ -87,6 +109,7 @@ void printText(std::FILE* out, const FileReport& report, bool listsSections) {
     std::fprintf(out, "  sections       %" PRIu64 ", %" PRIu64 " of them empty\n", stream.sections,
                  stream.emptySections);
     printFirstPicture(out, stream);
+    if (stream.trailer) printTrailer(out, *stream.trailer);
     if (listsSections) printTable(out, report.file);
 }
 

@@ -22,17 +22,6 @@ std::uint32_t numberAt(const IPlacedBytes& file, std::uint64_t offset) {
     return loadNumber(bytes.data());
 }
 
-/// Returns: whether what stands behind the stream begins and ends as a trailer of its length.
-bool hasFrame(const IPlacedBytes& file, std::uint64_t streamBytes) {
-    const std::uint64_t fileBytes = file.sizeBytes();
-    if (streamBytes > fileBytes || fileBytes - streamBytes < kShortestTrailerBytes) return false;
-    const std::uint64_t lengthOffset = fileBytes - kTrailerEndBytes;
-    return textAt(file, streamBytes, kTrailerMagicBytes) == kTrailerMagic &&
-           textAt(file, fileBytes - kTrailerEndMagicBytes, kTrailerEndMagicBytes) ==
-               kTrailerEndMagic &&
-           numberAt(file, lengthOffset) == fileBytes - streamBytes;
-}
-
 /// Returns: the box at an offset, which must end before endOffset.
 std::optional<TrailerBox> boxAt(const IPlacedBytes& file, std::uint64_t offset,
                                 std::uint64_t endOffset) {
@@ -64,8 +53,20 @@ void addBytes(CCrc32& crc, const IPlacedBytes& file, std::uint64_t offset,
 
 }  // namespace
 
+std::optional<std::uint64_t> placeOfTrailer(const IPlacedBytes& file) {
+    const std::uint64_t fileBytes = file.sizeBytes();
+    if (fileBytes < kShortestTrailerBytes) return std::nullopt;
+    const std::uint64_t trailerBytes = numberAt(file, fileBytes - kTrailerEndBytes);
+    if (trailerBytes < kShortestTrailerBytes || trailerBytes > fileBytes) return std::nullopt;
+    const std::uint64_t place = fileBytes - trailerBytes;
+    const bool isTrailer = textAt(file, fileBytes - kTrailerEndMagicBytes, kTrailerEndMagicBytes) ==
+                               kTrailerEndMagic &&
+                           textAt(file, place, kTrailerMagicBytes) == kTrailerMagic;
+    return isTrailer ? std::optional(place) : std::nullopt;
+}
+
 std::optional<Trailer> findTrailer(const IPlacedBytes& file, std::uint64_t streamBytes) {
-    if (!hasFrame(file, streamBytes)) return std::nullopt;
+    if (placeOfTrailer(file) != streamBytes) return std::nullopt;
     const std::uint64_t endOffset = file.sizeBytes() - kTrailerEndBytes;
     const auto first = boxAt(file, streamBytes + kTrailerMagicBytes, endOffset);
     if (!first || first->name != kChecksumBox || first->sizeBytes != kChecksumBytes)

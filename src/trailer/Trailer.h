@@ -43,12 +43,23 @@ struct Trailer {
     std::vector<TrailerBox> boxes;
 
     std::uint64_t boxesOffset() const { return streamBytes + kTrailerFrontBytes; }
+    /// Bytes of all of it.
+    std::uint64_t sizeBytes() const {
+        const std::uint64_t boxesEnd =
+            boxes.empty() ? boxesOffset() : boxes.back().offset + boxes.back().sizeBytes;
+        return boxesEnd + kTrailerEndBytes - streamBytes;
+    }
 };
 
 /// Returns: the trailer of a file whose stream has streamBytes bytes; nothing when it has none, or one
 /// that is not well-formed, also when the trailer begins elsewhere. The checksum is not compared.
 /// Throws: what file throws; std::bad_alloc.
 std::optional<Trailer> findTrailer(const IPlacedBytes& file, std::uint64_t streamBytes);
+
+/// Returns: where a trailer would begin by the last bytes of a file, if it does begin there as one does.
+/// No stream ends in such bytes but by a chance of 1 in 2^96: where it ends elsewhere, one of both is
+/// damaged. Throws: what file throws.
+std::optional<std::uint64_t> placeOfTrailer(const IPlacedBytes& file);
 
 /// Returns: the checksum of a file with this trailer, which is trailer.crc when nothing is damaged.
 /// Requires: trailer comes from findTrailer with this file. Throws: what file throws; std::bad_alloc.
