@@ -13,6 +13,7 @@
 #include "convert/ImageReading.h"
 #include "convert/ImageWriting.h"
 #include "convert/InputFile.h"
+#include "convert/PngWriter.h"
 #include "convert/Refusal.h"
 #include "convert/TrailerBoxes.h"
 
@@ -124,7 +125,10 @@ void CConverter::decode(ByteView file, const OutputName& output, ConvertOutcome&
     ImageFile image = decodeImage(opened, output.format, options, codec);
     outcome.rawBytes = image.rawBytes();
     outcome.streamBytes = opened.stream.size();
-    settleLosses(partsLostIn(output.format, image.metadata), outcome);
+    std::vector<LostPart> lost = partsLostIn(output.format, image.metadata);
+    if (output.format == FileFormat::png && !keepsProfile(image))
+        lost.push_back({"the colour profile, which libpng refuses,", false});
+    settleLosses(lost, outcome);
     writeOutput(output, options, [&](IByteSink& sink) { writeImage(image, output.format, sink); });
     outcome.result = opened.isWhole() ? ConvertResult::converted : ConvertResult::approximated;
 }

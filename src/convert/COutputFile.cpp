@@ -16,6 +16,9 @@ namespace {
 constexpr char kPartEnding[] = ".part-";
 /// What most file systems let a name have.
 constexpr std::size_t kLongestNameBytes = 255;
+/// So many files that killed processes left under the same number are passed by.
+constexpr int kMostLeftFiles = 1000;
+constexpr std::size_t kLeftFileDigits = 3;
 
 [[noreturn]] void refuseWriting(const std::string& name, int errorNumber) {
     throw Refusal{"cannot write '" + name + "': " + std::strerror(errorNumber)};
@@ -30,7 +33,7 @@ std::string folderOf(const std::string& name) {
 std::string partNameOf(const std::string& name) {
     const std::string ending = kPartEnding + std::to_string(getpid());
     std::string own = std::filesystem::path(name).filename().string();
-    if (own.size() + ending.size() + 1 > kLongestNameBytes)
+    if (own.size() + ending.size() + 1 + kLeftFileDigits > kLongestNameBytes)
         own = std::to_string(std::hash<std::string>()(own));
     return (std::filesystem::path(name).parent_path() / ("." + own + ending)).string();
 }
@@ -41,11 +44,22 @@ bool isNoRegularFile(const std::string& name) {
     return stat(name.c_str(), &facts) == 0 && !S_ISREG(facts.st_mode) && !S_ISDIR(facts.st_mode);
 }
 
-int openOutput(const std::string& name, const std::string& partName, OutputRules rules) {
+/// Opens a new file. Processes in containers often have the same number: where one that was killed left its
+/// file, the name gets digits behind it. Returns: -1 where that cannot be done.
+int openPart(std::string& partName) {
+    const std::string first = partName;
+    int number = openPartFile(partName);
+    for (int i = 0; number < 0 && errno == EEXIST && i < kMostLeftFiles; ++i) {
+        partName = first + std::to_string(i);
+        number = openPartFile(partName);
+    }
+    return number;
+}
+
+int openOutput(const std::string& name, std::string& partName, OutputRules rules) {
     if (!partName.empty() && !rules.overwrites) requireFreeName(name);
-    constexpr int kNewFile = O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC;
-    const int number = partName.empty() ? open(name.c_str(), O_WRONLY | O_CLOEXEC)
-                                        : open(partName.c_str(), kNewFile, 0666);
+    const int number =
+        partName.empty() ? open(name.c_str(), O_WRONLY | O_CLOEXEC) : openPart(partName);
     if (number < 0) refuseWriting(name, errno);
     return number;
 }
@@ -81,9 +95,7 @@ COutputFile::COutputFile(const std::string& outputName, OutputRules outputRules)
     : name(outputName),
       partName(isNoRegularFile(outputName) ? "" : partNameOf(outputName)),
       rules(outputRules),
-      file(openOutput(name, partName, rules)) {
-    if (!partName.empty()) addPartFile(partName);
-}
+      file(openOutput(name, partName, rules)) {}
 
 COutputFile::~COutputFile() {
     if (partName.empty()) return;

@@ -164,8 +164,12 @@ std::string CConvertParser::complaintAboutPairs() const {
         options.budget.isSet() || options.reduceLevels != 0 || options.thumbnailSide != 0;
     if (options.removesInputs && approximates)
         return "--rm does not go with an output that is an approximation: the image would be lost";
-    if (options.removesInputs && options.isRecursive && !options.folder &&
-        options.only == OnlyKind::all)
+    const bool turnsRound = options.isRecursive && !options.folder && !options.onlyChecks &&
+                            options.only == OnlyKind::all;
+    if (options.overwrites && turnsRound)
+        return "-f -r without -d needs --only images or --only streams: it would write over its "
+               "inputs";
+    if (options.removesInputs && turnsRound)
         return "--rm -r without -d needs --only images or --only streams: run again, it would turn "
                "round";
     if (options.reduceLevels != 0 && options.thumbnailSide != 0)

@@ -32,8 +32,10 @@ OutputName outputOf(const ConvertJob& job, bool isStreamInput) {
 }
 
 void requireOutput(const ConvertJob& job, const OutputName& output, const ConvertOptions& options) {
-    if (output.isStandardOutput()) return requireNoTerminal(options);
     std::error_code error;
+    if (options.removesInputs && (output.isStandardOutput() || fs::is_other(output.path, error)))
+        throw Refusal{"its output is no file, which --rm needs"};
+    if (output.isStandardOutput()) return requireNoTerminal(options);
     if (job.input != "-" && fs::equivalent(job.input, output.path, error))
         throw Refusal{"is its own output"};
     if (!options.overwrites && fs::is_regular_file(output.path, error))

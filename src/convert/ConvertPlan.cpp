@@ -13,6 +13,13 @@ namespace {
 
 namespace fs = std::filesystem;
 
+/// Returns: the one name that a file has, whichever way leads to its folder.
+std::string oneNameOf(const fs::path& name) {
+    std::error_code error;
+    return (fs::weakly_canonical(fs::absolute(name, error).parent_path(), error) / name.filename())
+        .string();
+}
+
 bool isRegularFile(const std::string& name) {
     std::error_code error;
     return fs::is_regular_file(name, error);
@@ -29,6 +36,7 @@ public:
 private:
     void addFile(const std::string& name, const fs::path& belowFolder);
     void addFolder(const std::string& name);
+    void collectFiles(const fs::path& folder, std::vector<fs::path>& paths);
     bool isWanted(bool isStreamFile) const;
     void requireOwnOutput(ConvertJob& job, bool isStreamFile);
 
@@ -49,20 +57,28 @@ void CPlan::addInput(const std::string& input) {
 /// Names are sorted, so that every run takes the files in the same order.
 void CPlan::addFolder(const std::string& name) {
     std::vector<fs::path> paths;
-    std::error_code error;
-    for (fs::recursive_directory_iterator entry(name, error), end; entry != end;
-         entry.increment(error)) {
-        const bool isFile = entry->is_regular_file(error);
-        if (isFile && !isPartName(entry->path().filename().string()))
-            paths.push_back(entry->path());
-    }
+    collectFiles(name, paths);
     std::sort(paths.begin(), paths.end());
     for (const fs::path& path : paths)
         addFile(path.string(), path.lexically_relative(name));
+}
+
+/// Links to folders are not followed: they may lead round. What cannot be read becomes a job that says so.
+void CPlan::collectFiles(const fs::path& folder, std::vector<fs::path>& paths) {
+    std::error_code error;
+    for (fs::directory_iterator entry(folder, error), end; entry != end; entry.increment(error)) {
+        std::error_code unknown;
+        const fs::path& path = entry->path();
+        if (entry->is_directory(unknown) && !entry->is_symlink(unknown)) {
+            collectFiles(path, paths);
+        } else if (entry->is_regular_file(unknown) && !isPartName(path.filename().string())) {
+            paths.push_back(path);
+        }
+    }
     if (!error) return;
     ConvertJob job;
-    job.input = name;
-    job.complaint = "cannot be read as a whole: " + error.message();
+    job.input = folder.string();
+    job.complaint = "cannot be read: " + error.message();
     jobs.push_back(std::move(job));
 }
 
@@ -76,8 +92,8 @@ void CPlan::addFile(const std::string& name, const fs::path& belowFolder) {
     job.input = name;
     job.nameForOutput = options.folder ? (fs::path(*options.folder) / belowFolder).string() : name;
     if (options.output) job.output = namedOutput(*options.output);
-    // What is read here must be there to be read once more.
-    const bool isFile = isRegularFile(name);
+    // What is read here must be there to be read once more. "-" is no name of a file.
+    const bool isFile = name != "-" && isRegularFile(name);
     const bool isStreamFile = isFile && isStream(readHead(name, kStreamHeadBytes).view());
     if (isFile && !isWanted(isStreamFile)) return;
     if (isFile && !options.onlyChecks && !job.output) requireOwnOutput(job, isStreamFile);
@@ -87,7 +103,7 @@ void CPlan::addFile(const std::string& name, const fs::path& belowFolder) {
 void CPlan::requireOwnOutput(ConvertJob& job, bool isStreamFile) {
     try {
         const std::string output = derivedOutput(job.nameForOutput, isStreamFile).path;
-        const auto [place, isNew] = inputsOfOutputs.emplace(output, job.input);
+        const auto [place, isNew] = inputsOfOutputs.emplace(oneNameOf(output), job.input);
         if (!isNew) job.complaint = "would have the same output as '" + place->second + "'";
     } catch (const Refusal& refusal) {
         job.complaint = refusal.words;

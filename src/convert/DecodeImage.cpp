@@ -27,6 +27,8 @@ Metadata metadataOfThumbnail(const Metadata& metadata) {
 }
 
 Metadata metadataOfReduced(Metadata metadata, std::uint32_t levels) {
+    // Sums of samples, which these are, may exceed the largest one.
+    if (levels > 0) metadata.maxValue = 0;
     if (metadata.resolution) {
         metadata.resolution->pixelsPerMetreX =
             std::max(metadata.resolution->pixelsPerMetreX >> levels, 1U);

@@ -82,7 +82,8 @@ bool isTiff(std::string_view text) {
 
 bool isStream(ByteView head) {
     tesk_image image = TESK_IMAGE_INIT;
-    return tesk_probe(head.data(), head.size(), &image) != TESK_INVALID_STREAM;
+    const tesk_status status = tesk_probe(head.data(), head.size(), &image);
+    return status == TESK_OK || status == TESK_UNSUPPORTED_FORMAT;
 }
 
 FileFormat formatOfContent(ByteView file) {

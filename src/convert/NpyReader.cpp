@@ -45,7 +45,9 @@ void requireShape(const NpyHead& head, unsigned sampleBytes) {
             if (__builtin_mul_overflow(pages, shape[i], &pages)) pages = 0;
         refusePages(pages, "save its planes one by one");
     }
-    if (shape[2] == 4 || shape[2] == 2) refuseAlpha();
+    // Nothing says whether the last of them is alpha.
+    if (shape[2] == 4 || shape[2] == 2)
+        refuseColours("an array of " + std::to_string(shape[2]) + " channels");
     if (shape[2] == 3 && sampleBytes == 2) refuseDeepColour();
     if (shape[2] != 3) refusePages(shape[0], "save its planes one by one");
 }

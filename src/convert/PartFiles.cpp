@@ -1,5 +1,7 @@
 #include "convert/PartFiles.h"
 
+#include <cerrno>
+#include <fcntl.h>
 #include <mutex>
 #include <set>
 #include <unistd.h>
@@ -19,9 +21,15 @@ std::set<std::string>& partFiles() {
 
 }  // namespace
 
-void addPartFile(const std::string& name) {
+int openPartFile(const std::string& name) {
     const std::lock_guard lock(partFilesMutex());
-    partFiles().insert(name);
+    const bool isNew = partFiles().insert(name).second;
+    const int number =
+        open(name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0666);
+    const int reason = errno;
+    if (number < 0 && isNew) partFiles().erase(name);
+    errno = reason;
+    return number;
 }
 
 void forgetPartFile(const std::string& name) {

@@ -13,9 +13,21 @@ constexpr std::size_t kNpyAlignmentBytes = 64;
 /// Magic, version, length of the text.
 constexpr std::size_t kNpyFixedBytes = 10;
 
+/// Whether a maximum value can be declared: a trailer may name one that its image does not keep to.
+bool isPossible(const ImageFile& image, std::uint32_t maxValue) {
+    const bool hasWords = image.geometry.bytes_per_pixel == 2;
+    if (maxValue == 0 || hasWords != (maxValue > 255)) return false;
+    const unsigned char* sample = image.pixels();
+    const unsigned char* const end = sample + image.rawBytes();
+    std::uint32_t most = 0;
+    for (; sample < end; sample += hasWords ? 2 : 1)
+        most = std::max(most, hasWords ? sample[0] + 256U * sample[1] : sample[0]);
+    return most <= maxValue;
+}
+
 /// Returns: the maximum value to declare. Samples of two bytes need one above 255.
 std::uint32_t maxValueOf(const ImageFile& image) {
-    if (image.metadata.maxValue != 0) return image.metadata.maxValue;
+    if (isPossible(image, image.metadata.maxValue)) return image.metadata.maxValue;
     if (image.geometry.bytes_per_pixel != 2) return (1U << image.geometry.bits_per_pixel) - 1;
     return (1U << std::max(image.geometry.bits_per_pixel, 9U)) - 1;
 }

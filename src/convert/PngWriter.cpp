@@ -61,12 +61,17 @@ int depthOf(const ImageFile& image) {
     return static_cast<int>(std::bit_ceil(image.geometry.bits_per_pixel));
 }
 
-void writeAll(PngOutput& output, const ImageFile& image) {
+/// What stands before the pixels. Runs within `completes`.
+void setHead(PngOutput& output, const ImageFile& image) {
     png_set_IHDR(output.png, output.info, image.geometry.width, image.geometry.height,
                  depthOf(image), image.isColour() ? PNG_COLOR_TYPE_RGB : PNG_COLOR_TYPE_GRAY,
                  PNG_INTERLACE_NONE, PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
     png_set_compression_level(output.png, kCompressionLevel);
     putMetadata(output.png, output.info, image.metadata);
+}
+
+void writeAll(PngOutput& output, const ImageFile& image) {
+    setHead(output, image);
     png_write_info(output.png, output.info);
     if (depthOf(image) == 16) png_set_swap(output.png);
     if (depthOf(image) < 8) png_set_packing(output.png);
@@ -75,7 +80,21 @@ void writeAll(PngOutput& output, const ImageFile& image) {
     png_write_end(output.png, output.info);
 }
 
+/// Takes nothing.
+class CNoSink final : public IByteSink {
+public:
+    void write(ByteView) override {}
+};
+
 }  // namespace
+
+bool keepsProfile(const ImageFile& image) {
+    if (image.metadata.icc.empty()) return true;
+    CNoSink sink;
+    PngOutput output(sink);
+    return completes(output.png, [&] { setHead(output, image); }) &&
+           png_get_valid(output.png, output.info, PNG_INFO_iCCP) != 0;
+}
 
 void writePng(const ImageFile& image, IByteSink& sink) {
     PngOutput output(sink);

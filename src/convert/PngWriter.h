@@ -10,4 +10,8 @@ namespace qmx {
 /// Throws: Refusal, std::bad_alloc.
 void writePng(const ImageFile& image, IByteSink& sink);
 
+/// Whether a PNG of the image has its colour profile, if it has one. libpng leaves out what it finds wrong, as a
+/// profile of RGB for gray. Throws: std::bad_alloc.
+bool keepsProfile(const ImageFile& image);
+
 }  // namespace qmx

@@ -18,6 +18,8 @@ TeskFile openTeskFile(ByteView file) {
     const CMemoryBytes bytes(file);
     const auto trailer = findTrailer(bytes, length);
     if (!trailer) {
+        if (placeOfTrailer(bytes))
+            throw Refusal{"is damaged: its trailer does not begin where its stream ends"};
         opened.strangeBytes = file.size() - length;
         return opened;
     }
@@ -25,6 +27,8 @@ TeskFile openTeskFile(ByteView file) {
         throw Refusal{"is damaged: its checksum is another than that of its bytes"};
     opened.hasChecksum = true;
     opened.metadata = metadataOf(file, *trailer);
+    // Types of raw samples are of samples of two bytes.
+    if (opened.geometry.bytes_per_pixel != 2) opened.metadata.rawType.clear();
     return opened;
 }
 

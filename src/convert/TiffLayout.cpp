@@ -90,8 +90,10 @@ void requireChannels(CTiffFile& file, TiffLayout& layout, const ReadOptions& opt
 }
 
 void addNotes(CTiffFile& file, std::uint16_t photometric, ImageFile& image) {
-    if (photometric == PHOTOMETRIC_MINISWHITE)
+    if (photometric == PHOTOMETRIC_MINISWHITE) {
         image.notes.emplace_back("0 is white in this file: the samples are kept as they are");
+        image.metadata.notKept.push_back({"its meaning of 0 as white", false});
+    }
     if (photometric == PHOTOMETRIC_PALETTE) image.notes.emplace_back("the palette becomes RGB");
     if (photometric == PHOTOMETRIC_CFA)
         image.notes.emplace_back("the mosaic of a colour filter array is kept as gray");

@@ -54,6 +54,22 @@ bool takeResolution(CTiffFile& file, Metadata& metadata) {
     return true;
 }
 
+/// Adds tags that libtiff does not list, because it has a place of its own for them. Images below the page may
+/// be what a file is for: raw files of cameras have a small picture on their page.
+void addPlacedTags(CTiffFile& file, std::vector<std::uint32_t>& tags) {
+    std::uint16_t count = 0;
+    std::uint64_t* pages = nullptr;
+    if (TIFFGetField(file.get(), TIFFTAG_SUBIFD, &count, &pages) == 1)
+        tags.push_back(TIFFTAG_SUBIFD);
+    float position = 0;
+    constexpr std::uint32_t kPositions[] = {TIFFTAG_XPOSITION, TIFFTAG_YPOSITION};
+    for (const std::uint32_t tag : kPositions)
+        if (TIFFGetField(file.get(), tag, &position) == 1) tags.push_back(tag);
+    std::uint16_t* curves[3] = {};
+    if (TIFFGetField(file.get(), TIFFTAG_TRANSFERFUNCTION, &curves[0], &curves[1], &curves[2]) == 1)
+        tags.push_back(TIFFTAG_TRANSFERFUNCTION);
+}
+
 /// libtiff lists the tags that say nothing about where and how the samples stand.
 std::vector<std::uint32_t> otherTags(CTiffFile& file) {
     constexpr std::uint32_t kTaken[] = {TIFFTAG_IMAGEDESCRIPTION, TIFFTAG_ICCPROFILE,
@@ -75,6 +91,7 @@ void takeMetadata(CTiffFile& file, Metadata& metadata) {
     metadata.xmp = bytesOfField(file, TIFFTAG_XMLPACKET);
     metadata.description = description(file);
     std::vector<std::uint32_t> tags = otherTags(file);
+    addPlacedTags(file, tags);
     if (!takeResolution(file, metadata))
         tags.insert(tags.end(), {TIFFTAG_XRESOLUTION, TIFFTAG_YRESOLUTION});
     if (tags.empty()) return;

@@ -65,8 +65,10 @@ bool takeBox(const std::string& name, ByteView data, Metadata& metadata) {
         return true;
     }
     if (name == kMaxValueBox && data.size() == kNumberBytes) {
-        metadata.maxValue = loadNumber(data.data());
-        return metadata.maxValue >= 1 && metadata.maxValue <= 65535;
+        const std::uint32_t value = loadNumber(data.data());
+        const bool isPossible = value >= 1 && value <= 65535;
+        if (isPossible) metadata.maxValue = value;
+        return isPossible;
     }
     return false;
 }

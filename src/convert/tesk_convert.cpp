@@ -2,7 +2,9 @@
 
 #include <csignal>
 #include <cstdio>
+#include <fcntl.h>
 #include <new>
+#include <unistd.h>
 
 #include "api/tesk.h"
 #include "convert/CInterruption.h"
@@ -54,9 +56,18 @@ int run(const qmx::ConvertArguments& arguments) {
     return kWrongArguments;
 }
 
+/// A file that is opened must not get the number of a standard stream that is closed: what is printed would
+/// go into it. What takes their places can be neither read nor written.
+void occupyStandardNumbers() {
+    for (const int number : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
+        if (fcntl(number, F_GETFD) < 0)
+            open("/dev/null", number == STDIN_FILENO ? O_WRONLY : O_RDONLY);
+}
+
 }  // namespace
 
 int main(int argc, char** argv) try {
+    occupyStandardNumbers();
     // A reader that goes away is an error like others, with words.
     std::signal(SIGPIPE, SIG_IGN);
     const qmx::CInterruption interruption;

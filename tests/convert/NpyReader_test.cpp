@@ -51,7 +51,7 @@ TEST(NpyReader, FortranOrderIsTurned) {
 TEST(NpyReader, ALastAxisOfThreeIsColour) {
     EXPECT_EQ(read(npy("|u1", "(2, 2, 3)", "abcdefghijkl")).geometry.bytes_per_pixel, 3U);
     EXPECT_THAT(refusal(npy("<u2", "(2, 2, 3)", "")), StartsWith("is 16-bit RGB"));
-    EXPECT_THAT(refusal(npy("|u1", "(2, 2, 4)", "")), StartsWith("has an alpha channel"));
+    EXPECT_THAT(refusal(npy("|u1", "(2, 2, 4)", "")), StartsWith("is an array of 4 channels"));
 }
 
 TEST(NpyReader, OtherSamplesAreRefusedWithWhatToDo) {

@@ -29,7 +29,7 @@ Metadata everyBox() {
 Bytes fileWith(const Metadata& metadata) {
     CTeskCodec codec;
     CTeskCodec::CBlock block;
-    codec.compress(test::makeImage(9, 7, 1, 8), 0, block);
+    codec.compress(test::makeImage(9, 7, 2, 12), 0, block);
     Bytes file(block.view().begin(), block.view().end());
     const std::vector<unsigned char> trailer = trailerOf(metadata, block.view());
     file.insert(file.end(), trailer.begin(), trailer.end());
