@@ -47,7 +47,7 @@ constexpr RefusedFormat kUnread[] = {
      "is a FITS file: its samples can be read with --raw, where they have 16 bits"},
     {128, "DICM"sv,
      "is a DICOM file: its samples can be read with --raw, where they are not compressed"},
-    {0, "\x89HDF\r\n"sv, "is an HDF5 file, which holds many images: docs/archives.md has a way"},
+    {0, "\x89HDF\r\n"sv, "is an HDF5 file, which may hold many images: save them as PNG, TIFF or NPY first"},
     {0, "\xFF\xD8"sv, "is a damaged JPEG file"},
     {0, "PK\x03\x04"sv, "is a ZIP file, perhaps an .npz: take its arrays out first"},
     {0, "\x1F\x8B"sv, "is compressed by gzip: gunzip it first"},
