@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstring>
 
+#include "convert/Refusal.h"
 #include "convert/Utf8.h"
 
 namespace qmx {
@@ -81,23 +82,31 @@ bool isKept(const std::string& chunk, const Metadata& metadata,
     return std::find(lostTexts.begin(), lostTexts.end(), chunk) == lostTexts.end();
 }
 
+void addChunk(const unsigned char* chunk, std::size_t length, const std::string& name,
+              PngChunks& chunks) {
+    if (name == "acTL" && length >= kFrameCountBytes)
+        chunks.frames = png_get_uint_32(chunk + kChunkHeadBytes);
+    const bool isAncillary = (chunk[4] & 0x20) != 0;
+    const bool isNew =
+        std::find(chunks.names.begin(), chunks.names.end(), name) == chunks.names.end();
+    if (isAncillary && isNew && chunks.names.size() < kMostNames) chunks.names.push_back(name);
+}
+
 }  // namespace
 
 PngChunks chunksOf(ByteView file) {
     PngChunks chunks;
     std::size_t at = kSignatureBytes;
-    while (file.size() >= at && file.size() - at >= kChunkExtraBytes &&
-           chunks.names.size() < kMostNames) {
+    while (at <= file.size() && file.size() - at >= kChunkExtraBytes) {
         const unsigned char* chunk = file.data() + at;
         const std::size_t length = png_get_uint_32(chunk);
         const std::string name(reinterpret_cast<const char*>(chunk) + 4, 4);
-        if (length > file.size() - at - kChunkExtraBytes) break;
-        if (name == "acTL" && length >= kFrameCountBytes)
-            chunks.frames = png_get_uint_32(chunk + kChunkHeadBytes);
-        const bool isAncillary = (chunk[4] & 0x20) != 0;
-        if (isAncillary &&
-            std::find(chunks.names.begin(), chunks.names.end(), name) == chunks.names.end())
-            chunks.names.push_back(name);
+        const bool isLongerThanFile = length > file.size() - at - kChunkExtraBytes;
+        // Rows that are missing are found by reading them. Of all else libpng allocates the length first.
+        if (isLongerThanFile && name != "IDAT")
+            throw Refusal{"is a damaged PNG: a chunk is longer than what is left of the file"};
+        if (isLongerThanFile || name == "IEND") break;
+        addChunk(chunk, length, name, chunks);
         at += length + kChunkExtraBytes;
     }
     std::sort(chunks.names.begin(), chunks.names.end());

@@ -18,7 +18,8 @@ struct PngChunks {
     std::uint32_t frames = 0;
 };
 
-/// Walks over a file, however damaged. Throws: std::bad_alloc.
+/// Walks over a file. Throws: Refusal where a chunk, but for those of the pixels, is longer than what is left of
+/// it; std::bad_alloc.
 PngChunks chunksOf(ByteView file);
 
 /// Takes what a PNG says besides its pixels. Requires: the file was read to its end.

@@ -24,34 +24,52 @@ void makeBytes(ImageFile& image) {
     image.geometry = eightBitGeometry(image.geometry);
 }
 
-unsigned char average(const ImageFile& image, std::size_t top, std::size_t left, std::size_t side,
-                      std::size_t channel) {
-    const std::size_t bottom = std::min<std::size_t>(top + side, image.geometry.height);
-    const std::size_t right = std::min<std::size_t>(left + side, image.geometry.width);
-    const std::size_t count = (bottom - top) * (right - left);
+/// A part of an image, from top and left to before bottom and right.
+struct Block {
+    std::size_t top;
+    std::size_t left;
+    std::size_t bottom;
+    std::size_t right;
+};
+
+unsigned char average(const ImageFile& image, const Block& block, std::size_t channel) {
+    const std::size_t count = (block.bottom - block.top) * (block.right - block.left);
     std::size_t sum = count / 2;
-    for (std::size_t r = top; r < bottom; ++r)
-        for (std::size_t c = left; c < right; ++c)
+    for (std::size_t r = block.top; r < block.bottom; ++r)
+        for (std::size_t c = block.left; c < block.right; ++c)
             sum +=
                 image.pixels()[r * image.rowBytes() + c * image.geometry.bytes_per_pixel + channel];
     return static_cast<unsigned char>(sum / count);
 }
 
-/// Requires: samples of 8 bits.
-void averageSquares(ImageFile& image, std::uint32_t side) {
+/// Requires: samples of 8 bits; no side of the geometry is longer than that of the image.
+void averageBlocks(ImageFile& image, const tesk_image& geometry) {
     ImageFile smaller;
-    smaller.geometry = image.geometry;
-    smaller.geometry.width = (image.geometry.width + side - 1) / side;
-    smaller.geometry.height = (image.geometry.height + side - 1) / side;
+    smaller.geometry = geometry;
     smaller.buffer = Buffer(smaller.rawBytes());
     unsigned char* to = smaller.pixels();
-    for (std::size_t r = 0; r < image.geometry.height; r += side)
-        for (std::size_t c = 0; c < image.geometry.width; c += side)
-            for (std::size_t channel = 0; channel < image.geometry.bytes_per_pixel; ++channel)
-                *to++ = average(image, r, c, side, channel);
-    image.geometry = smaller.geometry;
+    // Every pixel of the image is in one block: block i of n begins at i/n of the side.
+    const auto edge = [](std::size_t i, std::size_t count, std::size_t side) {
+        return i * side / count;
+    };
+    for (std::size_t r = 0; r < geometry.height; ++r)
+        for (std::size_t c = 0; c < geometry.width; ++c) {
+            const Block block{edge(r, geometry.height, image.geometry.height),
+                              edge(c, geometry.width, image.geometry.width),
+                              edge(r + 1, geometry.height, image.geometry.height),
+                              edge(c + 1, geometry.width, image.geometry.width)};
+            for (std::size_t channel = 0; channel < geometry.bytes_per_pixel; ++channel)
+                *to++ = average(image, block, channel);
+        }
+    image.geometry = geometry;
     image.buffer = std::move(smaller.buffer);
     image.pixelsAtByte = 0;
+}
+
+/// Returns: a side of the image that has the same share of the longer one afterwards, and at least a pixel.
+std::uint32_t scaled(std::uint32_t own, std::uint32_t longer, std::uint32_t side) {
+    return std::max<std::uint32_t>(
+        static_cast<std::uint32_t>((std::uint64_t{own} * side + longer / 2) / longer), 1);
 }
 
 }  // namespace
@@ -59,8 +77,8 @@ void averageSquares(ImageFile& image, std::uint32_t side) {
 std::uint32_t levelsForSide(const tesk_image& whole, std::uint32_t side) {
     std::uint32_t levels = 0;
     tesk_image reduced = whole;
-    while (std::max(reduced.width, reduced.height) > side &&
-           tesk_reduced_image(&whole, levels + 1, &reduced) == TESK_OK)
+    while (tesk_reduced_image(&whole, levels + 1, &reduced) == TESK_OK &&
+           std::max(reduced.width, reduced.height) >= 2 * side)
         ++levels;
     return levels;
 }
@@ -74,7 +92,11 @@ tesk_image eightBitGeometry(tesk_image geometry) {
 void makeThumbnail(ImageFile& image, std::uint32_t side) {
     makeBytes(image);
     const std::uint32_t longer = std::max(image.geometry.width, image.geometry.height);
-    if (longer > side) averageSquares(image, (longer + side - 1) / side);
+    if (longer <= side) return;
+    tesk_image geometry = image.geometry;
+    geometry.width = scaled(image.geometry.width, longer, side);
+    geometry.height = scaled(image.geometry.height, longer, side);
+    averageBlocks(image, geometry);
 }
 
 }  // namespace qmx
