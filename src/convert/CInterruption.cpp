@@ -1,5 +1,6 @@
 #include "convert/CInterruption.h"
 
+#include <atomic>
 #include <csignal>
 #include <pthread.h>
 
@@ -34,11 +35,14 @@ bool isIgnored(int number) {
     std::_Exit(128 + number);
 }
 
+/// kEnd means the end only once this is set: other processes may send it, too.
+std::atomic<bool> isOver = false;
+
 void waitForSignals(sigset_t awaited) {
-    int number = 0;
-    while (sigwait(&awaited, &number) != 0) {
+    while (!isOver) {
+        int number = 0;
+        if (sigwait(&awaited, &number) == 0 && number != kEnd) endBy(number);
     }
-    if (number != kEnd) endBy(number);
 }
 
 }  // namespace
@@ -52,6 +56,7 @@ CInterruption::CInterruption() {
 }
 
 CInterruption::~CInterruption() {
+    isOver = true;
     pthread_kill(waiting.native_handle(), kEnd);
     waiting.join();
 }
