@@ -11,8 +11,10 @@
 namespace qmx {
 namespace {
 
-/// Level 6 is 25 times slower, and 5 % smaller.
+/// Level 6 takes 4.5 times as long for a photograph, and makes it no smaller.
 constexpr int kCompressionLevel = 1;
+/// To try all filters for each row takes a quarter longer, and gives files of -1 to 3 % less.
+constexpr int kFilter = PNG_FILTER_AVG;
 
 /// The structures of libpng, and what the sink threw while they were at work.
 struct PngOutput {
@@ -67,6 +69,7 @@ void setHead(PngOutput& output, const ImageFile& image) {
                  depthOf(image), image.isColour() ? PNG_COLOR_TYPE_RGB : PNG_COLOR_TYPE_GRAY,
                  PNG_INTERLACE_NONE, PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
     png_set_compression_level(output.png, kCompressionLevel);
+    if (depthOf(image) >= 8) png_set_filter(output.png, PNG_FILTER_TYPE_BASE, kFilter);
     putMetadata(output.png, output.info, image.metadata);
 }
 

@@ -75,12 +75,15 @@ def read_tiff(path):
     with tifffile.TiffFile(path) as file:
         page = file.pages[0]
         bits, colours = page.bitspersample, page.colormap
-        if bits not in (2, 4):
+        # tifffile needs more packages for most compressions.
+        if bits not in (2, 4) and page.compression in (1, 8, 32773, 32946):
             samples = page.asarray()
             if page.planarconfig == 2 and samples.ndim == 3:
                 samples = numpy.moveaxis(samples, 0, -1)
-            return samples if colours is None else numpy.moveaxis(colours[:, samples] >> 8, 0, -1)
-    return read_with_pillow(path, bits)
+            return samples if colours is None else numpy.moveaxis(colours[:, samples.astype("u1")] >> 8, 0, -1)
+    samples = read_with_pillow(path, bits)
+    # Pillow turns gray round where 0 is white.
+    return (2**bits - 1) - samples if page.photometric == 0 else samples
 
 
 def read_png(path):
