@@ -1,5 +1,7 @@
 #include "convert/CTeskCodec.h"
 
+#include <algorithm>
+#include <bit>
 #include <new>
 
 #include "convert/Refusal.h"
@@ -11,6 +13,15 @@ namespace {
     if (status == TESK_OUT_OF_MEMORY) throw std::bad_alloc();
     if (status == TESK_INVALID_STREAM) throw Refusal{"is a damaged stream"};
     throw Refusal{tesk_status_message(status)};
+}
+
+/// Sets the bits to those that the samples have, at least: a stream may declare any number, and formats put so many
+/// together.
+void settleDeclaredBits(ImageFile& image) {
+    const std::uint32_t most = image.geometry.bytes_per_pixel == 2 ? 16 : 8;
+    std::uint32_t& bits = image.geometry.bits_per_pixel;
+    if (bits == 0 || bits > most) bits = most;
+    bits = std::max(bits, static_cast<std::uint32_t>(std::bit_width(usedBitsOf(image))));
 }
 
 }  // namespace
@@ -38,6 +49,7 @@ bool CTeskCodec::decompress(ByteView stream, std::uint32_t levels, ImageFile& im
     status = tesk_decompress_reduced(codec, stream.data(), stream.size(), levels, image.pixels(),
                                      image.rawBytes(), 0, nullptr);
     if (status != TESK_OK && status != TESK_CUT) refuse(status);
+    settleDeclaredBits(image);
     return status == TESK_OK;
 }
 

@@ -39,7 +39,8 @@ public:
     /// Compresses an image, which is compared with what comes back unless a budget cuts it. budgetBytes: 0 for none.
     void compress(const ImageFile& image, std::size_t budgetBytes, CBlock& block);
 
-    /// Decompresses at 1 : 2^levels into image, whose sides and pixels are set. Returns: whether the stream is
+    /// Decompresses at 1 : 2^levels into image, whose geometry and pixels are set; its bits hold
+    /// all samples, whatever the stream declares. Returns: whether the stream is
     /// complete. Requires: stream is as tesk_probe knows one.
     bool decompress(ByteView stream, std::uint32_t levels, ImageFile& image);
 

@@ -51,6 +51,8 @@ ImageFile decodeImage(const TeskFile& opened, FileFormat format, const ConvertOp
     requireHolds(format, expected);
     ImageFile image;
     codec.decompress(opened.stream, levels, image);
+    // The samples may have more bits than the stream declares.
+    if (!isThumbnail) requireHolds(format, image.geometry);
     image.metadata = isThumbnail ? metadataOfThumbnail(opened.metadata)
                                  : metadataOfReduced(opened.metadata, levels);
     if (isThumbnail) makeThumbnail(image, options.thumbnailSide);

@@ -209,7 +209,8 @@ class Damage(Refusals):
         data = png(noise)
         at = data.index(b"IDAT") + 4
         self.require("ends in row 17 of 30", data[: at + int(16.5 * 40000)])
-        self.require("is a damaged PNG: IDAT: incorrect data check, in row 30 of 30", data[: at + 100] + b"x" + data[at + 101 :])
+        self.require("is a damaged PNG: IDAT: incorrect data check, in row 30 of 30",
+                     data[: at + 100] + b"x" + data[at + 101 :])
         self.require("is a damaged PNG: the file ends early", data[:-1])
         self.require("is a damaged PNG: IHDR: CRC error", data[:20] + b"x" + data[21:])
 
