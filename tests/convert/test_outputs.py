@@ -182,6 +182,23 @@ class OtherProcesses(Outputs):
             self.path("x.tk").unlink()
         self.assertEqual(self.part_names(), [])
 
+    def test_a_file_that_appears_while_the_output_is_written_is_kept(self):
+        """Between the look for it and the name there is time to write a large stream."""
+        self.write("noise.npy", npy(numpy.random.default_rng(1).integers(0, 65536, (2000, 2000)).astype("<u2")))
+        for _ in range(5):
+            process = self.start("noise.npy", "x.tk")
+            while not self.part_names() and process.poll() is None:
+                pass
+            try:
+                self.path("x.tk").touch(exist_ok=False)
+                expected = 1, b"tesk-convert: noise.npy: 'x.tk' is there already: -f writes over it\n", 0
+            except FileExistsError:
+                expected = 0, b"", self.path("x.tk").stat().st_size
+            errors = process.communicate()[1]
+            self.assertEqual((process.returncode, errors, self.path("x.tk").stat().st_size), expected)
+            self.path("x.tk").unlink()
+        self.assertEqual(self.part_names(), [])
+
     def test_two_processes_that_write_over_one_output(self):
         processes = [self.start("-f", "large.npy", "x.tk") for _ in range(2)]
         for process in processes:
