@@ -39,6 +39,7 @@ add_library(tesk_conversion OBJECT EXCLUDE_FROM_ALL
   src/convert/ImageReading.cpp
   src/convert/ImageWriting.cpp
   src/convert/InputFile.cpp
+  src/convert/LostPart.cpp
   src/convert/NpyHead.cpp
   src/convert/NpyReader.cpp
   src/convert/MosaicCost.cpp

@@ -78,13 +78,11 @@ void CConverter::work(const ConvertJob& job, ConvertOutcome& outcome) {
 
 void CConverter::settleLosses(const std::vector<LostPart>& parts, ConvertOutcome& outcome) const {
     if (parts.empty() || (options.dropsMetadata && !options.isStrict)) return;
-    std::string words;
-    for (const LostPart& part : parts)
-        words += (words.empty() ? "" : ", ") + part.words;
-    if (options.isStrict) throw Refusal{words + " would not be kept, which --strict refuses"};
-    const bool areSeveral = parts.size() > 1 || parts[0].isSeveral;
-    outcome.notes.push_back(words + (areSeveral ? " are not kept" : " is not kept"));
+    if (options.isStrict)
+        throw Refusal{namesOf(parts) + " would not be kept, which --strict refuses"};
     outcome.losesMetadata = true;
+    const std::string note = noteOn(parts);
+    if (!note.empty()) outcome.notes.push_back(note);
 }
 
 void CConverter::encode(Buffer file, const OutputName& output, ConvertOutcome& outcome) {

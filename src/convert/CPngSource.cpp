@@ -8,9 +8,12 @@
 namespace qmx {
 namespace {
 
-/// A profile or a text beyond this is no picture's.
-constexpr png_alloc_size_t kMostChunkBytes = 64 << 20;
-constexpr png_uint_32 kMostCachedChunks = 1000;
+/// What a profile or a text may have when it is inflated, and how many texts there may be. Small files can hold
+/// large ones.
+constexpr png_alloc_size_t kMostChunkBytes = 16 << 20;
+constexpr png_uint_32 kMostCachedChunks = 32;
+/// So many bytes of a file that ends early are not looked at.
+constexpr std::size_t kInputBytes = 1024;
 /// Sides are looked at by us, who have words for it.
 constexpr png_uint_32 kAnySide = 0x7FFFFFFF;
 
@@ -29,6 +32,7 @@ CPngSource::CPngSource(ByteView fileBytes) : file(fileBytes) {
     png_set_user_limits(png, kAnySide, kAnySide);
     png_set_chunk_malloc_max(png, kMostChunkBytes);
     png_set_chunk_cache_max(png, kMostCachedChunks);
+    png_set_compression_buffer_size(png, kInputBytes);
     // A profile that says sRGB wrongly is kept, and libpng says no more about it.
     png_set_option(png, PNG_SKIP_sRGB_CHECK_PROFILE, PNG_OPTION_ON);
 }

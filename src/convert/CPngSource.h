@@ -27,7 +27,6 @@ public:
         if (!completes(png, step)) refuseInRow(row, height);
     }
 
-    bool endedEarly() const { return isAtEnd; }
     std::size_t bytesLeft() const { return file.size() - next; }
 
     png_structp png = nullptr;

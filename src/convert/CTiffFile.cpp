@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <cstring>
 #include <new>
+#include <string_view>
 
 #include "convert/Refusal.h"
 
@@ -12,9 +13,15 @@ namespace {
 
 /// What libtiff may need beside a strip, for its tables and fields.
 constexpr std::size_t kMostTableBytes = 64 << 20;
-constexpr char kUnknownTag[] = "Unknown field with tag";
+constexpr std::string_view kUnknownTag = "Unknown field with tag";
+/// Files of another order of bits, which is read as it was meant.
+constexpr std::string_view kOldCodes = "Old-style LZW codes";
 /// Offsets of 32 bits reach no further, and samples that do not compress grow a little.
 constexpr std::uint64_t kMostRawBytesOfTiff = 3'900'000'000;
+
+bool beginsWith(const char* text, std::string_view words) {
+    return std::string_view(text).starts_with(words);
+}
 
 }  // namespace
 
@@ -51,9 +58,12 @@ bool CTiffFile::close() {
     return !hasFailed;
 }
 
+std::string CTiffFile::words() const {
+    return error[0] == '\0' ? "libtiff does not say why" : error.data();
+}
+
 void CTiffFile::refuse() const {
-    const std::string said = words();
-    throw Refusal{"is a damaged TIFF: " + (said.empty() ? "libtiff does not say why" : said)};
+    throw Refusal{"is a damaged TIFF: " + words()};
 }
 
 int CTiffFile::onError(TIFF*, void* self, const char*, const char* format, va_list values) {
@@ -64,12 +74,18 @@ int CTiffFile::onError(TIFF*, void* self, const char*, const char* format, va_li
     return 1;
 }
 
-int CTiffFile::onWarning(TIFF*, void* self, const char*, const char* format, va_list values) {
+int CTiffFile::onWarning(TIFF* tiff, void* self, const char* module, const char* format,
+                         va_list values) {
     auto* file = static_cast<CTiffFile*>(self);
-    const bool isOfTag = std::strncmp(format, kUnknownTag, sizeof kUnknownTag - 1) == 0;
-    if (isOfTag || file->warnedCount == file->warned.size()) return 1;
-    Words& words = file->warned[file->warnedCount++];
+    if (beginsWith(format, kUnknownTag)) return 1;
+    if (file->isInSamples && !beginsWith(format, kOldCodes))
+        return onError(tiff, self, module, format, values);
+    Words words{};
     std::vsnprintf(words.data(), words.size(), format, values);
+    // A page that is read twice has its warnings twice.
+    const auto end = file->warned.begin() + static_cast<std::ptrdiff_t>(file->warnedCount);
+    if (end != file->warned.end() && std::find(file->warned.begin(), end, words) == end)
+        file->warned[file->warnedCount++] = words;
     return 1;
 }
 

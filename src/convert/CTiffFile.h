@@ -34,11 +34,19 @@ public:
         return TIFFGetFieldDefaulted(tiff, tag, &value) == 1 ? value : fallback;
     }
 
-    /// Forgets whether the end was met.
-    void clearEnd() { metEnd = false; }
+    /// Says that samples are read from now on: what libtiff then only warns of is damage, too, as it goes on with
+    /// others in their place. Forgets whether the end was met.
+    void beginSamples() {
+        isInSamples = true;
+        metEnd = false;
+    }
     bool endedEarly() const { return metEnd; }
     /// What libtiff said first.
-    std::string words() const { return error.data(); }
+    std::string words() const;
+    /// Throws: Refusal when libtiff has said that something is wrong, whatever it returned.
+    void requireSound() const {
+        if (hasFailed) refuse();
+    }
     /// What libtiff warned of, but for tags that it does not know: those have their own list.
     std::vector<std::string> warnings() const;
     /// Throws: Refusal with these words.
@@ -60,6 +68,7 @@ private:
     std::vector<unsigned char>* output = nullptr;
     std::uint64_t position = 0;
     bool metEnd = false;
+    bool isInSamples = false;
     bool hasFailed = false;
     using Words = std::array<char, 200>;
     Words error{};

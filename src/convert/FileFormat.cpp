@@ -29,22 +29,32 @@ struct RefusedFormat {
     const char* words;
 };
 
-constexpr char kLossy[] = ", which is lossy: its stream would be several times as long";
-
 using namespace std::string_view_literals;
 
-constexpr RefusedFormat kRefused[] = {
-    {0, "\xFF\xD8\xFF"sv, "a JPEG file"},  {8, "WEBP"sv, "a WebP file"},
-    {4, "jP  \r\n"sv, "a JPEG 2000 file"}, {0, "\xFF\x4F\xFF\x51"sv, "a JPEG 2000 file"},
-    {0, "\xFF\x0A"sv, "a JPEG XL file"},   {4, "JXL \r\n"sv, "a JPEG XL file"},
-    {4, "ftypavif"sv, "an AVIF file"},     {4, "ftyphei"sv, "a HEIF file"}};
+constexpr char kLossy[] = ", which is lossy: its stream would be several times as long";
+
+constexpr RefusedFormat kLossyFormats[] = {{0, "\xFF\xD8\xFF"sv, "a JPEG file"},
+                                           {8, "WEBPVP8 "sv, "a WebP file"}};
+
+constexpr char kPerhapsLossy[] =
+    ": save it as PNG first where it is lossless; of a lossy one the stream would be several times "
+    "as long";
+
+constexpr RefusedFormat kPerhapsLossyFormats[] = {{8, "WEBP"sv, "a WebP file"},
+                                                  {4, "jP  \r\n"sv, "a JPEG 2000 file"},
+                                                  {0, "\xFF\x4F\xFF\x51"sv, "a JPEG 2000 file"},
+                                                  {0, "\xFF\x0A"sv, "a JPEG XL file"},
+                                                  {4, "JXL \r\n"sv, "a JPEG XL file"},
+                                                  {4, "ftypavif"sv, "an AVIF file"},
+                                                  {4, "ftyphei"sv, "a HEIF file"}};
 
 /// Formats that lose nothing, but that this program does not read.
 constexpr RefusedFormat kUnread[] = {
     {0, "GIF8"sv, "is a GIF file: save its picture as PNG first"},
     {0, "BM"sv, "is a BMP file: save it as PNG first"},
     {0, "SIMPLE  ="sv,
-     "is a FITS file: its samples can be read with --raw, where they have 16 bits"},
+     "is a FITS file: its samples can be read with --raw WxH:gray16be+SKIP, where they have 16 "
+     "bits"},
     {128, "DICM"sv,
      "is a DICOM file: its samples can be read with --raw, where they are not compressed"},
     {0, "\x89HDF\r\n"sv,
@@ -64,8 +74,10 @@ bool beginsAt(std::string_view text, const RefusedFormat& format) {
 }
 
 [[noreturn]] void refuseContent(std::string_view text) {
-    for (const RefusedFormat& lossy : kRefused)
+    for (const RefusedFormat& lossy : kLossyFormats)
         if (beginsAt(text, lossy)) throw Refusal{std::string("is ") + lossy.words + kLossy};
+    for (const RefusedFormat& other : kPerhapsLossyFormats)
+        if (beginsAt(text, other)) throw Refusal{std::string("is ") + other.words + kPerhapsLossy};
     for (const RefusedFormat& other : kUnread)
         if (beginsAt(text, other)) throw Refusal{other.words};
     if (text.empty()) throw Refusal{"is empty"};

@@ -36,6 +36,11 @@ void setGeometry(ImageFile& image, std::uint64_t width, std::uint64_t height,
     image.geometry.bits_per_pixel = bitsPerSample;
 }
 
+void notePalette(ImageFile& image) {
+    image.notes.emplace_back("the palette becomes RGB");
+    image.metadata.notKept.push_back({"the numbers of the palette", true, true});
+}
+
 void refuseAlpha() {
     throw Refusal{
         "has an alpha channel, which a stream cannot hold; an opaque one is left out with "

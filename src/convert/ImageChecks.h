@@ -20,6 +20,9 @@ void requirePixelCount(std::uint64_t width, std::uint64_t height, const ReadOpti
 void setGeometry(ImageFile& image, std::uint64_t width, std::uint64_t height,
                  unsigned bytesPerPixel, unsigned bitsPerSample);
 
+/// Says that colours take the place of their numbers in a palette, which somebody may have counted on.
+void notePalette(ImageFile& image);
+
 [[noreturn]] void refuseAlpha();
 [[noreturn]] void refuseDeepColour();
 /// what: the kind of samples, "floating-point samples".

@@ -23,6 +23,13 @@ struct ImageFile {
     unsigned char* pixels() { return buffer.bytes.get() + pixelsAtByte; }
     const unsigned char* pixels() const { return buffer.bytes.get() + pixelsAtByte; }
     std::size_t rowBytes() const { return std::size_t{geometry.width} * geometry.bytes_per_pixel; }
+    std::size_t sampleCount() const { return rawBytes() / (geometry.bytes_per_pixel == 2 ? 2 : 1); }
+    /// Returns: a sample, counted along the rows, with those of all channels.
+    unsigned sample(std::size_t index) const {
+        const unsigned char* samples = pixels();
+        return geometry.bytes_per_pixel == 2 ? samples[2 * index] + 256U * samples[2 * index + 1]
+                                             : samples[index];
+    }
     std::size_t rawBytes() const { return rowBytes() * geometry.height; }
     bool isColour() const { return geometry.bytes_per_pixel == 3; }
 };

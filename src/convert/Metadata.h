@@ -5,17 +5,13 @@
 #include <string>
 #include <vector>
 
+#include "convert/LostPart.h"
+
 namespace qmx {
 
 struct Resolution {
     std::uint32_t pixelsPerMetreX;
     std::uint32_t pixelsPerMetreY;
-};
-
-/// What is not kept of a file, for a sentence: "PNG chunks gAMA, tIME".
-struct LostPart {
-    std::string words;
-    bool isSeveral = true;
 };
 
 /// What an image file holds besides its samples. Format: docs/trailer.md. Strings may hold any bytes.

@@ -1,7 +1,6 @@
 #include "convert/MosaicCost.h"
 
 #include <algorithm>
-#include <cstdlib>
 #include <cstring>
 
 #include "convert/CTeskCodec.h"
@@ -35,19 +34,16 @@ ImageFile middleOf(const ImageFile& image) {
     return part;
 }
 
-int sampleAt(const ImageFile& image, std::size_t row, std::size_t column) {
-    const unsigned char* sample =
-        image.pixels() + row * image.rowBytes() + column * image.geometry.bytes_per_pixel;
-    return image.geometry.bytes_per_pixel == 1 ? sample[0] : sample[0] + 256 * sample[1];
-}
-
 /// Returns: the sum of how much samples differ that are so many rows and columns apart.
 std::uint64_t differences(const ImageFile& image, std::size_t rows, std::size_t columns) {
+    const std::size_t width = image.geometry.width;
     std::uint64_t sum = 0;
     for (std::size_t r = 0; r + 2 < image.geometry.height; ++r)
-        for (std::size_t c = 0; c + 2 < image.geometry.width; ++c)
-            sum += static_cast<std::uint64_t>(
-                std::abs(sampleAt(image, r + rows, c + columns) - sampleAt(image, r, c)));
+        for (std::size_t c = 0; c + 2 < width; ++c) {
+            const unsigned sample = image.sample(r * width + c);
+            const unsigned other = image.sample((r + rows) * width + c + columns);
+            sum += std::max(sample, other) - std::min(sample, other);
+        }
     return sum;
 }
 

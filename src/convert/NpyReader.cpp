@@ -70,10 +70,22 @@ void transpose(ImageFile& image, unsigned sampleBytes) {
     image.pixelsAtByte = 0;
 }
 
+/// Leaves out sides of 1 in front of and behind a picture. Returns: whether there were any.
+bool dropSidesOfOne(NpyHead& head) {
+    auto& shape = head.shape;
+    const std::size_t before = shape.size();
+    while (shape.size() > 2 && shape.front() == 1)
+        shape.erase(shape.begin());
+    while (shape.size() > 2 && shape.back() == 1)
+        shape.pop_back();
+    return shape.size() != before;
+}
+
 }  // namespace
 
 ImageFile readNpy(Buffer file, const ReadOptions& options) {
-    const NpyHead head = readNpyHead(file.view());
+    NpyHead head = readNpyHead(file.view());
+    const bool hadMoreSides = dropSidesOfOne(head);
     const unsigned sampleBytes = requireType(head);
     requireShape(head, sampleBytes);
     requireSides(head.shape[1], head.shape[0], options);
@@ -84,10 +96,10 @@ ImageFile readNpy(Buffer file, const ReadOptions& options) {
     if (presentBytes < image.rawBytes())
         refuseShortPixels(presentBytes, image.rowBytes(), image.geometry.height);
     if (presentBytes > image.rawBytes())
-        image.metadata.notKept.push_back(
-            {std::to_string(presentBytes - image.rawBytes()) + " bytes behind the array"});
+        image.metadata.notKept.push_back(bytesBehind(presentBytes - image.rawBytes()));
     image.buffer = std::move(file);
     image.pixelsAtByte = head.startByte;
+    if (hadMoreSides) image.metadata.notKept.push_back({"sides of 1 of the array"});
     if (head.type == ">u2") swapSampleBytes(image.pixels(), image.rawBytes() / 2);
     if (head.isFortranOrder) transpose(image, sampleBytes);
     return image;

@@ -17,12 +17,9 @@ constexpr std::size_t kNpyFixedBytes = 10;
 bool isPossible(const ImageFile& image, std::uint32_t maxValue) {
     const bool hasWords = image.geometry.bytes_per_pixel == 2;
     if (maxValue == 0 || hasWords != (maxValue > 255)) return false;
-    const unsigned char* sample = image.pixels();
-    const unsigned char* const end = sample + image.rawBytes();
-    std::uint32_t most = 0;
-    for (; sample < end; sample += hasWords ? 2 : 1)
-        most = std::max(most, hasWords ? sample[0] + 256U * sample[1] : sample[0]);
-    return most <= maxValue;
+    for (std::size_t i = 0; i < image.sampleCount(); ++i)
+        if (image.sample(i) > maxValue) return false;
+    return true;
 }
 
 /// Returns: the maximum value to declare. Samples of two bytes need one above 255.

@@ -3,6 +3,7 @@
 #include <array>
 #include <csetjmp>
 #include <cstdio>
+#include <cstring>
 #include <png.h>
 #include <string>
 
@@ -24,6 +25,9 @@ struct PngWords {
 
     static void onWarning(png_structp png, png_const_charp text) {
         auto* words = static_cast<PngWords*>(png_get_error_ptr(png));
+        for (std::size_t i = 0; i < words->warningCount; ++i)
+            if (std::strncmp(words->warnings[i].data(), text, words->warnings[i].size() - 1) == 0)
+                return;
         if (words->warningCount == kMostWarnings) return;
         auto& warning = words->warnings[words->warningCount++];
         std::snprintf(warning.data(), warning.size(), "%s", text);

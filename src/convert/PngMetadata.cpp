@@ -1,6 +1,5 @@
 #include "convert/PngMetadata.h"
 
-#include <algorithm>
 #include <cstring>
 
 #include "convert/Refusal.h"
@@ -24,13 +23,16 @@ bool takeText(const png_text& text, Metadata& metadata) {
     const bool isUtf8 = text.compression >= PNG_ITXT_COMPRESSION_NONE;
     const std::size_t length = isUtf8 ? text.itxt_length : text.text_length;
     const std::string words = text.text == nullptr ? "" : std::string(text.text, length);
+    // A language and a key in it have no place.
+    const bool isWhole = !isUtf8 || (text.lang != nullptr && *text.lang == '\0' &&
+                                     text.lang_key != nullptr && *text.lang_key == '\0');
     if (std::strcmp(text.key, kXmpKey) == 0 && metadata.xmp.empty()) {
         metadata.xmp = words;
-        return true;
+        return isWhole;
     }
     if (std::strcmp(text.key, kDescriptionKey) == 0 && metadata.description.empty()) {
         metadata.description = isUtf8 ? words : latin1ToUtf8(words);
-        return true;
+        return isWhole;
     }
     return false;
 }
@@ -40,15 +42,15 @@ const char* chunkOf(const png_text& text) {
     return text.compression == PNG_TEXT_COMPRESSION_NONE ? "tEXt" : "zTXt";
 }
 
-/// Returns: the chunks whose texts have no place.
-std::vector<std::string> takeTexts(png_structp png, png_infop info, Metadata& metadata) {
-    std::vector<std::string> lost;
+/// Returns: how many chunks of each name have a text that is kept.
+std::map<std::string, std::size_t> takeTexts(png_structp png, png_infop info, Metadata& metadata) {
+    std::map<std::string, std::size_t> kept;
     png_textp texts = nullptr;
     int count = 0;
     png_get_text(png, info, &texts, &count);
     for (int i = 0; i < count; ++i)
-        if (!takeText(texts[i], metadata)) lost.emplace_back(chunkOf(texts[i]));
-    return lost;
+        if (takeText(texts[i], metadata)) ++kept[chunkOf(texts[i])];
+    return kept;
 }
 
 void takeProfiles(png_structp png, png_infop info, Metadata& metadata) {
@@ -71,15 +73,16 @@ void takeResolution(png_structp png, png_infop info, Metadata& metadata) {
         metadata.resolution = Resolution{x, y};
 }
 
-/// Whether metadata has what a chunk says. Transparency is looked at elsewhere.
-bool isKept(const std::string& chunk, const Metadata& metadata,
-            const std::vector<std::string>& lostTexts) {
-    if (chunk == "tRNS") return true;
-    if (chunk == "iCCP") return !metadata.icc.empty();
-    if (chunk == "eXIf") return !metadata.exif.empty();
-    if (chunk == "pHYs") return metadata.resolution.has_value();
-    if (chunk != "tEXt" && chunk != "zTXt" && chunk != "iTXt") return false;
-    return std::find(lostTexts.begin(), lostTexts.end(), chunk) == lostTexts.end();
+/// Whether metadata has what the chunks of a name say. Transparency is looked at elsewhere.
+bool isKept(const std::string& name, std::size_t count, const Metadata& metadata,
+            const std::map<std::string, std::size_t>& keptTexts) {
+    if (name == "tRNS") return true;
+    if (name == "iCCP") return !metadata.icc.empty();
+    if (name == "eXIf") return !metadata.exif.empty();
+    if (name == "pHYs") return metadata.resolution.has_value();
+    // Not all texts that a file has are read: libpng takes a limited number.
+    const auto kept = keptTexts.find(name);
+    return kept != keptTexts.end() && kept->second == count;
 }
 
 void addChunk(const unsigned char* chunk, std::size_t length, const std::string& name,
@@ -87,9 +90,8 @@ void addChunk(const unsigned char* chunk, std::size_t length, const std::string&
     if (name == "acTL" && length >= kFrameCountBytes)
         chunks.frames = png_get_uint_32(chunk + kChunkHeadBytes);
     const bool isAncillary = (chunk[4] & 0x20) != 0;
-    const bool isNew =
-        std::find(chunks.names.begin(), chunks.names.end(), name) == chunks.names.end();
-    if (isAncillary && isNew && chunks.names.size() < kMostNames) chunks.names.push_back(name);
+    if (isAncillary && (chunks.counts.size() < kMostNames || chunks.counts.contains(name)))
+        ++chunks.counts[name];
 }
 
 }  // namespace
@@ -109,24 +111,22 @@ PngChunks chunksOf(ByteView file) {
         addChunk(chunk, length, name, chunks);
         at += length + kChunkExtraBytes;
     }
-    std::sort(chunks.names.begin(), chunks.names.end());
     return chunks;
 }
 
 void takeMetadata(png_structp png, png_infop info, const PngChunks& chunks, Metadata& metadata) {
     takeProfiles(png, info, metadata);
     takeResolution(png, info, metadata);
-    const std::vector<std::string> lostTexts = takeTexts(png, info, metadata);
+    const auto keptTexts = takeTexts(png, info, metadata);
     std::string names;
-    std::size_t count = 0;
-    for (const std::string& name : chunks.names) {
-        if (isKept(name, metadata, lostTexts)) continue;
+    std::size_t lost = 0;
+    for (const auto& [name, count] : chunks.counts) {
+        if (isKept(name, count, metadata, keptTexts)) continue;
         names += (names.empty() ? "" : ", ") + name;
-        ++count;
+        ++lost;
     }
-    if (count > 0)
-        metadata.notKept.push_back(
-            {(count == 1 ? "PNG chunk " : "PNG chunks ") + names, count > 1});
+    if (lost > 0)
+        metadata.notKept.push_back({(lost == 1 ? "PNG chunk " : "PNG chunks ") + names, lost > 1});
 }
 
 void putMetadata(png_structp png, png_infop info, const Metadata& metadata) {

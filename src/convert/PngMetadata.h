@@ -1,8 +1,8 @@
 #pragma once
 
 #include <cstdint>
+#include <map>
 #include <string>
-#include <vector>
 
 #include "convert/Buffer.h"
 #include "convert/Metadata.h"
@@ -12,8 +12,8 @@ namespace qmx {
 
 /// The chunks of a PNG that decoders may leave out.
 struct PngChunks {
-    /// Sorted, each once.
-    std::vector<std::string> names;
+    /// How many there are of each name.
+    std::map<std::string, std::size_t> counts;
     /// Pictures of an animation; 0 for none.
     std::uint32_t frames = 0;
 };

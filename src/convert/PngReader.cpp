@@ -98,18 +98,29 @@ bool usesTransparentColour(CPngSource& source, const PngHead& head, const ImageF
 void leaveOutAlpha(CPngSource& source, const PngHead& head, ImageFile& image) {
     constexpr unsigned char kOpaque[] = {0xFF, 0xFF};
     const bool hasChannel = head.channels() == 2 || head.channels() == 4;
-    const bool isOpaque =
-        hasChannel ? removeOpaqueChannel(image.pixels(), std::size_t{head.width} * head.height,
-                                         head.channels() * head.sampleBytes(),
-                                         {kOpaque, head.sampleBytes()})
-                   : !usesTransparentColour(source, head, image);
-    if (!isOpaque)
-        throw Refusal{
-            "has an alpha channel that is not opaque everywhere, which a stream cannot hold"};
+    if (hasChannel) {
+        removeOpaqueChannel(image.pixels(), std::size_t{head.width} * head.height,
+                            head.channels() * head.sampleBytes(), {kOpaque, head.sampleBytes()});
+    } else if (usesTransparentColour(source, head, image)) {
+        refuseTransparency();
+    }
+}
+
+/// libpng makes black of numbers that the palette does not have.
+void requireColoursInPalette(CPngSource& source) {
+    png_colorp colours = nullptr;
+    int count = 0;
+    int most = 0;
+    source.run([&] {
+        png_get_PLTE(source.png, source.info, &colours, &count);
+        most = png_get_palette_max(source.png, source.info);
+    });
+    if (most >= count)
+        throw Refusal{"is a damaged PNG: its palette lacks a colour that pixels have"};
 }
 
 void describe(ImageFile& image, const PngHead& head) {
-    if (head.isPalette()) image.notes.emplace_back("the palette becomes RGB");
+    if (head.isPalette()) notePalette(image);
     const unsigned bits = head.isColour()    ? 8
                           : head.depth == 16 ? 0
                                              : static_cast<unsigned>(head.depth);
@@ -127,11 +138,10 @@ ImageFile readPng(ByteView file, const ReadOptions& options) {
     describe(image, head);
     readRows(source, head, image);
     source.run([&] { png_read_end(source.png, source.info); });
+    if (head.isPalette()) requireColoursInPalette(source);
     if (head.hasAlphaChannel() || head.hasTransparency) leaveOutAlpha(source, head, image);
     takeMetadata(source.png, source.info, chunks, image.metadata);
-    if (source.bytesLeft() != 0)
-        image.metadata.notKept.push_back(
-            {std::to_string(source.bytesLeft()) + " bytes behind the image"});
+    if (source.bytesLeft() != 0) image.metadata.notKept.push_back(bytesBehind(source.bytesLeft()));
     for (std::size_t i = 0; i < source.words.warningCount; ++i)
         image.notes.push_back("libpng: " + std::string(source.words.warnings[i].data()));
     return image;

@@ -12,18 +12,27 @@
 namespace qmx {
 namespace {
 
-unsigned sampleAt(const unsigned char* samples, std::size_t index, unsigned sampleBytes) {
-    return sampleBytes == 1 ? samples[index] : samples[2 * index] + 256U * samples[2 * index + 1];
+bool beginsImage(ByteView bytes) {
+    return bytes.size() >= 2 && bytes[0] == 'P' && bytes[1] >= '1' && bytes[1] <= '7';
 }
 
-/// What stands behind a binary image is another image or nothing that PNM knows.
+[[noreturn]] void refuseSeveral() {
+    throw Refusal{"has several images; a stream holds one: pamsplit makes files of them"};
+}
+
+/// What stands behind an image is another one, or nothing that PNM knows.
+void lookBehindPlain(ImageFile& image, CTextCursor& text) {
+    const std::string word = text.word();
+    if (beginsImage({reinterpret_cast<const unsigned char*>(word.data()), word.size()}))
+        refuseSeveral();
+    if (!word.empty()) image.metadata.notKept.push_back({"what stands behind the image", false});
+}
+
 void lookBehind(ImageFile& image, std::size_t endByte) {
     const std::size_t behindBytes = image.buffer.sizeBytes - endByte;
     if (behindBytes == 0) return;
-    const unsigned char* behind = image.buffer.bytes.get() + endByte;
-    if (behindBytes >= 2 && behind[0] == 'P' && behind[1] >= '1' && behind[1] <= '7')
-        throw Refusal{"has several images; a stream holds one: pamsplit makes files of them"};
-    image.metadata.notKept.push_back({std::to_string(behindBytes) + " bytes behind the image"});
+    if (beginsImage(image.buffer.view().subspan(endByte))) refuseSeveral();
+    image.metadata.notKept.push_back(bytesBehind(behindBytes));
 }
 
 /// Requires of a binary image that its rows are there.
@@ -77,6 +86,7 @@ void takePlain(ImageFile& image, const PnmHead& head, CTextCursor& text) {
         sample[0] = static_cast<unsigned char>(*value);
         if (head.sampleBytes() == 2) sample[1] = static_cast<unsigned char>(*value >> 8);
     }
+    lookBehindPlain(image, text);
     image.buffer = std::move(samples);
 }
 
@@ -97,17 +107,14 @@ void leaveOutAlpha(ImageFile& image, const PnmHead& head) {
     // The samples are little-endian by now.
     const unsigned char opaque[] = {static_cast<unsigned char>(head.maxValue),
                                     static_cast<unsigned char>(head.maxValue >> 8)};
-    const std::size_t pixelBytes = head.channels * head.sampleBytes();
-    if (!removeOpaqueChannel(image.pixels(), head.width * head.height, pixelBytes,
-                             {opaque, head.sampleBytes()}))
-        throw Refusal{
-            "has an alpha channel that is not opaque everywhere, which a stream cannot hold"};
+    removeOpaqueChannel(image.pixels(), head.width * head.height,
+                        head.channels * head.sampleBytes(), {opaque, head.sampleBytes()});
 }
 
 void requireValuesInRange(const ImageFile& image, const PnmHead& head) {
-    const std::size_t rowSamples = image.rowBytes() / head.sampleBytes();
-    for (std::size_t i = 0; i < rowSamples * head.height; ++i)
-        if (sampleAt(image.pixels(), i, head.sampleBytes()) > head.maxValue)
+    const std::size_t rowSamples = image.sampleCount() / head.height;
+    for (std::size_t i = 0; i < image.sampleCount(); ++i)
+        if (image.sample(i) > head.maxValue)
             throw Refusal{"is a damaged PNM: a sample above its maximum value " +
                           std::to_string(head.maxValue) + " in row " +
                           std::to_string(i / rowSamples + 1)};
@@ -134,11 +141,7 @@ void takeSamples(ImageFile& image, const PnmHead& head, CTextCursor& text) {
     } else {
         takeBinary(image, head, start);
     }
-    if (head.isBitmap) {
-        makeWhiteOne(image);
-    } else if (!head.isPlain) {
-        requireValuesInRange(image, head);
-    }
+    if (head.isBitmap) makeWhiteOne(image);
 }
 
 }  // namespace
@@ -153,6 +156,7 @@ ImageFile readPnm(Buffer file, const ReadOptions& options) {
     describe(image, head);
     takeSamples(image, head, text);
     if (head.hasAlpha) leaveOutAlpha(image, head);
+    requireValuesInRange(image, head);
     if (text.hasComments()) image.metadata.notKept.push_back({"comments"});
     return image;
 }

@@ -4,6 +4,8 @@
 #include <cstring>
 #include <utility>
 
+#include "convert/Refusal.h"
+
 namespace qmx {
 
 void swapSampleBytes(unsigned char* samples, std::size_t sampleCount) {
@@ -37,15 +39,18 @@ void packSamples(const unsigned char* samples, unsigned bits, unsigned char* pac
     }
 }
 
-bool removeOpaqueChannel(unsigned char* pixels, std::size_t pixelCount, std::size_t pixelBytes,
+void removeOpaqueChannel(unsigned char* pixels, std::size_t pixelCount, std::size_t pixelBytes,
                          ByteView opaque) {
     const std::size_t keptBytes = pixelBytes - opaque.size();
     for (std::size_t i = 0; i < pixelCount; ++i) {
         const unsigned char* pixel = pixels + i * pixelBytes;
-        if (!std::equal(opaque.begin(), opaque.end(), pixel + keptBytes)) return false;
+        if (!std::equal(opaque.begin(), opaque.end(), pixel + keptBytes)) refuseTransparency();
         std::memmove(pixels + i * keptBytes, pixel, keptBytes);
     }
-    return true;
+}
+
+void refuseTransparency() {
+    throw Refusal{"has an alpha channel that is not opaque everywhere, which a stream cannot hold"};
 }
 
 }  // namespace qmx

@@ -22,9 +22,12 @@ void unpackSamples(const unsigned char* packed, unsigned bits, unsigned char* sa
 void packSamples(const unsigned char* samples, unsigned bits, unsigned char* packed,
                  std::size_t sampleCount);
 
-/// Takes away the last of each pixel's channels where it has the bytes of `opaque` everywhere.
-/// Returns: whether it has. When not, some pixels may have lost theirs.
-bool removeOpaqueChannel(unsigned char* pixels, std::size_t pixelCount, std::size_t pixelBytes,
+/// Takes away the last channel of each pixel. opaque: the bytes that it has to have everywhere.
+/// Throws: Refusal where it has not.
+void removeOpaqueChannel(unsigned char* pixels, std::size_t pixelCount, std::size_t pixelBytes,
                          ByteView opaque);
+
+/// An alpha channel is left out only where it says nothing. Throws: Refusal.
+[[noreturn]] void refuseTransparency();
 
 }  // namespace qmx

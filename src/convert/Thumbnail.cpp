@@ -5,12 +5,6 @@
 namespace qmx {
 namespace {
 
-unsigned sampleAt(const ImageFile& image, std::size_t index) {
-    const unsigned char* samples = image.pixels();
-    return image.geometry.bytes_per_pixel == 2 ? samples[2 * index] + 256U * samples[2 * index + 1]
-                                               : samples[index];
-}
-
 /// Brings samples to 0 to 255 by the largest value that their bits can have.
 void makeBytes(ImageFile& image) {
     const unsigned most = (1U << image.geometry.bits_per_pixel) - 1;
@@ -18,7 +12,7 @@ void makeBytes(ImageFile& image) {
     const std::size_t count = std::size_t{image.geometry.width} * image.geometry.height;
     // A sample is read before the byte that comes to stand in its place.
     for (std::size_t i = 0; i < count; ++i) {
-        const unsigned sample = std::min(sampleAt(image, i), most);
+        const unsigned sample = std::min(image.sample(i), most);
         image.pixels()[i] = static_cast<unsigned char>((sample * 255 + most / 2) / most);
     }
     image.geometry = eightBitGeometry(image.geometry);

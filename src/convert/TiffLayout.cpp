@@ -28,6 +28,7 @@ constexpr std::uint16_t kExactCompressions[] = {
 
 void requireOnePage(CTiffFile& file) {
     const auto pages = static_cast<std::uint64_t>(TIFFNumberOfDirectories(file.get()));
+    file.requireSound();
     if (pages > 1) refusePages(pages, "tiffsplit makes files of them");
     if (TIFFSetDirectory(file.get(), 0) != 1) file.refuse();
 }
@@ -91,17 +92,18 @@ void requireChannels(CTiffFile& file, TiffLayout& layout, const ReadOptions& opt
 
 void addNotes(CTiffFile& file, std::uint16_t photometric, ImageFile& image) {
     if (photometric == PHOTOMETRIC_MINISWHITE) {
-        image.notes.emplace_back("0 is white in this file: the samples are kept as they are");
-        image.metadata.notKept.push_back({"its meaning of 0 as white", false});
+        image.notes.emplace_back(
+            "0 is white in this file: the samples are kept as they are, their meaning is not");
+        image.metadata.notKept.push_back({"its meaning of 0 as white", false, true});
     }
-    if (photometric == PHOTOMETRIC_PALETTE) image.notes.emplace_back("the palette becomes RGB");
+    if (photometric == PHOTOMETRIC_PALETTE) notePalette(image);
     if (photometric == PHOTOMETRIC_CFA)
         image.notes.emplace_back("the mosaic of a colour filter array is kept as gray");
     const auto orientation = file.number<std::uint16_t>(TIFFTAG_ORIENTATION, ORIENTATION_TOPLEFT);
     if (orientation == ORIENTATION_TOPLEFT) return;
     image.notes.push_back("orientation " + std::to_string(orientation) +
-                          " is not applied: the rows are kept as they are");
-    image.metadata.notKept.push_back({"orientation " + std::to_string(orientation), false});
+                          " is neither applied nor kept: the rows are as they were");
+    image.metadata.notKept.push_back({"orientation " + std::to_string(orientation), false, true});
 }
 
 }  // namespace
@@ -113,6 +115,8 @@ TiffLayout requireLayout(CTiffFile& file, const ReadOptions& options, ImageFile&
     layout.height = file.number<std::uint32_t>(TIFFTAG_IMAGELENGTH, 0);
     layout.bits = file.number<std::uint16_t>(TIFFTAG_BITSPERSAMPLE, 1);
     layout.channels = file.number<std::uint16_t>(TIFFTAG_SAMPLESPERPIXEL, 1);
+    const auto depth = file.number<std::uint32_t>(TIFFTAG_IMAGEDEPTH, 1);
+    if (depth > 1) refusePages(depth, "save its planes one by one");
     layout.isApart = file.number<std::uint16_t>(TIFFTAG_PLANARCONFIG, PLANARCONFIG_CONTIG) ==
                          PLANARCONFIG_SEPARATE &&
                      layout.channels > 1;

@@ -54,9 +54,14 @@ bool takeResolution(CTiffFile& file, Metadata& metadata) {
     return true;
 }
 
-/// Adds tags that libtiff does not list, because it has a place of its own for them. Images below the page may
-/// be what a file is for: raw files of cameras have a small picture on their page.
-void addPlacedTags(CTiffFile& file, std::vector<std::uint32_t>& tags) {
+/// Returns: whether there is a tag of one or two numbers of 16 bits. numbers gets them.
+bool hasNumbers(CTiffFile& file, std::uint32_t tag, std::uint16_t (&numbers)[2]) {
+    return TIFFGetField(file.get(), tag, &numbers[0], &numbers[1]) == 1;
+}
+
+/// Adds tags about the page that libtiff does not list, because it has a place of its own for them. Images below
+/// the page may be what a file is for: raw files of cameras have a small picture on their page.
+void addTagsOfPage(CTiffFile& file, std::vector<std::uint32_t>& tags) {
     std::uint16_t count = 0;
     std::uint64_t* pages = nullptr;
     if (TIFFGetField(file.get(), TIFFTAG_SUBIFD, &count, &pages) == 1)
@@ -65,6 +70,27 @@ void addPlacedTags(CTiffFile& file, std::vector<std::uint32_t>& tags) {
     constexpr std::uint32_t kPositions[] = {TIFFTAG_XPOSITION, TIFFTAG_YPOSITION};
     for (const std::uint32_t tag : kPositions)
         if (TIFFGetField(file.get(), tag, &position) == 1) tags.push_back(tag);
+    std::uint32_t kind = 0;
+    if (TIFFGetField(file.get(), TIFFTAG_SUBFILETYPE, &kind) == 1 && kind != 0)
+        tags.push_back(TIFFTAG_SUBFILETYPE);
+    std::uint16_t numbers[2] = {};
+    if (hasNumbers(file, TIFFTAG_PAGENUMBER, numbers)) tags.push_back(TIFFTAG_PAGENUMBER);
+}
+
+/// Adds those about what samples mean.
+void addTagsOfSamples(CTiffFile& file, std::vector<std::uint32_t>& tags) {
+    std::uint16_t numbers[2] = {};
+    constexpr std::uint32_t kNumbers[] = {TIFFTAG_THRESHHOLDING, TIFFTAG_MINSAMPLEVALUE,
+                                          TIFFTAG_HALFTONEHINTS};
+    for (const std::uint32_t tag : kNumbers)
+        if (hasNumbers(file, tag, numbers)) tags.push_back(tag);
+    // Without the tag libtiff has one that says what the bits say.
+    const unsigned most = (1U << file.number<std::uint16_t>(TIFFTAG_BITSPERSAMPLE, 1)) - 1;
+    if (hasNumbers(file, TIFFTAG_MAXSAMPLEVALUE, numbers) && numbers[0] != most)
+        tags.push_back(TIFFTAG_MAXSAMPLEVALUE);
+    float* levels = nullptr;
+    if (TIFFGetField(file.get(), TIFFTAG_REFERENCEBLACKWHITE, &levels) == 1)
+        tags.push_back(TIFFTAG_REFERENCEBLACKWHITE);
     std::uint16_t* curves[3] = {};
     if (TIFFGetField(file.get(), TIFFTAG_TRANSFERFUNCTION, &curves[0], &curves[1], &curves[2]) == 1)
         tags.push_back(TIFFTAG_TRANSFERFUNCTION);
@@ -91,7 +117,8 @@ void takeMetadata(CTiffFile& file, Metadata& metadata) {
     metadata.xmp = bytesOfField(file, TIFFTAG_XMLPACKET);
     metadata.description = description(file);
     std::vector<std::uint32_t> tags = otherTags(file);
-    addPlacedTags(file, tags);
+    addTagsOfPage(file, tags);
+    addTagsOfSamples(file, tags);
     if (!takeResolution(file, metadata))
         tags.insert(tags.end(), {TIFFTAG_XRESOLUTION, TIFFTAG_YRESOLUTION});
     if (tags.empty()) return;

@@ -122,11 +122,9 @@ void expandPalette(CTiffFile& file, const TiffLayout& layout, ImageFile& image) 
 
 void leaveOutAlpha(const TiffLayout& layout, ImageFile& image) {
     constexpr unsigned char kOpaque[] = {0xFF, 0xFF};
-    if (!removeOpaqueChannel(image.pixels(), std::size_t{layout.width} * layout.height,
-                             std::size_t{layout.channels} * layout.sampleBytes(),
-                             {kOpaque, layout.sampleBytes()}))
-        throw Refusal{
-            "has an alpha channel that is not opaque everywhere, which a stream cannot hold"};
+    removeOpaqueChannel(image.pixels(), std::size_t{layout.width} * layout.height,
+                        std::size_t{layout.channels} * layout.sampleBytes(),
+                        {kOpaque, layout.sampleBytes()});
 }
 
 }  // namespace
@@ -137,18 +135,20 @@ ImageFile readTiff(ByteView bytes, const ReadOptions& options) {
     const TiffLayout layout = requireLayout(file, options, image);
     if (layout.isPalette && layout.bits == 16) refuseColours("a palette of 65536 colours");
     takeMetadata(file, image.metadata);
+    file.requireSound();
     const bool isColour = layout.isColour || layout.isPalette;
     const unsigned bits = isColour ? 8 : layout.bits == 16 ? 0 : layout.bits;
     setGeometry(image, layout.width, layout.height, isColour ? 3 : layout.sampleBytes(), bits);
     image.buffer = Buffer(layout.rowBytes() * layout.height);
-    file.clearEnd();
+    file.beginSamples();
     if (TIFFIsTiled(file.get()) != 0) {
         readTiles(file, layout, image);
     } else {
         readStrips(file, layout, image);
     }
-    if (layout.isPalette) expandPalette(file, layout, image);
+    file.requireSound();
     if (layout.hasAlpha) leaveOutAlpha(layout, image);
+    if (layout.isPalette) expandPalette(file, layout, image);
     for (const std::string& warning : file.warnings())
         image.notes.push_back("libtiff: " + warning);
     return image;

@@ -73,6 +73,8 @@ void writeRows(CTiffFile& file, const ImageFile& image) {
 
 void writeTiff(const ImageFile& image, IByteSink& sink) {
     std::vector<unsigned char> written;
+    // Else it would be copied as it grows. What is not written costs no memory.
+    written.reserve(image.rawBytes());
     CTiffFile file(written, image.rawBytes());
     setLayout(file.get(), image);
     setMetadata(file.get(), image.metadata);

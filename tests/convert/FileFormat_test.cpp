@@ -27,7 +27,8 @@ TEST(FileFormat, OthersAreRefusedByName) {
     };
     EXPECT_EQ(refusal("\xFF\xD8\xFF\xE0"),
               "is a JPEG file, which is lossy: its stream would be several times as long");
-    EXPECT_THAT(refusal("RIFF1234WEBPVP8 "), HasSubstr("a WebP file"));
+    EXPECT_THAT(refusal("RIFF1234WEBPVP8 "), HasSubstr("a WebP file, which is lossy"));
+    EXPECT_THAT(refusal("RIFF1234WEBPVP8L"), HasSubstr("a WebP file: save it as PNG"));
     EXPECT_THAT(refusal("\0\0\0\14jP  \r\n\x87\n"sv), HasSubstr("a JPEG 2000 file"));
     EXPECT_THAT(refusal("GIF89a"), HasSubstr("a GIF file"));
     EXPECT_THAT(refusal("Pf\n2 2\n"), HasSubstr("floating-point"));

@@ -75,6 +75,15 @@ TEST(NpyReader, OtherShapesAreRefused) {
     EXPECT_THAT(refusal(npy("|u1", "(70000, 30)", "")), StartsWith("is 30 x 70000 pixels"));
 }
 
+TEST(NpyReader, SidesOfOneAroundAPictureAreLeftOut) {
+    for (const char* shape : {"(1, 2, 3)", "(2, 3, 1)", "(1, 1, 2, 3, 1)"}) {
+        const ImageFile image = read(npy("|u1", shape, "abcdef"));
+        EXPECT_EQ(image.geometry.width, 3U) << shape;
+        EXPECT_EQ(test::samplesOf(image), Bytes({'a', 'b', 'c', 'd', 'e', 'f'}));
+        EXPECT_EQ(namesOf(image.metadata.notKept), "sides of 1 of the array");
+    }
+}
+
 TEST(NpyReader, AllPrefixesAreRefused) {
     const std::string file = npy("<u2", "(5, 3)", std::string(30, 'x'));
     EXPECT_EQ(refusal(file), "");

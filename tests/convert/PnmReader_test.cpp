@@ -136,9 +136,13 @@ TEST(PnmReader, DamageIsSaid) {
 TEST(PnmReader, WhatFollowsIsAnotherImageOrIsNotKept) {
     EXPECT_THAT(refusal("P5 2 2 255 abcdP5 2 2 255 abcd"),
                 testing::StartsWith("has several images"));
+    EXPECT_THAT(refusal("P2 2 2 9 1 2 3 4\nP2 2 2 9 1 2 3 4"),
+                testing::StartsWith("has several images"));
+    EXPECT_EQ(namesOf(read("P2 2 2 9 1 2 3 4 5").metadata.notKept), "what stands behind the image");
+    EXPECT_EQ(namesOf(read("P2 2 2 9 1 2 3 4 \n").metadata.notKept), "");
     const ImageFile image = read("P5 2 2 255 abcd\n");
     ASSERT_EQ(image.metadata.notKept.size(), 1U);
-    EXPECT_EQ(image.metadata.notKept[0].words, "1 bytes behind the image");
+    EXPECT_EQ(image.metadata.notKept[0].words, "1 byte behind the image");
 }
 
 }  // namespace

@@ -163,13 +163,11 @@ class Tiff(Inputs):
     def test_min_is_white_is_kept_as_it_is(self):
         samples = picture(9, 8)
         self.require(samples, tiff(samples, photometric="miniswhite"),
-                     "0 is white in this file: the samples are kept as they are",
-                     "its meaning of 0 as white is not kept")
+                     "0 is white in this file: the samples are kept as they are, their meaning is not")
 
     def test_orientation_is_kept_as_it_is(self):
         data = tiff(picture(9, 8), extratags=[(274, "H", 1, 6, True)])
-        self.require(picture(9, 8), data, "orientation 6 is not applied: the rows are kept as they are",
-                     "orientation 6 is not kept")
+        self.require(picture(9, 8), data, "orientation 6 is neither applied nor kept: the rows are as they were")
 
     def test_what_tiffcp_writes(self):
         """All ways to write that lose nothing."""
@@ -233,7 +231,7 @@ class Notes(Inputs):
     def test_bytes_behind_an_image(self):
         for data in (png(picture(9, 8)), pnm(picture(9, 8))):
             self.require(picture(9, 8), data + b"xyz", "3 bytes behind the image are not kept")
-        self.require(picture(9, 8), npy(picture(9, 8)) + b"xy", "2 bytes behind the array are not kept")
+        self.require(picture(9, 8), npy(picture(9, 8)) + b"xy", "2 bytes behind the image are not kept")
 
 
 if __name__ == "__main__":

@@ -124,8 +124,11 @@ class Kinds(Refusals):
 
     def test_other_formats(self):
         samples = picture(16, 16, colour=True)
-        for kind, name in (("JPEG", "a JPEG"), ("WEBP", "a WebP"), ("JPEG2000", "a JPEG 2000")):
+        for kind, name in (("JPEG", "a JPEG"), ("WEBP", "a WebP")):
             self.require(f"is {name} file, {LOSSY}", saved(samples, kind))
+        perhaps = "save it as PNG first where it is lossless; of a lossy one the stream would be several times as long"
+        self.require(f"is a WebP file: {perhaps}", saved(samples, "WEBP", lossless=True))
+        self.require(f"is a JPEG 2000 file: {perhaps}", saved(samples, "JPEG2000"))
         self.require(f"is JPEG within TIFF, {LOSSY}", saved(samples, "TIFF", compression="jpeg"))
         self.require("is a GIF file: save its picture as PNG first", saved(samples, "GIF"))
         self.require("is a BMP file: save it as PNG first", saved(samples, "BMP"))
@@ -213,6 +216,11 @@ class Damage(Refusals):
                      data[: at + 100] + b"x" + data[at + 101 :])
         self.require("is a damaged PNG: the file ends early", data[:-1])
         self.require("is a damaged PNG: IHDR: CRC error", data[:20] + b"x" + data[21:])
+
+    def test_numbers_beyond_a_palette(self):
+        colours = png_chunk(b"PLTE", bytes(3 * 100))
+        self.require("is a damaged PNG: its palette lacks a colour that pixels have",
+                     png(numpy.full((8, 9), 100, "u1"), kind=3, before=colours))
 
     def test_tiff(self):
         samples = picture(40, 300)
