@@ -24,10 +24,10 @@ struct PngHead {
     bool isColour() const { return (colours & PNG_COLOR_MASK_COLOR) != 0; }
     bool hasAlphaChannel() const { return (colours & PNG_COLOR_MASK_ALPHA) != 0; }
     unsigned sampleBytes() const { return depth == 16 ? 2 : 1; }
-    /// Channels as they come from libpng, alpha included.
+    /// Channels as they come from libpng, alpha included. Those of a palette have numbers.
     std::size_t channels() const {
-        const bool hasAlpha = hasAlphaChannel() || (isPalette() && hasTransparency);
-        return (isColour() ? 3U : 1U) + (hasAlpha ? 1U : 0U);
+        const std::size_t own = isColour() && !isPalette() ? 3 : 1;
+        return own + (hasAlphaChannel() ? 1 : 0);
     }
 };
 
@@ -56,14 +56,8 @@ void readRows(CPngSource& source, const PngHead& head, ImageFile& image) {
     image.buffer = Buffer(rowBytes * head.height);
     std::size_t row = 0;
     source.runInRows(row, head.height, [&] {
-        if (head.isPalette()) {
-            png_set_palette_to_rgb(source.png);
-            if (head.hasTransparency) png_set_tRNS_to_alpha(source.png);
-        } else if (head.depth < 8) {
-            png_set_packing(source.png);
-        } else if (head.depth == 16) {
-            png_set_swap(source.png);
-        }
+        if (head.depth < 8) png_set_packing(source.png);
+        if (head.depth == 16) png_set_swap(source.png);
         const int passes = png_set_interlace_handling(source.png);
         png_read_update_info(source.png, source.info);
         if (png_get_rowbytes(source.png, source.info) != rowBytes)
@@ -81,15 +75,10 @@ bool usesTransparentColour(CPngSource& source, const PngHead& head, const ImageF
     if (key == nullptr) return false;
     const unsigned colour[] = {head.isColour() ? key->red : key->gray, key->green, key->blue};
     const std::size_t channels = head.channels();
-    const unsigned char* pixels = image.buffer.bytes.get();
-    for (std::size_t i = 0; i < std::size_t{head.width} * head.height; ++i) {
+    for (std::size_t i = 0; i < image.sampleCount(); i += channels) {
         std::size_t alike = 0;
-        for (std::size_t c = 0; c < channels; ++c) {
-            const std::size_t at = i * channels + c;
-            const unsigned sample =
-                head.depth == 16 ? pixels[2 * at] + 256U * pixels[2 * at + 1] : pixels[at];
-            alike += sample == colour[c] ? 1 : 0;
-        }
+        while (alike < channels && image.sample(i + alike) == colour[alike])
+            ++alike;
         if (alike == channels) return true;
     }
     return false;
@@ -106,17 +95,30 @@ void leaveOutAlpha(CPngSource& source, const PngHead& head, ImageFile& image) {
     }
 }
 
-/// libpng makes black of numbers that the palette does not have.
-void requireColoursInPalette(CPngSource& source) {
+/// Replaces numbers of colours by the colours. libpng would make black of numbers that have none.
+void expandPalette(CPngSource& source, ImageFile& image, const ReadOptions& options) {
     png_colorp colours = nullptr;
-    int count = 0;
-    int most = 0;
+    png_bytep alphas = nullptr;
+    int colourCount = 0;
+    int alphaCount = 0;
     source.run([&] {
-        png_get_PLTE(source.png, source.info, &colours, &count);
-        most = png_get_palette_max(source.png, source.info);
+        png_get_PLTE(source.png, source.info, &colours, &colourCount);
+        png_get_tRNS(source.png, source.info, &alphas, &alphaCount, nullptr);
     });
-    if (most >= count)
-        throw Refusal{"is a damaged PNG: its palette lacks a colour that pixels have"};
+    const std::size_t pixelCount = std::size_t{image.geometry.width} * image.geometry.height;
+    Buffer expanded(3 * pixelCount);
+    for (std::size_t i = 0; i < pixelCount; ++i) {
+        const int number = image.buffer.bytes[i];
+        if (number >= colourCount)
+            throw Refusal{"is a damaged PNG: its palette lacks a colour that pixels have"};
+        const bool isOpaque = number >= alphaCount || alphas[number] == 0xFF;
+        if (options.leavesOutOpaqueAlpha && !isOpaque) refuseTransparency();
+        const png_color& colour = colours[number];
+        expanded.bytes[3 * i] = colour.red;
+        expanded.bytes[3 * i + 1] = colour.green;
+        expanded.bytes[3 * i + 2] = colour.blue;
+    }
+    image.buffer = std::move(expanded);
 }
 
 void describe(ImageFile& image, const PngHead& head) {
@@ -138,8 +140,11 @@ ImageFile readPng(ByteView file, const ReadOptions& options) {
     describe(image, head);
     readRows(source, head, image);
     source.run([&] { png_read_end(source.png, source.info); });
-    if (head.isPalette()) requireColoursInPalette(source);
-    if (head.hasAlphaChannel() || head.hasTransparency) leaveOutAlpha(source, head, image);
+    if (head.isPalette()) {
+        expandPalette(source, image, options);
+    } else if (head.hasAlphaChannel() || head.hasTransparency) {
+        leaveOutAlpha(source, head, image);
+    }
     takeMetadata(source.png, source.info, chunks, image.metadata);
     if (source.bytesLeft() != 0) image.metadata.notKept.push_back(bytesBehind(source.bytesLeft()));
     for (std::size_t i = 0; i < source.words.warningCount; ++i)
