@@ -12,7 +12,6 @@
 #include "convert/ImageChecks.h"
 #include "convert/ImageReading.h"
 #include "convert/ImageWriting.h"
-#include "convert/InputFile.h"
 #include "convert/PngWriter.h"
 #include "convert/Refusal.h"
 #include "convert/TrailerBoxes.h"
@@ -58,22 +57,43 @@ ConvertOutcome CConverter::convert(const ConvertJob& job) {
 }
 
 void CConverter::work(const ConvertJob& job, ConvertOutcome& outcome) {
-    Buffer file = readInput(job.input, mostInputBytes(options.reading));
-    if (options.onlyChecks) return check(file.view(), outcome);
-    const bool isStreamInput = !options.raw && isStream(file.view());
-    const OutputName output = outputOf(job, isStreamInput);
+    CInputFile file(job.input);
+    if (options.onlyChecks) return check(file, outcome);
+    const OutputName output = outputOf(job, isStreamInput(file));
     outcome.output = output.isStandardOutput() ? "-" : output.path;
     if (options.resumes && exists(output.path)) {
         outcome.result = ConvertResult::passedOver;
         return;
     }
     requireOutput(job, output, options);
-    if (isStreamInput) {
-        decode(file.view(), output, outcome);
+    requireFormats(file, output.format);
+    Buffer content = file.readAll(mostInputBytes(options.reading));
+    if (isStreamInput(file)) {
+        decode(content.view(), output, outcome);
     } else {
-        encode(std::move(file), output, outcome);
+        encode(std::move(content), output, outcome);
     }
     if (options.removesInputs) removeInput(job, outcome);
+}
+
+bool CConverter::isStreamInput(const CInputFile& file) const {
+    return !options.raw && isStream(file.head());
+}
+
+/// Refuses by the first bytes what would be refused by all of them: files may be long, and films.
+void CConverter::requireFormats(const CInputFile& file, FileFormat outputFormat) const {
+    const bool isStreamOutput = outputFormat == FileFormat::stream;
+    if (isStreamInput(file)) {
+        if (!isStreamOutput) return;
+        throw Refusal{"is a stream already: head -c cuts one, and an OUTPUT as png:x decodes it"};
+    }
+    if (!isStreamOutput)
+        throw Refusal{"is an image, and so would be its output: a stream must be one of them"};
+    if (!options.raw) {
+        formatOfContent(file.head());
+    } else if (file.announcedBytes()) {
+        requireRawBytes(*file.announcedBytes(), *options.raw, options.reading);
+    }
 }
 
 void CConverter::settleLosses(const std::vector<LostPart>& parts, ConvertOutcome& outcome) const {
@@ -88,8 +108,6 @@ void CConverter::settleLosses(const std::vector<LostPart>& parts, ConvertOutcome
 }
 
 void CConverter::encode(Buffer file, const OutputName& output, ConvertOutcome& outcome) {
-    if (output.format != FileFormat::stream)
-        throw Refusal{"is an image, and so would be its output: a stream must be one of them"};
     const ImageFile image = readImage(std::move(file), options);
     outcome.notes = image.notes;
     // A raw file is the format that keeps least.
@@ -115,8 +133,6 @@ void CConverter::compress(const ImageFile& image, const OutputName& output,
 }
 
 void CConverter::decode(ByteView file, const OutputName& output, ConvertOutcome& outcome) {
-    if (output.format == FileFormat::stream)
-        throw Refusal{"is a stream already: head -c cuts one, and an OUTPUT as png:x decodes it"};
     const TeskFile opened = openTeskFile(file);
     if (opened.strangeBytes != 0) outcome.notes.push_back(strangeBytesWords(opened));
     if (!opened.isComplete) outcome.notes.emplace_back(kCutWords);
@@ -133,9 +149,10 @@ void CConverter::decode(ByteView file, const OutputName& output, ConvertOutcome&
     outcome.result = opened.isWhole() ? ConvertResult::converted : ConvertResult::approximated;
 }
 
-void CConverter::check(ByteView file, ConvertOutcome& outcome) {
-    if (!isStream(file)) throw Refusal{"is no stream"};
-    const TeskFile opened = openTeskFile(file);
+void CConverter::check(CInputFile& file, ConvertOutcome& outcome) {
+    if (!isStream(file.head())) throw Refusal{"is no stream"};
+    const Buffer content = file.readAll(mostInputBytes(options.reading));
+    const TeskFile opened = openTeskFile(content.view());
     if (opened.strangeBytes != 0) throw Refusal{strangeBytesWords(opened)};
     if (!opened.isComplete && options.isStrict) throw Refusal{"is cut, which --strict refuses"};
     requirePixelCount(opened.geometry.width, opened.geometry.height, options.reading);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "convert/CInputFile.h"
 #include "convert/CTeskCodec.h"
 #include "convert/ConvertJob.h"
 #include "convert/ConvertOptions.h"
@@ -17,10 +18,12 @@ public:
 
 private:
     void work(const ConvertJob& job, ConvertOutcome& outcome);
+    void requireFormats(const CInputFile& file, FileFormat outputFormat) const;
     void encode(Buffer file, const OutputName& output, ConvertOutcome& outcome);
     void compress(const ImageFile& image, const OutputName& output, ConvertOutcome& outcome);
     void decode(ByteView file, const OutputName& output, ConvertOutcome& outcome);
-    void check(ByteView file, ConvertOutcome& outcome);
+    void check(CInputFile& file, ConvertOutcome& outcome);
+    bool isStreamInput(const CInputFile& file) const;
     void settleLosses(const std::vector<LostPart>& parts, ConvertOutcome& outcome) const;
     void removeInput(const ConvertJob& job, ConvertOutcome& outcome) const;
     bool writesTrailer() const { return !options.isBare && !options.budget.isSet(); }

@@ -4,8 +4,8 @@
 #include <filesystem>
 #include <unordered_map>
 
+#include "convert/CInputFile.h"
 #include "convert/COutputFile.h"
-#include "convert/InputFile.h"
 #include "convert/Refusal.h"
 
 namespace qmx {
@@ -94,7 +94,8 @@ void CPlan::addFile(const std::string& name, const fs::path& belowFolder) {
     if (options.output) job.output = namedOutput(*options.output);
     // What is read here must be there to be read once more. "-" is no name of a file.
     const bool isFile = name != "-" && isRegularFile(name);
-    const bool isStreamFile = isFile && isStream(readHead(name, kStreamHeadBytes).view());
+    const bool isStreamFile =
+        isFile && isStream(readHead(name, kStreamHeadBytes).value_or(Buffer()).view());
     if (isFile && !isWanted(isStreamFile)) return;
     if (isFile && !options.onlyChecks && !job.output) requireOwnOutput(job, isStreamFile);
     jobs.push_back(std::move(job));

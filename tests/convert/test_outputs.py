@@ -96,6 +96,42 @@ class Pipes(Outputs):
             self.assertEqual(len(self.path(f"log{number}").read_text().splitlines()), 1)
 
 
+class FirstBytes(Outputs):
+    """What they tell is said before the rest is there: the other end of each pipe stays open."""
+
+    def refuse_early(self, words, begin, *arguments):
+        reader, writer = os.pipe()
+        os.write(writer, begin.ljust(300, b"\0"))
+        self.refuse(words, *arguments, stdin=reader, timeout=20)
+        os.close(reader)
+        os.close(writer)
+
+    def test_what_is_no_image_is_refused_by_them(self):
+        self.refuse_early("-: is a GIF file: save its picture as PNG first", b"GIF89a", "-", "x.tk")
+        self.refuse_early("-: is a DICOM file: its samples can be read with --raw, where they are not compressed",
+                          bytes(128) + b"DICM", "-", "x.tk")
+        self.refuse_early("-: is no stream", b"something else", "--check", "-")
+        self.refuse_early("-: is an image, and so would be its output: a stream must be one of them", png(self.samples),
+                          "-", "x.png")
+
+    def test_resume_needs_no_more(self):
+        self.write("b.tk", b"old")
+        reader, writer = os.pipe()
+        os.write(writer, png(self.samples)[:300])
+        said = self.convert("-v", "--resume", "-", "b.tk", stdin=reader, timeout=20)
+        self.assertEqual(said, ["-: passed over, b.tk"])
+        os.close(reader)
+        os.close(writer)
+
+    def test_the_length_of_a_raw_file_is_compared_first(self):
+        self.write("a.raw", b"")
+        os.truncate(self.path("a.raw"), 2**40)
+        self.refuse("a.raw: has 1099511627776 bytes; 72 of samples behind 0 were announced by --raw", "--max-pixels",
+                    "1K", "--raw", "9x8:gray8", "a.raw", "x.tk")
+        self.refuse("a.raw: is neither PNM, PAM, PNG, TIFF, NPY nor a stream; for samples without a head there is --raw",
+                    "a.raw", "x.tk")
+
+
 class FullDisks(Outputs):
     def test_a_full_device(self):
         self.convert("a.png", "a.tk")
