@@ -23,7 +23,7 @@ OutputName namedOutput(const std::string& argument) {
 
 OutputName derivedOutput(const std::string& input, bool isStreamInput) {
     if (!isStreamInput) return {input + std::string(kStreamEnding), FileFormat::stream};
-    if (!input.ends_with(kStreamEnding))
+    if (formatOfName(input) != FileFormat::stream)
         throw Refusal{"is a stream whose name does not end in .tk: name an OUTPUT"};
     const std::string name = input.substr(0, input.size() - kStreamEnding.size());
     // A stream that was not made from a file of ours has no other ending.

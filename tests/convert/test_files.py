@@ -119,7 +119,7 @@ class Folders(Files):
         self.convert("-r", "in")
         self.assertEqual(len(self.files_below("in")), 6)
         said = self.convert("-r", "in", status=1)
-        self.assertEqual(said[0], f"in/a.png: 'in/a.png.tk' {THERE}")
+        self.assertEqual(said[0], "in/a.png: its output would be the input 'in/a.png.tk'")
         self.assertEqual(said[-1], "0 of 6 files, 6 refused")
 
     def test_a_second_run_does_not_write_over_the_images(self):
@@ -145,6 +145,44 @@ class Folders(Files):
         self.assertEqual(self.files_below("images"), ["b/c.png", "b/d/e.png"])
         self.convert("-r", "--only", "images", "-d", "streams", "in", status=1)
         self.assertEqual(self.files_below("streams"), ["a.png.tk", "b/c.png.tk", "b/d/e.png.tk"])
+
+    def test_outputs_that_are_inputs(self):
+        self.convert("in/a.png", "in/a.png.tk")
+        before = self.path("in/a.png").read_bytes()
+        os.symlink("a.png", self.path("in/link.png"))
+        for names in (["in/a.png", "in/a.png.tk"], ["in/a.png.tk", "in/link.png"], ["in/../in/a.png.tk", "in/a.png"]):
+            said = self.convert("-f", "-d", "in", *names, status=1)
+            stream, image = sorted(names, key=lambda name: not name.endswith(".tk"))
+            self.assertIn(f"{stream}: its output would be the input '{image}'", said)
+            self.assertEqual(self.path("in/a.png").read_bytes(), before)
+        self.convert("--resume", "-d", "in", "in/a.png", "in/a.png.tk")
+
+    def test_an_output_folder_that_is_in_an_input_folder(self):
+        os.symlink("in/b", self.path("link"))
+        for folder, input in (("in", "in"), ("in/new", "in"), (".", "."), ("x", "."), ("link", "in"), ("in/b/../b", "in")):
+            self.refuse(f"the output folder '{folder}' is in the input folder '{input}': the next run would take its "
+                        "outputs for inputs; --help says more", "-r", "-d", folder, input, status=2)
+        self.convert("-r", "-d", "in", "in/a.png")
+        self.convert("-r", "-d", "in2", "in")
+        self.convert("-r", "--resume", "-d", "..", ".", cwd=self.path("in"))
+
+    def test_damaged_streams_are_none_the_less_checked(self):
+        self.convert("-r", "-d", "out", "in")
+        for name in ("out/empty.tk", "out/EMPTY.TK", "out/text.txt"):
+            self.write(name, b"")
+        data = bytearray(self.path("out/a.png.tk").read_bytes())
+        data[0] ^= 1
+        self.write("out/a.png.tk", data)
+        for arguments in (["--check"], ["-d", "back"]):
+            said = self.convert(*arguments, "-r", "--only", "streams", "out", status=1)
+            self.assertEqual(said[:3], [f"out/{name}: is no stream" for name in ("EMPTY.TK", "a.png.tk", "empty.tk")])
+            self.assertEqual(len(said), 4)
+
+    def test_endings_of_any_case(self):
+        self.convert("a.png", "b.TK")
+        self.convert("a.png", "tk:C.PNG.Tk")
+        self.convert("-d", "out", "b.TK", "C.PNG.Tk")
+        self.assertEqual(self.files_below("out"), ["C.PNG", "b.png"])
 
     def test_links(self):
         """Links to files are followed, those to folders are not: they may lead round in circles."""

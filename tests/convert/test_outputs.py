@@ -187,6 +187,12 @@ class Permissions(Outputs):
         self.close_to_others("a.png")
         self.refuse("a.png: cannot be read: Permission denied", "a.png", **self.options)
 
+    def test_a_stream_that_may_not_be_read_is_not_passed_over(self):
+        self.write("in/a.png.tk", b"")
+        self.close_to_others("in/a.png.tk")
+        self.refuse("in/a.png.tk: cannot be read: Permission denied", "--check", "-r", "--only", "streams", "in",
+                    **self.options)
+
     def test_a_folder_that_may_not_be_written(self):
         self.path("closed").mkdir()
         self.close_to_others("closed", 0o555)
