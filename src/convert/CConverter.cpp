@@ -46,6 +46,7 @@ ConvertOutcome CConverter::convert(const ConvertJob& job) {
     outcome.input = job.input;
     try {
         if (!job.complaint.empty()) throw Refusal{job.complaint};
+        if (!codec) codec.emplace();
         work(job, outcome);
     } catch (const Refusal& refusal) {
         outcome.refusal = refusal.words;
@@ -121,7 +122,7 @@ void CConverter::encode(Buffer file, const OutputName& output, ConvertOutcome& o
 void CConverter::compress(const ImageFile& image, const OutputName& output,
                           ConvertOutcome& outcome) {
     CTeskCodec::CBlock block;
-    codec.compress(image, options.budget.isSet() ? options.budget.bytesFor(image) : 0, block);
+    codec->compress(image, options.budget.isSet() ? options.budget.bytesFor(image) : 0, block);
     outcome.rawBytes = image.rawBytes();
     outcome.streamBytes = block.view().size();
     std::vector<unsigned char> trailer;
@@ -138,7 +139,7 @@ void CConverter::decode(ByteView file, const OutputName& output, ConvertOutcome&
     if (!opened.isComplete) outcome.notes.emplace_back(kCutWords);
     if (!opened.isWhole() && options.isStrict)
         throw Refusal{outcome.notes.back() + ", which --strict refuses"};
-    ImageFile image = decodeImage(opened, output.format, options, codec);
+    ImageFile image = decodeImage(opened, output.format, options, *codec);
     outcome.rawBytes = image.rawBytes();
     outcome.streamBytes = opened.stream.size();
     std::vector<LostPart> lost = partsLostIn(output.format, image.metadata);
@@ -157,7 +158,7 @@ void CConverter::check(CInputFile& file, ConvertOutcome& outcome) {
     if (!opened.isComplete && options.isStrict) throw Refusal{"is cut, which --strict refuses"};
     requirePixelCount(opened.geometry.width, opened.geometry.height, options.reading);
     ImageFile image;
-    codec.decompress(opened.stream, 0, image);
+    codec->decompress(opened.stream, 0, image);
     outcome.rawBytes = image.rawBytes();
     outcome.streamBytes = opened.stream.size();
     outcome.result = opened.isComplete ? ConvertResult::checked : ConvertResult::approximated;

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <optional>
+
 #include "convert/CInputFile.h"
 #include "convert/CTeskCodec.h"
 #include "convert/ConvertJob.h"
@@ -29,7 +31,8 @@ private:
     bool writesTrailer() const { return !options.isBare && !options.budget.isSet(); }
 
     const ConvertOptions& options;
-    CTeskCodec codec;
+    /// Made for the first file, which is refused where there is no memory for it.
+    std::optional<CTeskCodec> codec;
 };
 
 }  // namespace qmx

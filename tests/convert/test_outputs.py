@@ -2,9 +2,11 @@
 
 import os
 import pty
+import resource
 import shutil
 import subprocess
 import unittest
+from pathlib import Path
 
 import numpy
 
@@ -161,7 +163,9 @@ class FullDisks(Outputs):
         self.assertEqual(os.listdir(disk), ["a.tk"])
 
 
-class Permissions(Outputs):
+class Unprivileged(Outputs):
+    """Options for runs as a user who is not root."""
+
     def setUp(self):
         super().setUp()
         self.options = {}
@@ -179,6 +183,8 @@ class Permissions(Outputs):
         except PermissionError:
             return None
 
+
+class Permissions(Unprivileged):
     def close_to_others(self, name, mode=0):
         self.path(name).chmod(mode)
         self.addCleanup(self.path(name).chmod, 0o755)
@@ -209,6 +215,39 @@ class Permissions(Outputs):
         said = self.convert("-r", "-d", "out", "in", status=1, **self.options)
         self.assertEqual(said[0], "in/b: cannot be read: Permission denied")
         self.assertEqual(sorted(path.name for path in self.path("out").rglob("*.tk")), ["a.png.tk", "c.png.tk"])
+
+
+class Limits(Unprivileged):
+    """Threads and memory that cannot be had."""
+
+    @unittest.skipUnless(os.geteuid() == 0, "only for root there is a user without processes")
+    def test_without_threads_the_work_is_done_all_the_same(self):
+        for name in "bcde":
+            shutil.copy(self.path("a.png"), self.path(f"{name}.png"))
+        # The leak checker of a sanitizer needs a process.
+        environment = dict(ENVIRONMENT, ASAN_OPTIONS=f"{ENVIRONMENT['ASAN_OPTIONS']}:detect_leaks=0")
+        for most in (1, 2, 3, 4):
+            done = subprocess.run(
+                [PROGRAM, "-q", "-j", "8", "-d", f"out{most}", *(f"{name}.png" for name in "abcde")], check=False,
+                cwd=self.folder, env=environment, capture_output=True, timeout=100, **self.options,
+                preexec_fn=lambda most=most: resource.setrlimit(resource.RLIMIT_NPROC, (most, most)))
+            self.assertEqual((done.returncode, done.stderr), (0, b""))
+            self.assertEqual(self.names(f"out{most}"), [f"{name}.png.tk" for name in "abcde"])
+
+    def test_with_little_memory_files_are_refused(self):
+        if b"__asan_init" in Path(PROGRAM).read_bytes() or b"__tsan_init" in Path(PROGRAM).read_bytes():
+            self.skipTest("sanitizers need memory")
+        names = [f"{number}.png" for number in range(200)]
+        for name in names:
+            shutil.copy(self.path("a.png"), self.path(name))
+        for megabytes in (30, 60, 100, 300, 1000):
+            most = megabytes << 20
+            said = self.run_program("-q", "-f", "-j", "600", "-d", "out", *names,
+                                    preexec_fn=lambda most=most: resource.setrlimit(resource.RLIMIT_AS, (most, most)))
+            for line in said.stderr.decode().splitlines():
+                self.assertRegex(line, "there is not enough memory|^tesk-convert: .*(cannot be read|cannot write)")
+            if said.stderr == b"":
+                self.assertEqual(self.names("out"), sorted(f"{name}.tk" for name in names))
 
 
 class OtherProcesses(Outputs):
