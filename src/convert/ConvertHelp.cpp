@@ -40,7 +40,7 @@ const char kConvertHelp[] =
     "      --log FILE          append one line for each file\n"
     "  -q, --quiet             print errors only\n"
     "  -v, --verbose           print a line for each file\n"
-    "      --help, --version   print and exit\n"
+    "  -h, --help, --version   print and exit\n"
     "\n"
     "Exit status: 0 all done, 1 a file was refused or failed, 2 wrong arguments,\n"
     "3 all done, but a stream was cut and its image is an approximation.\n";

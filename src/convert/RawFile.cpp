@@ -87,7 +87,8 @@ ImageFile readRaw(Buffer file, const RawLayout& layout, const ReadOptions& optio
     setGeometry(image, layout.width, layout.height, layout.bytesPerPixel, layout.bits);
     image.buffer = std::move(file);
     image.pixelsAtByte = layout.skipBytes;
-    if (layout.skipBytes > 0)
+    if (layout.skipBytes == 1) image.metadata.notKept.push_back({"the first byte", false});
+    if (layout.skipBytes > 1)
         image.metadata.notKept.push_back(
             {"the first " + std::to_string(layout.skipBytes) + " bytes"});
     image.metadata.rawType = layout.otherType;

@@ -33,11 +33,18 @@ TEST(ConvertArguments, AllAreInputsWithAFolderRecursionOrCheck) {
         EXPECT_THAT(parse(words).options.inputs, ElementsAre("a", "b"));
         EXPECT_FALSE(parse(words).options.output);
     }
-    EXPECT_EQ(complaintOf({"a", "b", "c"}), "several inputs need -d FOLDER");
+    EXPECT_EQ(complaintOf({"a", "b", "c"}),
+              "several inputs need -d FOLDER: -d . writes into this one");
 }
 
 TEST(ConvertArguments, BehindTwoDashesThereAreOnlyNames) {
     EXPECT_THAT(parse({"--", "-f", "--rm"}).options.inputs, ElementsAre("-f"));
+}
+
+TEST(ConvertArguments, NamesAreNotTakenApart) {
+    EXPECT_THAT(parse({"-r", "[a]", "-v", "[x,y]", "--", "--", "[z]"}).options.inputs,
+                ElementsAre("[a]", "[x,y]", "--", "[z]"));
+    EXPECT_THAT(complaintOf({"a", "--unknown=[x]", "-y"}), HasSubstr("-y --unknown=[x]"));
 }
 
 TEST(ConvertArguments, EveryOptionOfTheHelpIsTaken) {
