@@ -74,7 +74,7 @@ void CConverter::work(const ConvertJob& job, ConvertOutcome& outcome) {
     } else {
         encode(std::move(content), output, outcome);
     }
-    if (options.removesInputs) removeInput(job, outcome);
+    if (options.removesInputs) removeInput(job, file, outcome);
 }
 
 bool CConverter::isStreamInput(const CInputFile& file) const {
@@ -169,13 +169,16 @@ void CConverter::check(CInputFile& file, ConvertOutcome& outcome) {
     }
 }
 
-void CConverter::removeInput(const ConvertJob& job, ConvertOutcome& outcome) const {
+void CConverter::removeInput(const ConvertJob& job, const CInputFile& file,
+                             ConvertOutcome& outcome) const {
     if (outcome.result != ConvertResult::converted) return;
     if (outcome.losesMetadata) {
         outcome.notes.emplace_back(
             "is not removed, because not all of it is in its output: --drop-metadata lets it go");
         return;
     }
+    if (!file.isStillAt(job.input))
+        throw Refusal{"is not removed: it is another file than the one that was read"};
     if (unlink(job.input.c_str()) != 0)
         throw Refusal{std::string("cannot be removed: ") + std::strerror(errno)};
 }

@@ -27,7 +27,7 @@ private:
     void check(CInputFile& file, ConvertOutcome& outcome);
     bool isStreamInput(const CInputFile& file) const;
     void settleLosses(const std::vector<LostPart>& parts, ConvertOutcome& outcome) const;
-    void removeInput(const ConvertJob& job, ConvertOutcome& outcome) const;
+    void removeInput(const ConvertJob& job, const CInputFile& file, ConvertOutcome& outcome) const;
     bool writesTrailer() const { return !options.isBare && !options.budget.isSet(); }
 
     const ConvertOptions& options;

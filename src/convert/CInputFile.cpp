@@ -74,12 +74,22 @@ Buffer enlarged(const Buffer& buffer, std::size_t sizeBytes) {
 }  // namespace
 
 CInputFile::CInputFile(const std::string& name)
-    : file(openInput(name)), facts(factsOf(file)), begin(readBegin(file, kHeadBytes)) {}
+    : file(openInput(name)), found(factsOf(file)), begin(readBegin(file, kHeadBytes)) {}
 
 std::optional<std::uint64_t> CInputFile::announcedBytes() const {
     // Files that the system makes up have 0 bytes until they are read.
-    if (!S_ISREG(facts.st_mode) || facts.st_size == 0) return std::nullopt;
-    return static_cast<std::uint64_t>(facts.st_size);
+    if (!S_ISREG(found.st_mode) || found.st_size == 0) return std::nullopt;
+    return static_cast<std::uint64_t>(found.st_size);
+}
+
+bool CInputFile::isStillAt(const std::string& name) const {
+    struct stat now {};
+    if (stat(name.c_str(), &now) != 0 || now.st_dev != found.st_dev || now.st_ino != found.st_ino)
+        return false;
+    // The times of a pipe say nothing of what came through it.
+    return !S_ISREG(found.st_mode) ||
+           (now.st_size == found.st_size && now.st_mtim.tv_sec == found.st_mtim.tv_sec &&
+            now.st_mtim.tv_nsec == found.st_mtim.tv_nsec);
 }
 
 Buffer CInputFile::readAll(std::uint64_t mostBytes) {

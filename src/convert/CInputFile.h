@@ -23,13 +23,17 @@ public:
     ByteView head() const { return begin.view(); }
     /// Returns: the bytes that the file says it has, nothing where it does not say.
     std::optional<std::uint64_t> announcedBytes() const;
+    /// What the system said of the file before it was read.
+    const struct stat& facts() const { return found; }
+    /// Whether a name leads to the file that was read, as it was then.
+    bool isStillAt(const std::string& name) const;
     /// Reads the rest. Returns: all bytes of the file. Throws: Refusal where it cannot be read or has more than
     /// mostBytes; std::bad_alloc. Requires: it is called once.
     Buffer readAll(std::uint64_t mostBytes);
 
 private:
     CFileNumber file;
-    struct stat facts {};
+    struct stat found {};
     Buffer begin;
 };
 

@@ -84,6 +84,19 @@ class Removal(Files):
         self.convert("--rm", "cut.tk", "cut.png", status=3)
         self.assertEqual(self.names(), ["a.png", "cut.png", "cut.tk"])
 
+    def test_another_file_under_the_name_of_the_input_stays(self):
+        os.mkfifo(self.path("in"))
+        with self.start("--rm", "in", "out.tk") as process:
+            with open(self.path("in"), "wb") as pipe:
+                self.path("in").rename(self.path("elsewhere"))
+                self.write("in", b"another")
+                pipe.write(self.path("a.png").read_bytes())
+            self.assertEqual(process.stderr.read(), b"tesk-convert: in: is not removed: it is another file than the one "
+                             b"that was read\n")
+        self.assertEqual(process.returncode, 1)
+        self.assertEqual(self.path("in").read_bytes(), b"another")
+        self.convert("--check", "out.tk")
+
     def test_an_output_that_is_no_file_removes_nothing(self):
         words = "a.png: its output is no file, which --rm needs"
         for output in ("tk:-", "tk:/dev/null", "tk:/dev/stdout"):
