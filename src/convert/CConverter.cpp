@@ -7,7 +7,6 @@
 #include <new>
 #include <unistd.h>
 
-#include "convert/ConvertOutput.h"
 #include "convert/DecodeImage.h"
 #include "convert/ImageChecks.h"
 #include "convert/ImageReading.h"
@@ -68,11 +67,12 @@ void CConverter::work(const ConvertJob& job, ConvertOutcome& outcome) {
     }
     requireOutput(job, output, options);
     requireFormats(file, output.format);
+    const OutputPlace place{output, outputRules(file.facts(), options)};
     Buffer content = file.readAll(mostInputBytes(options.reading));
     if (isStreamInput(file)) {
-        decode(content.view(), output, outcome);
+        decode(content.view(), place, outcome);
     } else {
-        encode(std::move(content), output, outcome);
+        encode(std::move(content), place, outcome);
     }
     if (options.removesInputs) removeInput(job, file, outcome);
 }
@@ -108,18 +108,18 @@ void CConverter::settleLosses(const std::vector<LostPart>& parts, ConvertOutcome
     outcome.losesMetadata = true;
 }
 
-void CConverter::encode(Buffer file, const OutputName& output, ConvertOutcome& outcome) {
+void CConverter::encode(Buffer file, const OutputPlace& place, ConvertOutcome& outcome) {
     const ImageFile image = readImage(std::move(file), options);
     outcome.notes = image.notes;
     // A raw file is the format that keeps least.
     settleLosses(
         writesTrailer() ? image.metadata.notKept : partsLostIn(FileFormat::raw, image.metadata),
         outcome);
-    compress(image, output, outcome);
+    compress(image, place, outcome);
     outcome.result = ConvertResult::converted;
 }
 
-void CConverter::compress(const ImageFile& image, const OutputName& output,
+void CConverter::compress(const ImageFile& image, const OutputPlace& place,
                           ConvertOutcome& outcome) {
     CTeskCodec::CBlock block;
     codec->compress(image, options.budget.isSet() ? options.budget.bytesFor(image) : 0, block);
@@ -127,26 +127,26 @@ void CConverter::compress(const ImageFile& image, const OutputName& output,
     outcome.streamBytes = block.view().size();
     std::vector<unsigned char> trailer;
     if (writesTrailer()) trailer = trailerOf(image.metadata, block.view());
-    writeOutput(output, options, [&](IByteSink& sink) {
+    writeOutput(place, [&](IByteSink& sink) {
         sink.write(block.view());
         sink.write(ByteView(trailer));
     });
 }
 
-void CConverter::decode(ByteView file, const OutputName& output, ConvertOutcome& outcome) {
+void CConverter::decode(ByteView file, const OutputPlace& place, ConvertOutcome& outcome) {
     const TeskFile opened = openTeskFile(file);
     if (opened.strangeBytes != 0) outcome.notes.push_back(strangeBytesWords(opened));
     if (!opened.isComplete) outcome.notes.emplace_back(kCutWords);
     if (!opened.isWhole() && options.isStrict)
         throw Refusal{outcome.notes.back() + ", which --strict refuses"};
-    ImageFile image = decodeImage(opened, output.format, options, *codec);
+    ImageFile image = decodeImage(opened, place.name.format, options, *codec);
     outcome.rawBytes = image.rawBytes();
     outcome.streamBytes = opened.stream.size();
-    std::vector<LostPart> lost = partsLostIn(output.format, image.metadata);
-    if (output.format == FileFormat::png && !keepsProfile(image))
+    std::vector<LostPart> lost = partsLostIn(place.name.format, image.metadata);
+    if (place.name.format == FileFormat::png && !keepsProfile(image))
         lost.push_back({"the colour profile, which libpng refuses,", false});
     settleLosses(lost, outcome);
-    writeOutput(output, options, [&](IByteSink& sink) { writeImage(image, output.format, sink); });
+    writeOutput(place, [&](IByteSink& sink) { writeImage(image, place.name.format, sink); });
     outcome.result = opened.isWhole() ? ConvertResult::converted : ConvertResult::approximated;
 }
 

@@ -6,6 +6,7 @@
 #include "convert/CTeskCodec.h"
 #include "convert/ConvertJob.h"
 #include "convert/ConvertOptions.h"
+#include "convert/ConvertOutput.h"
 
 namespace qmx {
 
@@ -21,9 +22,9 @@ public:
 private:
     void work(const ConvertJob& job, ConvertOutcome& outcome);
     void requireFormats(const CInputFile& file, FileFormat outputFormat) const;
-    void encode(Buffer file, const OutputName& output, ConvertOutcome& outcome);
-    void compress(const ImageFile& image, const OutputName& output, ConvertOutcome& outcome);
-    void decode(ByteView file, const OutputName& output, ConvertOutcome& outcome);
+    void encode(Buffer file, const OutputPlace& place, ConvertOutcome& outcome);
+    void compress(const ImageFile& image, const OutputPlace& place, ConvertOutcome& outcome);
+    void decode(ByteView file, const OutputPlace& place, ConvertOutcome& outcome);
     void check(CInputFile& file, ConvertOutcome& outcome);
     bool isStreamInput(const CInputFile& file) const;
     void settleLosses(const std::vector<LostPart>& parts, ConvertOutcome& outcome) const;

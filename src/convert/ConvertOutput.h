@@ -13,15 +13,24 @@ OutputName outputOf(const ConvertJob& job, bool isStreamInput);
 /// Throws: Refusal.
 void requireOutput(const ConvertJob& job, const OutputName& output, const ConvertOptions& options);
 
+/// Where an output goes, and how.
+struct OutputPlace {
+    OutputName name;
+    OutputRules rules;
+};
+
+/// Returns: the rules of the output of a file. It is for the same eyes; in place of the file it has its times, too.
+OutputRules outputRules(const struct stat& inputFacts, const ConvertOptions& options);
+
 /// Calls write(sink), then lets the output have its name. Throws: Refusal.
 template <class Write>
-void writeOutput(const OutputName& output, const ConvertOptions& options, const Write& write) {
-    if (output.isStandardOutput()) {
+void writeOutput(const OutputPlace& place, const Write& write) {
+    if (place.name.isStandardOutput()) {
         CStandardOutput sink;
         write(sink);
         return;
     }
-    COutputFile file(output.path, {options.overwrites, options.removesInputs});
+    COutputFile file(place.name.path, place.rules);
     write(file);
     file.finish();
 }

@@ -104,6 +104,40 @@ class Removal(Files):
         self.assertEqual(self.names(), ["a.png"])
 
 
+class Likeness(Files):
+    def mode(self, name):
+        return self.path(name).stat().st_mode & 0o7777
+
+    def test_an_output_has_the_permissions_of_its_input(self):
+        for mode in (0o600, 0o640, 0o664, 0o444, 0o777, 0o4755):
+            self.path("a.png").chmod(mode)
+            self.convert("-f", "a.png", "b.tk")
+            self.assertEqual(self.mode("b.tk"), mode & 0o777)
+            self.convert("-f", "b.tk", "b.png")
+            self.assertEqual(self.mode("b.png"), mode & 0o777)
+
+    def test_what_is_written_over_has_no_say(self):
+        self.path("a.png").chmod(0o600)
+        self.write("b.tk", b"old").chmod(0o666)
+        self.convert("-f", "a.png", "b.tk")
+        self.assertEqual(self.mode("b.tk"), 0o600)
+
+    def test_an_input_that_is_no_file_gives_none(self):
+        data = self.path("a.png").read_bytes()
+        self.convert("-", "b.tk", input=data, preexec_fn=lambda: os.umask(0o027))
+        self.assertEqual(self.mode("b.tk"), 0o640)
+
+    def test_what_takes_the_place_of_a_file_has_its_times(self):
+        times = (1_000_000_000_123_456_789, 1_100_000_000_987_654_321)
+        os.utime(self.path("a.png"), ns=times)
+        self.convert("a.png", "b.tk")
+        self.assertGreater(self.path("b.tk").stat().st_mtime_ns, times[1])
+        os.utime(self.path("a.png"), ns=times)
+        self.convert("--rm", "a.png", "c.tk")
+        # That of access has changed by then, on most systems.
+        self.assertEqual(self.path("c.tk").stat().st_mtime_ns, times[1])
+
+
 class Reports(Files):
     def test_quiet_and_verbose(self):
         self.write("b.png", png(numpy.array(self.samples) & 0xFE))

@@ -193,6 +193,19 @@ class Permissions(Unprivileged):
         self.close_to_others("a.png")
         self.refuse("a.png: cannot be read: Permission denied", "a.png", **self.options)
 
+    def test_folders_that_are_made_reach_the_disk_before_an_input_goes(self):
+        """What may not be read cannot be synced."""
+        self.path("in").mkdir()
+        self.path("in").chmod(0o777)
+        shutil.copy(self.path("a.png"), self.path("in/a.png"))
+        self.path("closed").mkdir()
+        self.close_to_others("closed", 0o333)
+        self.assertEqual(self.convert("--rm", "-d", "closed/x/y", "in/a.png", status=1, **self.options),
+                         ["in/a.png: cannot write 'closed': Permission denied"])
+        self.assertTrue(self.path("in/a.png").exists())
+        self.convert("--rm", "-d", "open/x/y", "in/a.png", **self.options)
+        self.assertFalse(self.path("in/a.png").exists())
+
     def test_a_stream_that_may_not_be_read_is_not_passed_over(self):
         self.write("in/a.png.tk", b"")
         self.close_to_others("in/a.png.tk")
