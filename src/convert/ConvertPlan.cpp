@@ -38,6 +38,15 @@ bool isWithin(const std::string& name, const std::string& folder) {
            outer.end();
 }
 
+/// Lines of a log begin with the year.
+void requireLogContent(const std::string& log) {
+    if (!isRegularFile(log)) return;
+    const std::optional<Buffer> head = readHead(log, 1);
+    if (!head || head->sizeBytes == 0) return;
+    if (head->bytes[0] < '0' || head->bytes[0] > '9')
+        throw Refusal{"'" + log + "' is there and no log: none begins so"};
+}
+
 /// Collects the jobs of one call.
 class CPlan {
 public:
@@ -54,6 +63,7 @@ private:
     bool isWanted(const std::string& name, bool isStreamFile) const;
     void requireOwnOutput(ConvertJob& job, bool isStreamFile);
     void requireNoInput(const std::string& output, ConvertJob& job) const;
+    void requireOwnLog(const std::string& log) const;
 
     const ConvertOptions& options;
     std::vector<ConvertJob> jobs;
@@ -145,11 +155,27 @@ void CPlan::requireOwnOutput(ConvertJob& job, bool isStreamFile) {
 }
 
 std::vector<ConvertJob> CPlan::take() {
+    if (options.logFile) {
+        requireOwnLog(*options.logFile);
+        requireLogContent(*options.logFile);
+    }
     // With --resume such outputs are there, and are passed over.
     if (options.resumes) return std::move(jobs);
     for (const auto& [output, number] : jobsOfOutputs)
         requireNoInput(output, jobs[number]);
     return std::move(jobs);
+}
+
+void CPlan::requireOwnLog(const std::string& log) const {
+    std::error_code error;
+    const fs::path absolute = fs::absolute(log, error);
+    for (const std::string& name :
+         {oneNameOf(log), fs::weakly_canonical(absolute, error).string()}) {
+        const bool isNamed = options.output && oneNameOf(namedOutput(*options.output).path) == name;
+        if (isNamed || jobsOfOutputs.contains(name))
+            throw Refusal{"the log '" + log + "' would be an output, too"};
+        if (inputsOfNames.contains(name)) throw Refusal{"the log '" + log + "' is an input, too"};
+    }
 }
 
 /// Which of two jobs came first would decide what is converted.

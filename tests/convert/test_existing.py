@@ -164,6 +164,33 @@ class Reports(Files):
         self.assertEqual(lines[0][4], "600")
         self.assertEqual(lines[1][6], "cannot be read: No such file or directory")
 
+    def test_a_log_is_no_other_file(self):
+        os.symlink("a.png", self.path("link"))
+        self.write("text", b"something else")
+        data = self.path("a.png").read_bytes()
+        for log, words in (("a.png", "the log 'a.png' is an input, too"), ("link", "the log 'link' is an input, too"),
+                           ("./a.png.tk", "the log './a.png.tk' would be an output, too"),
+                           ("text", "'text' is there and no log: none begins so")):
+            self.refuse(f"{words}; --help says more", "--log", log, "a.png", status=2)
+        self.refuse("the log 'x.tk' would be an output, too; --help says more", "-f", "--log", "x.tk", "a.png", "x.tk",
+                    status=2)
+        self.assertEqual(self.path("a.png").read_bytes(), data)
+        self.write("empty", b"")
+        self.convert("--log", "empty", "a.png")
+        self.convert("-f", "--log", "empty", "a.png")
+        self.assertEqual(len(self.path("empty").read_text().splitlines()), 2)
+
+    def test_quiet_says_why_the_status_is_3(self):
+        self.convert("--bytes", "100", "a.png", "cut.tk")
+        words = "cut.tk: note: is cut: its image is an approximation"
+        self.assertEqual(self.convert("-q", "cut.tk", status=3), [words])
+        self.assertEqual(self.convert("-q", "--check", "cut.tk", status=3), [words])
+        self.convert("a.png", "strange.tk", "--bare")
+        self.write("strange.tk", self.path("strange.tk").read_bytes() + b"xyz")
+        said = self.convert("-q", "strange.tk", status=3)
+        self.assertEqual(len(said), 1)
+        self.assertIn("3 bytes behind its end are no trailer", said[0])
+
     def test_a_log_that_cannot_be_written(self):
         self.refuse("cannot write the log 'no/log': No such file or directory", "--log", "no/log", "a.png")
         self.assertEqual(self.convert("--log", "/dev/full", "a.png", status=1),
