@@ -59,7 +59,7 @@ ConvertOutcome CConverter::convert(const ConvertJob& job) {
 void CConverter::work(const ConvertJob& job, ConvertOutcome& outcome) {
     CInputFile file(job.input);
     if (options.onlyChecks) return check(file, outcome);
-    const OutputName output = outputOf(job, isStreamInput(file));
+    const OutputName output = outputOf(job, isStreamInput(file), options);
     outcome.output = output.isStandardOutput() ? "-" : output.path;
     if (options.resumes && exists(output.path)) {
         outcome.result = ConvertResult::passedOver;

@@ -84,6 +84,14 @@ void CConvertParser::addFiles() {
                                        "'" + kind + "' is neither 'images' nor 'streams'");
         options.only = kind == "images" ? OnlyKind::images : OnlyKind::streams;
     });
+    app.add_option_function<std::string>("--to", [this](const std::string& ending) {
+        constexpr std::string_view kEndings[] = {"png", "tif", "tiff", "pgm", "ppm",
+                                                 "pnm", "pam", "npy",  "raw"};
+        if (std::find(std::begin(kEndings), std::end(kEndings), ending) == std::end(kEndings))
+            throw CLI::ValidationError(
+                "--to", "'" + ending + "' is none of png, tif, pgm, ppm, pnm, pam, npy and raw");
+        options.imageEnding = ending;
+    });
     app.add_option("-j,--jobs", options.jobs)->check(CLI::Range(0U, kMostJobs));
     app.add_flag("--resume", options.resumes);
     app.add_flag("-f,--force", options.overwrites);
@@ -198,6 +206,8 @@ std::string CConvertParser::complaintAboutPairs() const {
                "round";
     if (options.reduceLevels != 0 && options.thumbnailSide != 0)
         return "--reduce and --thumbnail do not go together";
+    if (options.output && !options.imageEnding.empty())
+        return "--to does not go with OUTPUT, which says its format itself";
     if (options.isQuiet && options.isVerbose) return "-q and -v do not go together";
     if (options.onlyChecks && (options.folder || options.removesInputs || options.raw))
         return "--check writes nothing: it does not go with -d, --rm and --raw";

@@ -17,6 +17,8 @@ const char kConvertHelp[] =
     "  -d, --directory FOLDER  write there, with the folders below each INPUT\n"
     "  -r, --recursive         INPUT may be a folder\n"
     "      --only KIND         pass over all but 'images', or all but 'streams'\n"
+    "      --to FORMAT         images get this format: png, tif, pgm, ppm, pnm,\n"
+    "                          pam, npy, raw\n"
     "  -j, --jobs N            convert N files at a time (1; 0: one per processor)\n"
     "      --resume            pass over inputs whose output is there\n"
     "  -f, --force             write over files\n"

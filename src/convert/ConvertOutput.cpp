@@ -41,9 +41,10 @@ void makeFolders(const fs::path& folder, bool reachDisk) {
 
 }  // namespace
 
-OutputName outputOf(const ConvertJob& job, bool isStreamInput) {
+OutputName outputOf(const ConvertJob& job, bool isStreamInput, const ConvertOptions& options) {
     if (job.output) return *job.output;
-    if (job.input != "-") return derivedOutput(job.nameForOutput, isStreamInput);
+    if (job.input != "-")
+        return derivedOutput(job.nameForOutput, isStreamInput, options.imageEnding);
     if (isStreamInput)
         throw Refusal{"has no name to make that of an image from: name an OUTPUT, as png:-"};
     return {};

@@ -7,7 +7,7 @@
 namespace qmx {
 
 /// Returns: where the output of a job goes. Throws: Refusal where its name says no format.
-OutputName outputOf(const ConvertJob& job, bool isStreamInput);
+OutputName outputOf(const ConvertJob& job, bool isStreamInput, const ConvertOptions& options);
 
 /// Refuses before any work what would be refused after it, and makes the folders that are needed.
 /// Throws: Refusal.

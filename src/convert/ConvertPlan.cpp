@@ -145,7 +145,8 @@ void CPlan::addFile(const std::string& name, const fs::path& belowFolder) {
 
 void CPlan::requireOwnOutput(ConvertJob& job, bool isStreamFile) {
     try {
-        const std::string output = derivedOutput(job.nameForOutput, isStreamFile).path;
+        const std::string output =
+            derivedOutput(job.nameForOutput, isStreamFile, options.imageEnding).path;
         const auto [place, isNew] = jobsOfOutputs.emplace(oneNameOf(output), jobs.size());
         if (!isNew)
             job.complaint = "would have the same output as '" + jobs[place->second].input + "'";

@@ -80,6 +80,7 @@ TEST(ConvertArguments, EveryOptionOfTheHelpIsTaken) {
     EXPECT_EQ(options.reading.mostPixels, 2'000'000'000U);
     EXPECT_EQ(options.logFile, "l");
     EXPECT_EQ(parse({"--bits", "auto", "a"}).options.bits, 0U);
+    EXPECT_EQ(parse({"--to", "npy", "a"}).options.imageEnding, "npy");
     EXPECT_EQ(parse({"--raw", "2x3:gray8", "a"}).options.raw->height, 3U);
     EXPECT_EQ(parse({"--bytes", "3K", "a"}).options.budget.bytes, 3072U);
     EXPECT_EQ(parse({"--rate", "0.5", "a"}).options.budget.rate, 0.5);
@@ -90,29 +91,11 @@ TEST(ConvertArguments, EveryOptionOfTheHelpIsTaken) {
 }
 
 TEST(ConvertArguments, TheHelpNamesEveryOption) {
-    for (const char* option : {"-d",
-                               "-r",
-                               "--only",
-                               "-j",
-                               "--resume",
-                               "-f",
-                               "--rm",
-                               "--raw",
-                               "--bytes",
-                               "--rate",
-                               "--bits-per-sample",
-                               "--bits",
-                               "--bare",
-                               "--drop-metadata",
-                               "--opaque",
-                               "--strict",
-                               "--reduce",
-                               "--thumbnail",
-                               "--check",
-                               "--max-pixels",
-                               "--log",
-                               "-q",
-                               "-v"})
+    for (const char* option :
+         {"-d",          "-r",      "--only",          "--to",     "-j",       "--resume",
+          "-f",          "--rm",    "--raw",           "--bytes",  "--rate",   "--bits-per-sample",
+          "--bits",      "--bare",  "--drop-metadata", "--opaque", "--strict", "--reduce",
+          "--thumbnail", "--check", "--max-pixels",    "--log",    "-q",       "-v"})
         EXPECT_THAT(kConvertHelp, HasSubstr(option));
 }
 

@@ -47,6 +47,12 @@ class Wrong(ConvertCase):
                     said = self.convert(*first, *second, "a.npy", "b.tk", status=2)
                     self.assertRegex(said[0], "^--[a-z-]+ excludes --[a-z-]+; --help says more$")
 
+    def test_formats_of_images(self):
+        for value in ("tk", "jpeg", "pbm", "PNG", "png:"):
+            self.require(f"--to: '{value}' is none of png, tif, pgm, ppm, pnm, pam, npy and raw", f"--to={value}",
+                         "a.npy")
+        self.require("--to does not go with OUTPUT, which says its format itself", "--to", "png", "a.tk", "b.tif")
+
     def test_values(self):
         for option in ("--bytes", "--max-pixels"):
             for value in ("0", "0K"):

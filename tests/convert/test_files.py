@@ -40,9 +40,31 @@ class Names(Files):
         self.convert("b.tk")
         self.require_same("b.png", "a.png")
         self.path("b.tk").rename(self.path("c.jpeg.tk"))
-        self.refuse("c.jpeg.tk: 'c.jpeg' would have no ending of a format: name an OUTPUT, as png:c.jpeg", "c.jpeg.tk")
+        self.refuse("c.jpeg.tk: 'c.jpeg' would have no ending of a format: name an OUTPUT, as png:c.jpeg, or say "
+                    "--to png", "c.jpeg.tk")
         self.path("c.jpeg.tk").rename(self.path("d"))
-        self.refuse("d: is a stream whose name does not end in .tk: name an OUTPUT", "d")
+        self.refuse("d: is a stream whose name does not end in .tk: name an OUTPUT, or say --to png", "d")
+
+    def test_all_images_get_the_format_that_is_asked_for(self):
+        self.convert("a.png", "whole.tk")
+        for stream, ending, image in (
+                ("s.tif.tk", "png", "s.tif.png"), ("s.png.tk", "png", "s.png"), ("s.PNG.TK", "png", "s.PNG"),
+                ("s.tk", "png", "s.png"), ("s.tk", "tif", "s.tif"), ("s.tiff.tk", "tif", "s.tiff"), ("s.tk", "tiff", "s.tiff"),
+                ("s.jpeg.tk", "npy", "s.jpeg.npy"), ("s", "pgm", "s.pgm"), ("s.tk", "pnm", "s.pnm"),
+                ("s.tk", "pam", "s.pam"), ("s.pgm.tk", "raw", "s.pgm.raw")):
+            with self.subTest(stream=stream, ending=ending):
+                self.write(f"in/{stream}", self.path("whole.tk").read_bytes())
+                self.convert("-d", "out", "--to", ending, f"in/{stream}")
+                self.assertEqual(self.files_below("out"), [image])
+                if ending != "raw":
+                    self.require_samples(f"out/{image}", self.samples)
+                self.path(f"out/{image}").unlink()
+                self.path(f"in/{stream}").unlink()
+        self.convert("--to", "png", "a.png")
+        self.assertTrue(self.path("a.png.tk").exists())
+        self.convert("whole.tk", "--to", "png", "--resume")
+        self.assertEqual(self.convert("-v", "whole.tk", "--to", "png", "--resume"),
+                         ["whole.tk: passed over, whole.png"])
 
     def test_endings_and_formats_in_front(self):
         self.convert("a.png", "a.tk")
