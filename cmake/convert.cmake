@@ -21,6 +21,7 @@ add_library(tesk_conversion OBJECT EXCLUDE_FROM_ALL
   src/convert/CConvertReport.cpp
   src/convert/CConvertTotals.cpp
   src/convert/CConverter.cpp
+  src/convert/CInputFile.cpp
   src/convert/CInterruption.cpp
   src/convert/COutputFile.cpp
   src/convert/CPngSource.cpp
@@ -38,11 +39,10 @@ add_library(tesk_conversion OBJECT EXCLUDE_FROM_ALL
   src/convert/ImageChecks.cpp
   src/convert/ImageReading.cpp
   src/convert/ImageWriting.cpp
-  src/convert/InputFile.cpp
   src/convert/LostPart.cpp
+  src/convert/MosaicCost.cpp
   src/convert/NpyHead.cpp
   src/convert/NpyReader.cpp
-  src/convert/MosaicCost.cpp
   src/convert/OutputName.cpp
   src/convert/PartFiles.cpp
   src/convert/PlainWriters.cpp

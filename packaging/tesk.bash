@@ -62,7 +62,7 @@ _tesk_raw_type() { # WORD
   _tesk_words "gray8 $(printf 'gray%d ' {9..16})gray16be int16 rgb8" "${1#:}"
 }
 
-_tesk_convert_options='--directory --recursive --only --jobs --resume --force --rm --raw --bytes --rate
+_tesk_convert_options='--directory --recursive --only --to --jobs --resume --force --rm --raw --bytes --rate
   --bits-per-sample --bits --bare --drop-metadata --opaque --strict --reduce --thumbnail --check --max-pixels
   --log --quiet --verbose --help --version'
 
@@ -74,6 +74,7 @@ _tesk_convert_value() { # OPTION WORD
       mapfile -t COMPREPLY < <(compgen -d -- "$2")
       ;;
     --only) _tesk_words 'images streams' "$2" ;;
+    --to) _tesk_words 'png tif pgm ppm pnm pam npy raw' "$2" ;;
     --bits) _tesk_words 'auto 8 10 12 14 16' "$2" ;;
     --reduce) _tesk_words '1 2 3 4 5' "$2" ;;
     --log) _tesk_files "$2" ;;

@@ -1,5 +1,6 @@
 #include "convert/CConvertReport.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <ctime>
@@ -74,17 +75,23 @@ CConvertReport::CConvertReport(const ConvertOptions& convertOptions, std::size_t
 void CConvertReport::tell(const ConvertOutcome& outcome) {
     totals.add(outcome);
     if (logFile) log(outcome);
-    const bool hasWords = outcome.result == ConvertResult::refused ||
-                          (!options.isQuiet && (options.isVerbose || !outcome.notes.empty()));
-    if (hasWords) clearProgress();
-    if (!options.isQuiet)
-        for (const std::string& note : outcome.notes)
-            printLine(outcome.input, "note: " + note);
+    const std::size_t noteCount = shownNotes(outcome);
+    if (outcome.result == ConvertResult::refused || options.isVerbose || noteCount > 0)
+        clearProgress();
+    for (std::size_t i = 0; i < noteCount; ++i)
+        printLine(outcome.input, "note: " + outcome.notes[i]);
     if (outcome.result == ConvertResult::refused) {
         printLine(outcome.input, outcome.refusal);
     } else if (options.isVerbose) {
         printLine(outcome.input, describe(outcome));
     }
+}
+
+/// The first note on what became an approximation is why: no other word would explain the status.
+std::size_t CConvertReport::shownNotes(const ConvertOutcome& outcome) const {
+    if (!options.isQuiet) return outcome.notes.size();
+    const bool isApproximated = outcome.result == ConvertResult::approximated;
+    return isApproximated ? std::min<std::size_t>(outcome.notes.size(), 1) : 0;
 }
 
 void CConvertReport::log(const ConvertOutcome& outcome) {

@@ -25,6 +25,7 @@ public:
 private:
     using Clock = std::chrono::steady_clock;
 
+    std::size_t shownNotes(const ConvertOutcome& outcome) const;
     void log(const ConvertOutcome& outcome);
     void clearProgress();
 

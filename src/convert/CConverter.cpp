@@ -7,12 +7,10 @@
 #include <new>
 #include <unistd.h>
 
-#include "convert/ConvertOutput.h"
 #include "convert/DecodeImage.h"
 #include "convert/ImageChecks.h"
 #include "convert/ImageReading.h"
 #include "convert/ImageWriting.h"
-#include "convert/InputFile.h"
 #include "convert/PngWriter.h"
 #include "convert/Refusal.h"
 #include "convert/TrailerBoxes.h"
@@ -47,6 +45,7 @@ ConvertOutcome CConverter::convert(const ConvertJob& job) {
     outcome.input = job.input;
     try {
         if (!job.complaint.empty()) throw Refusal{job.complaint};
+        if (!codec) codec.emplace();
         work(job, outcome);
     } catch (const Refusal& refusal) {
         outcome.refusal = refusal.words;
@@ -58,22 +57,44 @@ ConvertOutcome CConverter::convert(const ConvertJob& job) {
 }
 
 void CConverter::work(const ConvertJob& job, ConvertOutcome& outcome) {
-    Buffer file = readInput(job.input, mostInputBytes(options.reading));
-    if (options.onlyChecks) return check(file.view(), outcome);
-    const bool isStreamInput = !options.raw && isStream(file.view());
-    const OutputName output = outputOf(job, isStreamInput);
+    CInputFile file(job.input);
+    if (options.onlyChecks) return check(file, outcome);
+    const OutputName output = outputOf(job, isStreamInput(file), options);
     outcome.output = output.isStandardOutput() ? "-" : output.path;
     if (options.resumes && exists(output.path)) {
         outcome.result = ConvertResult::passedOver;
         return;
     }
     requireOutput(job, output, options);
-    if (isStreamInput) {
-        decode(file.view(), output, outcome);
+    requireFormats(file, output.format);
+    const OutputPlace place{output, outputRules(file.facts(), options)};
+    Buffer content = file.readAll(mostInputBytes(options.reading));
+    if (isStreamInput(file)) {
+        decode(content.view(), place, outcome);
     } else {
-        encode(std::move(file), output, outcome);
+        encode(std::move(content), place, outcome);
     }
-    if (options.removesInputs) removeInput(job, outcome);
+    if (options.removesInputs) removeInput(job, file, outcome);
+}
+
+bool CConverter::isStreamInput(const CInputFile& file) const {
+    return !options.raw && isStream(file.head());
+}
+
+/// Refuses by the first bytes what would be refused by all of them: files may be long, and films.
+void CConverter::requireFormats(const CInputFile& file, FileFormat outputFormat) const {
+    const bool isStreamOutput = outputFormat == FileFormat::stream;
+    if (isStreamInput(file)) {
+        if (!isStreamOutput) return;
+        throw Refusal{"is a stream already: head -c cuts one, and an OUTPUT as png:x decodes it"};
+    }
+    if (!isStreamOutput)
+        throw Refusal{"is an image, and so would be its output: a stream must be one of them"};
+    if (!options.raw) {
+        formatOfContent(file.head());
+    } else if (file.announcedBytes()) {
+        requireRawBytes(*file.announcedBytes(), *options.raw, options.reading);
+    }
 }
 
 void CConverter::settleLosses(const std::vector<LostPart>& parts, ConvertOutcome& outcome) const {
@@ -85,60 +106,57 @@ void CConverter::settleLosses(const std::vector<LostPart>& parts, ConvertOutcome
     if (!note.empty()) outcome.notes.push_back(note);
 }
 
-void CConverter::encode(Buffer file, const OutputName& output, ConvertOutcome& outcome) {
-    if (output.format != FileFormat::stream)
-        throw Refusal{"is an image, and so would be its output: a stream must be one of them"};
+void CConverter::encode(Buffer file, const OutputPlace& place, ConvertOutcome& outcome) {
     const ImageFile image = readImage(std::move(file), options);
     outcome.notes = image.notes;
     // A raw file is the format that keeps least.
     settleLosses(
         writesTrailer() ? image.metadata.notKept : partsLostIn(FileFormat::raw, image.metadata),
         outcome);
-    compress(image, output, outcome);
+    compress(image, place, outcome);
     outcome.result = ConvertResult::converted;
 }
 
-void CConverter::compress(const ImageFile& image, const OutputName& output,
+void CConverter::compress(const ImageFile& image, const OutputPlace& place,
                           ConvertOutcome& outcome) {
     CTeskCodec::CBlock block;
-    codec.compress(image, options.budget.isSet() ? options.budget.bytesFor(image) : 0, block);
+    codec->compress(image, options.budget.isSet() ? options.budget.bytesFor(image) : 0, block);
     outcome.rawBytes = image.rawBytes();
     outcome.streamBytes = block.view().size();
     std::vector<unsigned char> trailer;
     if (writesTrailer()) trailer = trailerOf(image.metadata, block.view());
-    writeOutput(output, options, [&](IByteSink& sink) {
+    writeOutput(place, [&](IByteSink& sink) {
         sink.write(block.view());
         sink.write(ByteView(trailer));
     });
 }
 
-void CConverter::decode(ByteView file, const OutputName& output, ConvertOutcome& outcome) {
-    if (output.format == FileFormat::stream)
-        throw Refusal{"is a stream already: head -c cuts one, and an OUTPUT as png:x decodes it"};
+void CConverter::decode(ByteView file, const OutputPlace& place, ConvertOutcome& outcome) {
     const TeskFile opened = openTeskFile(file);
     if (opened.strangeBytes != 0) outcome.notes.push_back(strangeBytesWords(opened));
     if (!opened.isComplete) outcome.notes.emplace_back(kCutWords);
     if (!opened.isWhole() && options.isStrict)
         throw Refusal{outcome.notes.back() + ", which --strict refuses"};
-    ImageFile image = decodeImage(opened, output.format, options, codec);
+    ImageFile image = decodeImage(opened, place.name.format, options, *codec);
     outcome.rawBytes = image.rawBytes();
     outcome.streamBytes = opened.stream.size();
-    std::vector<LostPart> lost = partsLostIn(output.format, image.metadata);
-    if (output.format == FileFormat::png && !keepsProfile(image))
+    std::vector<LostPart> lost = partsLostIn(place.name.format, image.metadata);
+    if (place.name.format == FileFormat::png && !keepsProfile(image))
         lost.push_back({"the colour profile, which libpng refuses,", false});
     settleLosses(lost, outcome);
-    writeOutput(output, options, [&](IByteSink& sink) { writeImage(image, output.format, sink); });
+    writeOutput(place, [&](IByteSink& sink) { writeImage(image, place.name.format, sink); });
     outcome.result = opened.isWhole() ? ConvertResult::converted : ConvertResult::approximated;
 }
 
-void CConverter::check(ByteView file, ConvertOutcome& outcome) {
-    if (!isStream(file)) throw Refusal{"is no stream"};
-    const TeskFile opened = openTeskFile(file);
+void CConverter::check(CInputFile& file, ConvertOutcome& outcome) {
+    if (!isStream(file.head())) throw Refusal{"is no stream"};
+    const Buffer content = file.readAll(mostInputBytes(options.reading));
+    const TeskFile opened = openTeskFile(content.view());
     if (opened.strangeBytes != 0) throw Refusal{strangeBytesWords(opened)};
     if (!opened.isComplete && options.isStrict) throw Refusal{"is cut, which --strict refuses"};
     requirePixelCount(opened.geometry.width, opened.geometry.height, options.reading);
     ImageFile image;
-    codec.decompress(opened.stream, 0, image);
+    codec->decompress(opened.stream, 0, image);
     outcome.rawBytes = image.rawBytes();
     outcome.streamBytes = opened.stream.size();
     outcome.result = opened.isComplete ? ConvertResult::checked : ConvertResult::approximated;
@@ -149,13 +167,16 @@ void CConverter::check(ByteView file, ConvertOutcome& outcome) {
     }
 }
 
-void CConverter::removeInput(const ConvertJob& job, ConvertOutcome& outcome) const {
+void CConverter::removeInput(const ConvertJob& job, const CInputFile& file,
+                             ConvertOutcome& outcome) const {
     if (outcome.result != ConvertResult::converted) return;
     if (outcome.losesMetadata) {
         outcome.notes.emplace_back(
             "is not removed, because not all of it is in its output: --drop-metadata lets it go");
         return;
     }
+    if (!file.isStillAt(job.input))
+        throw Refusal{"is not removed: it is another file than the one that was read"};
     if (unlink(job.input.c_str()) != 0)
         throw Refusal{std::string("cannot be removed: ") + std::strerror(errno)};
 }

@@ -3,6 +3,7 @@
 #include <atomic>
 #include <csignal>
 #include <pthread.h>
+#include <system_error>
 
 #include "convert/PartFiles.h"
 
@@ -52,10 +53,16 @@ CInterruption::CInterruption() {
     for (const int number : {SIGINT, SIGTERM, SIGHUP})
         if (!isIgnored(number)) sigaddset(&awaited, number);
     pthread_sigmask(SIG_BLOCK, &awaited, nullptr);
-    waiting = std::thread(waitForSignals, awaited);
+    try {
+        waiting = std::thread(waitForSignals, awaited);
+    } catch (const std::system_error&) {
+        // Without the thread a signal ends the process as it would have, and leaves what was being written.
+        pthread_sigmask(SIG_UNBLOCK, &awaited, nullptr);
+    }
 }
 
 CInterruption::~CInterruption() {
+    if (!waiting.joinable()) return;
     isOver = true;
     pthread_kill(waiting.native_handle(), kEnd);
     waiting.join();

@@ -46,21 +46,25 @@ bool isNoRegularFile(const std::string& name) {
 
 /// Opens a new file. Processes in containers often have the same number: where one that was killed left its
 /// file, the name gets digits behind it. Returns: -1 where that cannot be done.
-int openPart(std::string& partName) {
+int openPart(std::string& partName, mode_t permissions) {
     const std::string first = partName;
-    int number = openPartFile(partName);
+    int number = openPartFile(partName, permissions);
     for (int i = 0; number < 0 && errno == EEXIST && i < kMostLeftFiles; ++i) {
         partName = first + std::to_string(i);
-        number = openPartFile(partName);
+        number = openPartFile(partName, permissions);
     }
     return number;
 }
 
 int openOutput(const std::string& name, std::string& partName, OutputRules rules) {
     if (!partName.empty() && !rules.overwrites) requireFreeName(name);
+    // Others must not open a file in the moment before it gets its permissions.
+    const mode_t atFirst = rules.permissions ? *rules.permissions & 0600 : 0666;
     const int number =
-        partName.empty() ? open(name.c_str(), O_WRONLY | O_CLOEXEC) : openPart(partName);
+        partName.empty() ? open(name.c_str(), O_WRONLY | O_CLOEXEC) : openPart(partName, atFirst);
     if (number < 0) refuseWriting(name, errno);
+    // Where a file system knows no permissions there is nothing to be done.
+    if (!partName.empty() && rules.permissions) (void)fchmod(number, *rules.permissions & 0777);
     return number;
 }
 
@@ -84,11 +88,6 @@ int renameToFree(const std::string& from, const std::string& to) {
     return 0;
 }
 
-void syncFolder(const std::string& folder) {
-    const CFileNumber number(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    if (number.get() < 0 || fsync(number.get()) != 0) refuseWriting(folder, errno);
-}
-
 }  // namespace
 
 COutputFile::COutputFile(const std::string& outputName, OutputRules outputRules)
@@ -109,6 +108,7 @@ void COutputFile::write(ByteView bytes) {
 }
 
 void COutputFile::finish() {
+    if (!partName.empty() && rules.times) (void)futimens(file.get(), rules.times->data());
     if (rules.reachesDisk && !partName.empty() && fsync(file.get()) != 0)
         refuseWriting(name, errno);
     // Some file systems tell only now that there was no room.
@@ -129,6 +129,11 @@ void COutputFile::takeName() {
     }
     if (errorNumber == EEXIST) requireFreeName(name);
     if (errorNumber != 0) refuseWriting(name, errorNumber);
+}
+
+void syncFolder(const std::string& folder) {
+    const CFileNumber number(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (number.get() < 0 || fsync(number.get()) != 0) refuseWriting(folder, errno);
 }
 
 void requireFreeName(const std::string& name) {

@@ -1,6 +1,9 @@
 #pragma once
 
+#include <array>
+#include <optional>
 #include <string>
+#include <sys/stat.h>
 
 #include "convert/CFileNumber.h"
 #include "convert/IByteSink.h"
@@ -13,6 +16,10 @@ struct OutputRules {
     bool overwrites = false;
     /// The file and its name are on the disk before finish returns.
     bool reachesDisk = false;
+    /// Who may do what with it; without it, what new files get.
+    std::optional<mode_t> permissions = std::nullopt;
+    /// When it was last read and changed; without it, now.
+    std::optional<std::array<timespec, 2>> times = std::nullopt;
 };
 
 /// A file that is written under a temporary name beside its own, and gets its name when it is complete: what has the
@@ -39,6 +46,9 @@ private:
     OutputRules rules;
     CFileNumber file;
 };
+
+/// Lets the names in a folder reach the disk. Throws: Refusal.
+void syncFolder(const std::string& folder);
 
 /// Throws: Refusal where a file of this name is there. Nothing is promised for later.
 void requireFreeName(const std::string& name);

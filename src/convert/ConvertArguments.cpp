@@ -16,21 +16,23 @@ constexpr std::uint64_t kLeastStreamBytes = 16;
 
 /// Reads a number with K, M or G behind it, each `unit` times the one before.
 std::uint64_t scaledNumber(const std::string& option, const std::string& text, std::uint64_t unit) {
-    constexpr std::string_view kPrefixes = "KMG";
+    constexpr std::string_view kPrefixes = "KMGkmg";
     std::uint64_t value = 0;
     const char* const end = text.data() + text.size();
     auto [next, error] = std::from_chars(text.data(), end, value);
     std::size_t steps = 0;
     if (error == std::errc() && next != end) {
-        steps = kPrefixes.find(*next++) + 1;
-        if (steps == 0) error = std::errc::invalid_argument;
+        const std::size_t at = kPrefixes.find(*next++);
+        steps = at % 3 + 1;
+        if (at == kPrefixes.npos) error = std::errc::invalid_argument;
     }
-    bool isWrong = error != std::errc() || next != end || value == 0;
+    bool isWrong = error != std::errc() || next != end;
     for (; !isWrong && steps > 0; --steps)
         isWrong = __builtin_mul_overflow(value, unit, &value);
     if (isWrong)
-        throw CLI::ValidationError(option,
-                                   "'" + text + "' is no number, or one with K, M or G behind it");
+        throw CLI::ValidationError(
+            option, "'" + text + "' is neither a number nor one with K, M or G behind it");
+    if (value == 0) throw CLI::ValidationError(option, "must be above 0");
     return value;
 }
 
@@ -48,7 +50,8 @@ class CConvertParser {
 public:
     CConvertParser() : app("", "tesk-convert") {
         app.set_help_flag();
-        app.add_option("names", names);
+        // As an option of names, "[a,b]" would be two of them.
+        app.allow_extras();
         addFiles();
         addImages();
         addReports();
@@ -61,6 +64,7 @@ private:
     void addImages();
     void addReports();
     void addBudgets();
+    void takeNames();
     std::string complaintAboutNames();
     std::string complaintAboutPairs() const;
 
@@ -79,6 +83,14 @@ void CConvertParser::addFiles() {
             throw CLI::ValidationError("--only",
                                        "'" + kind + "' is neither 'images' nor 'streams'");
         options.only = kind == "images" ? OnlyKind::images : OnlyKind::streams;
+    });
+    app.add_option_function<std::string>("--to", [this](const std::string& ending) {
+        constexpr std::string_view kEndings[] = {"png", "tif", "tiff", "pgm", "ppm",
+                                                 "pnm", "pam", "npy",  "raw"};
+        if (std::find(std::begin(kEndings), std::end(kEndings), ending) == std::end(kEndings))
+            throw CLI::ValidationError(
+                "--to", "'" + ending + "' is none of png, tif, pgm, ppm, pnm, pam, npy and raw");
+        options.imageEnding = ending;
     });
     app.add_option("-j,--jobs", options.jobs)->check(CLI::Range(0U, kMostJobs));
     app.add_flag("--resume", options.resumes);
@@ -136,15 +148,35 @@ void CConvertParser::addReports() {
     app.add_option("--log", options.logFile);
     app.add_flag("-q,--quiet", options.isQuiet);
     app.add_flag("-v,--verbose", options.isVerbose);
-    app.add_flag("--help", asksHelp);
+    app.add_flag("-h,--help", asksHelp);
     app.add_flag("--version", asksVersion);
+}
+
+/// Numbers below 0 are no options.
+bool isOption(const std::string& word) {
+    return word.size() > 1 && word[0] == '-' && word[1] != '.' && (word[1] < '0' || word[1] > '9');
+}
+
+/// Takes what is no option. Throws: CLI::ExtrasError for what looks like one.
+void CConvertParser::takeNames() {
+    std::vector<std::string> unknown;
+    bool areOnlyNames = false;
+    for (const std::string& word : app.remaining()) {
+        if (!areOnlyNames && word == "--") {
+            areOnlyNames = true;
+        } else {
+            (areOnlyNames || !isOption(word) ? names : unknown).push_back(word);
+        }
+    }
+    if (!unknown.empty()) throw CLI::ExtrasError(unknown);
 }
 
 /// Tells inputs and output apart. Returns: what is wrong with them, or nothing.
 std::string CConvertParser::complaintAboutNames() {
     if (names.empty()) return "no file is named";
     const bool areAllInputs = options.folder || options.isRecursive || options.onlyChecks;
-    if (!areAllInputs && names.size() > 2) return "several inputs need -d FOLDER";
+    if (!areAllInputs && names.size() > 2)
+        return "several inputs need -d FOLDER: -d . writes into this one";
     options.inputs = names;
     if (!areAllInputs && names.size() == 2) {
         options.output = names[1];
@@ -174,6 +206,8 @@ std::string CConvertParser::complaintAboutPairs() const {
                "round";
     if (options.reduceLevels != 0 && options.thumbnailSide != 0)
         return "--reduce and --thumbnail do not go together";
+    if (options.output && !options.imageEnding.empty())
+        return "--to does not go with OUTPUT, which says its format itself";
     if (options.isQuiet && options.isVerbose) return "-q and -v do not go together";
     if (options.onlyChecks && (options.folder || options.removesInputs || options.raw))
         return "--check writes nothing: it does not go with -d, --rm and --raw";
@@ -184,6 +218,7 @@ ConvertArguments CConvertParser::parse(int argc, const char* const* argv) {
     ConvertArguments arguments;
     try {
         app.parse(argc, argv);
+        takeNames();
         arguments.complaint = complaintAboutNames();
         if (arguments.complaint.empty()) arguments.complaint = complaintAboutPairs();
     } catch (const CLI::ParseError& error) {

@@ -2,8 +2,11 @@
 
 #include <algorithm>
 #include <atomic>
+#include <exception>
 #include <map>
 #include <mutex>
+#include <new>
+#include <system_error>
 #include <thread>
 
 #include "convert/CConvertReport.h"
@@ -20,11 +23,20 @@ public:
 
     /// Works until no job is left. For any thread.
     void work() {
-        CConverter converter(options);
-        for (std::size_t i = next++; i < jobs.size(); i = next++)
-            take(i, converter.convert(jobs[i]));
+        try {
+            CConverter converter(options);
+            for (std::size_t i = next++; i < jobs.size(); i = next++)
+                take(i, converter.convert(jobs[i]));
+        } catch (...) {
+            const std::lock_guard lock(mutex);
+            failure = std::current_exception();
+        }
     }
-    int finish() { return report.finish(); }
+    /// Requires: no thread works any more. Throws: what ended the work of a thread, std::bad_alloc most likely.
+    int finish() {
+        if (failure) std::rethrow_exception(failure);
+        return report.finish();
+    }
 
 private:
     void take(std::size_t index, ConvertOutcome outcome) {
@@ -45,6 +57,7 @@ private:
     std::map<std::size_t, ConvertOutcome> waiting;
     std::size_t told = 0;
     CConvertReport report;
+    std::exception_ptr failure;
 };
 
 unsigned threadCount(const ConvertOptions& options, std::size_t jobCount) {
@@ -53,16 +66,25 @@ unsigned threadCount(const ConvertOptions& options, std::size_t jobCount) {
     return static_cast<unsigned>(std::min<std::size_t>(wanted, jobCount));
 }
 
+/// Begins as many threads as can be had: fewer take longer, and do the same.
+void addThreads(CBatch& batch, unsigned count, std::vector<std::jthread>& threads) {
+    try {
+        for (unsigned i = 0; i < count; ++i)
+            threads.emplace_back([&batch] { batch.work(); });
+    } catch (const std::system_error&) {
+    } catch (const std::bad_alloc&) {
+    }
+}
+
 }  // namespace
 
 int convertBatch(const std::vector<ConvertJob>& jobs, const ConvertOptions& options) {
     CBatch batch(jobs, options);
-    std::vector<std::thread> others;
-    for (unsigned i = 1; i < threadCount(options, jobs.size()); ++i)
-        others.emplace_back([&batch] { batch.work(); });
-    batch.work();
-    for (std::thread& other : others)
-        other.join();
+    {
+        std::vector<std::jthread> others;
+        addThreads(batch, threadCount(options, jobs.size()) - 1, others);
+        batch.work();
+    }
     return batch.finish();
 }
 

@@ -17,6 +17,8 @@ const char kConvertHelp[] =
     "  -d, --directory FOLDER  write there, with the folders below each INPUT\n"
     "  -r, --recursive         INPUT may be a folder\n"
     "      --only KIND         pass over all but 'images', or all but 'streams'\n"
+    "      --to FORMAT         images get this format: png, tif, pgm, ppm, pnm,\n"
+    "                          pam, npy, raw\n"
     "  -j, --jobs N            convert N files at a time (1; 0: one per processor)\n"
     "      --resume            pass over inputs whose output is there\n"
     "  -f, --force             write over files\n"
@@ -40,7 +42,7 @@ const char kConvertHelp[] =
     "      --log FILE          append one line for each file\n"
     "  -q, --quiet             print errors only\n"
     "  -v, --verbose           print a line for each file\n"
-    "      --help, --version   print and exit\n"
+    "  -h, --help, --version   print and exit\n"
     "\n"
     "Exit status: 0 all done, 1 a file was refused or failed, 2 wrong arguments,\n"
     "3 all done, but a stream was cut and its image is an approximation.\n";

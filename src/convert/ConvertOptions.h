@@ -30,6 +30,8 @@ struct ConvertOptions {
     std::optional<std::string> output;
 
     std::optional<std::string> folder;
+    /// Of the images that get no OUTPUT, without a dot; empty: what the names of their streams say.
+    std::string imageEnding;
     bool isRecursive = false;
     OnlyKind only = OnlyKind::all;
     /// 0: one for each processor.

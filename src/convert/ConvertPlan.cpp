@@ -4,8 +4,8 @@
 #include <filesystem>
 #include <unordered_map>
 
+#include "convert/CInputFile.h"
 #include "convert/COutputFile.h"
-#include "convert/InputFile.h"
 #include "convert/Refusal.h"
 
 namespace qmx {
@@ -25,29 +25,60 @@ bool isRegularFile(const std::string& name) {
     return fs::is_regular_file(name, error);
 }
 
+bool hasStreamEnding(const std::string& name) {
+    return formatOfName(name) == FileFormat::stream;
+}
+
+/// Whether a file or folder is a folder, or stands below it.
+bool isWithin(const std::string& name, const std::string& folder) {
+    std::error_code error;
+    const fs::path inner = fs::weakly_canonical(fs::absolute(name, error), error);
+    const fs::path outer = fs::weakly_canonical(fs::absolute(folder, error), error);
+    return std::mismatch(outer.begin(), outer.end(), inner.begin(), inner.end()).first ==
+           outer.end();
+}
+
+/// Lines of a log begin with the year.
+void requireLogContent(const std::string& log) {
+    if (!isRegularFile(log)) return;
+    const std::optional<Buffer> head = readHead(log, 1);
+    if (!head || head->sizeBytes == 0) return;
+    if (head->bytes[0] < '0' || head->bytes[0] > '9')
+        throw Refusal{"'" + log + "' is there and no log: none begins so"};
+}
+
 /// Collects the jobs of one call.
 class CPlan {
 public:
     explicit CPlan(const ConvertOptions& convertOptions) : options(convertOptions) {}
 
     void addInput(const std::string& input);
-    std::vector<ConvertJob> take() { return std::move(jobs); }
+    /// Returns: all jobs, when no input is to come any more.
+    std::vector<ConvertJob> take();
 
 private:
     void addFile(const std::string& name, const fs::path& belowFolder);
     void addFolder(const std::string& name);
     void collectFiles(const fs::path& folder, std::vector<fs::path>& paths);
-    bool isWanted(bool isStreamFile) const;
+    bool isWanted(const std::string& name, bool isStreamFile) const;
     void requireOwnOutput(ConvertJob& job, bool isStreamFile);
+    void requireNoInput(const std::string& output, ConvertJob& job) const;
+    void requireOwnLog(const std::string& log) const;
 
     const ConvertOptions& options;
     std::vector<ConvertJob> jobs;
-    std::unordered_map<std::string, std::string> inputsOfOutputs;
+    /// Outputs by their one name: numbers of jobs.
+    std::unordered_map<std::string, std::size_t> jobsOfOutputs;
+    /// Inputs by all their names: those that links have, and those of the files that they lead to.
+    std::unordered_map<std::string, std::string> inputsOfNames;
 };
 
 void CPlan::addInput(const std::string& input) {
     std::error_code error;
     if (options.isRecursive && fs::is_directory(input, error)) {
+        if (options.folder && isWithin(*options.folder, input))
+            throw Refusal{"the output folder '" + *options.folder + "' is in the input folder '" +
+                          input + "': the next run would take its outputs for inputs"};
         addFolder(input);
     } else {
         addFile(input, fs::path(input).filename());
@@ -82,9 +113,10 @@ void CPlan::collectFiles(const fs::path& folder, std::vector<fs::path>& paths) {
     jobs.push_back(std::move(job));
 }
 
-bool CPlan::isWanted(bool isStreamFile) const {
+/// Streams whose first bytes are damaged are known by their names.
+bool CPlan::isWanted(const std::string& name, bool isStreamFile) const {
     if (options.only == OnlyKind::images) return !isStreamFile;
-    return options.only == OnlyKind::all || isStreamFile;
+    return options.only == OnlyKind::all || isStreamFile || hasStreamEnding(name);
 }
 
 void CPlan::addFile(const std::string& name, const fs::path& belowFolder) {
@@ -94,20 +126,64 @@ void CPlan::addFile(const std::string& name, const fs::path& belowFolder) {
     if (options.output) job.output = namedOutput(*options.output);
     // What is read here must be there to be read once more. "-" is no name of a file.
     const bool isFile = name != "-" && isRegularFile(name);
-    const bool isStreamFile = isFile && isStream(readHead(name, kStreamHeadBytes).view());
-    if (isFile && !isWanted(isStreamFile)) return;
-    if (isFile && !options.onlyChecks && !job.output) requireOwnOutput(job, isStreamFile);
+    const std::optional<Buffer> head =
+        isFile ? readHead(name, kStreamHeadBytes) : std::optional<Buffer>();
+    const bool isStreamFile = head && isStream(head->view());
+    if (head && !isWanted(name, isStreamFile)) return;
+    if (head && !isStreamFile && options.only == OnlyKind::streams) {
+        job.complaint = "is no stream";
+    } else if (isFile && !options.onlyChecks && !job.output) {
+        requireOwnOutput(job, isStreamFile);
+    }
+    if (isFile) {
+        std::error_code error;
+        inputsOfNames.emplace(oneNameOf(name), name);
+        inputsOfNames.emplace(fs::weakly_canonical(name, error).string(), name);
+    }
     jobs.push_back(std::move(job));
 }
 
 void CPlan::requireOwnOutput(ConvertJob& job, bool isStreamFile) {
     try {
-        const std::string output = derivedOutput(job.nameForOutput, isStreamFile).path;
-        const auto [place, isNew] = inputsOfOutputs.emplace(oneNameOf(output), job.input);
-        if (!isNew) job.complaint = "would have the same output as '" + place->second + "'";
+        const std::string output =
+            derivedOutput(job.nameForOutput, isStreamFile, options.imageEnding).path;
+        const auto [place, isNew] = jobsOfOutputs.emplace(oneNameOf(output), jobs.size());
+        if (!isNew)
+            job.complaint = "would have the same output as '" + jobs[place->second].input + "'";
     } catch (const Refusal& refusal) {
         job.complaint = refusal.words;
     }
+}
+
+std::vector<ConvertJob> CPlan::take() {
+    if (options.logFile) {
+        requireOwnLog(*options.logFile);
+        requireLogContent(*options.logFile);
+    }
+    // With --resume such outputs are there, and are passed over.
+    if (options.resumes) return std::move(jobs);
+    for (const auto& [output, number] : jobsOfOutputs)
+        requireNoInput(output, jobs[number]);
+    return std::move(jobs);
+}
+
+void CPlan::requireOwnLog(const std::string& log) const {
+    std::error_code error;
+    const fs::path absolute = fs::absolute(log, error);
+    for (const std::string& name :
+         {oneNameOf(log), fs::weakly_canonical(absolute, error).string()}) {
+        const bool isNamed = options.output && oneNameOf(namedOutput(*options.output).path) == name;
+        if (isNamed || jobsOfOutputs.contains(name))
+            throw Refusal{"the log '" + log + "' would be an output, too"};
+        if (inputsOfNames.contains(name)) throw Refusal{"the log '" + log + "' is an input, too"};
+    }
+}
+
+/// Which of two jobs came first would decide what is converted.
+void CPlan::requireNoInput(const std::string& output, ConvertJob& job) const {
+    const auto place = inputsOfNames.find(output);
+    if (!job.complaint.empty() || place == inputsOfNames.end()) return;
+    job.complaint = "its output would be the input '" + place->second + "'";
 }
 
 }  // namespace

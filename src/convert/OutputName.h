@@ -21,7 +21,9 @@ struct OutputName {
 OutputName namedOutput(const std::string& argument);
 
 /// Returns: the name that the output of an input gets: scan.tif.tk for scan.tif, and scan.tif for the stream
-/// scan.tif.tk. Throws: Refusal where that says no format.
-OutputName derivedOutput(const std::string& input, bool isStreamInput);
+/// scan.tif.tk. imageEnding: that of the images of streams, or empty for what their names say. Throws: Refusal where
+/// that is no format.
+OutputName derivedOutput(const std::string& input, bool isStreamInput,
+                         const std::string& imageEnding = "");
 
 }  // namespace qmx

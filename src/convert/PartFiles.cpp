@@ -21,11 +21,11 @@ std::set<std::string>& partFiles() {
 
 }  // namespace
 
-int openPartFile(const std::string& name) {
+int openPartFile(const std::string& name, mode_t permissions) {
     const std::lock_guard lock(partFilesMutex());
     const bool isNew = partFiles().insert(name).second;
     const int number =
-        open(name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0666);
+        open(name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, permissions);
     const int reason = errno;
     if (number < 0 && isNew) partFiles().erase(name);
     errno = reason;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <sys/types.h>
 
 namespace qmx {
 
@@ -8,7 +9,7 @@ namespace qmx {
 
 /// Opens a new file for writing, so that no interruption finds it open and unknown. Returns: -1 where that cannot be
 /// done, with the reason in errno.
-int openPartFile(const std::string& name);
+int openPartFile(const std::string& name, mode_t permissions);
 void forgetPartFile(const std::string& name);
 /// Removes all of them, and lets nobody open or forget one afterwards: the process is about to end.
 void removePartFilesForGood();

@@ -69,18 +69,26 @@ std::optional<RawLayout> parseRawLayout(const std::string& argument) {
     return layout;
 }
 
-ImageFile readRaw(Buffer file, const RawLayout& layout, const ReadOptions& options) {
+void requireRawBytes(std::uint64_t fileBytes, const RawLayout& layout, const ReadOptions& options) {
     requireSides(layout.width, layout.height, options);
+    const std::uint64_t samplesBytes =
+        std::uint64_t{layout.width} * layout.height * layout.bytesPerPixel;
+    const std::uint64_t expected = layout.skipBytes + samplesBytes;
+    if (expected < layout.skipBytes || fileBytes != expected)
+        throw Refusal{"has " + std::to_string(fileBytes) +
+                      (fileBytes == 1 ? " byte; " : " bytes; ") + std::to_string(samplesBytes) +
+                      " of samples behind " + std::to_string(layout.skipBytes) +
+                      " were announced by --raw"};
+}
+
+ImageFile readRaw(Buffer file, const RawLayout& layout, const ReadOptions& options) {
+    requireRawBytes(file.sizeBytes, layout, options);
     ImageFile image;
     setGeometry(image, layout.width, layout.height, layout.bytesPerPixel, layout.bits);
-    const std::uint64_t expected = layout.skipBytes + image.rawBytes();
-    if (expected < layout.skipBytes || file.sizeBytes != expected)
-        throw Refusal{"has " + std::to_string(file.sizeBytes) + " bytes; " +
-                      std::to_string(image.rawBytes()) + " of samples behind " +
-                      std::to_string(layout.skipBytes) + " were announced by --raw"};
     image.buffer = std::move(file);
     image.pixelsAtByte = layout.skipBytes;
-    if (layout.skipBytes > 0)
+    if (layout.skipBytes == 1) image.metadata.notKept.push_back({"the first byte", false});
+    if (layout.skipBytes > 1)
         image.metadata.notKept.push_back(
             {"the first " + std::to_string(layout.skipBytes) + " bytes"});
     image.metadata.rawType = layout.otherType;

@@ -22,6 +22,9 @@ struct RawLayout {
 /// Returns: nothing where text is none.
 std::optional<RawLayout> parseRawLayout(const std::string& text);
 
+/// Throws: Refusal where a file of so many bytes does not have the samples of layout.
+void requireRawBytes(std::uint64_t fileBytes, const RawLayout& layout, const ReadOptions& options);
+
 /// Reads samples that stand in a file as layout says, which must be just as long. Throws: Refusal.
 ImageFile readRaw(Buffer file, const RawLayout& layout, const ReadOptions& options);
 

@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <fcntl.h>
 #include <new>
+#include <system_error>
 #include <unistd.h>
 
 #include "api/tesk.h"
@@ -76,4 +77,6 @@ int main(int argc, char** argv) try {
     return complain(refusal.words, kRefused);
 } catch (const std::bad_alloc&) {
     return complain("there is not enough memory", kRefused);
+} catch (const std::system_error& error) {
+    return complain(error.what(), kRefused);
 }

@@ -33,11 +33,18 @@ TEST(ConvertArguments, AllAreInputsWithAFolderRecursionOrCheck) {
         EXPECT_THAT(parse(words).options.inputs, ElementsAre("a", "b"));
         EXPECT_FALSE(parse(words).options.output);
     }
-    EXPECT_EQ(complaintOf({"a", "b", "c"}), "several inputs need -d FOLDER");
+    EXPECT_EQ(complaintOf({"a", "b", "c"}),
+              "several inputs need -d FOLDER: -d . writes into this one");
 }
 
 TEST(ConvertArguments, BehindTwoDashesThereAreOnlyNames) {
     EXPECT_THAT(parse({"--", "-f", "--rm"}).options.inputs, ElementsAre("-f"));
+}
+
+TEST(ConvertArguments, NamesAreNotTakenApart) {
+    EXPECT_THAT(parse({"-r", "[a]", "-v", "[x,y]", "--", "--", "[z]"}).options.inputs,
+                ElementsAre("[a]", "[x,y]", "--", "[z]"));
+    EXPECT_THAT(complaintOf({"a", "--unknown=[x]", "-y"}), HasSubstr("-y --unknown=[x]"));
 }
 
 TEST(ConvertArguments, EveryOptionOfTheHelpIsTaken) {
@@ -73,6 +80,7 @@ TEST(ConvertArguments, EveryOptionOfTheHelpIsTaken) {
     EXPECT_EQ(options.reading.mostPixels, 2'000'000'000U);
     EXPECT_EQ(options.logFile, "l");
     EXPECT_EQ(parse({"--bits", "auto", "a"}).options.bits, 0U);
+    EXPECT_EQ(parse({"--to", "npy", "a"}).options.imageEnding, "npy");
     EXPECT_EQ(parse({"--raw", "2x3:gray8", "a"}).options.raw->height, 3U);
     EXPECT_EQ(parse({"--bytes", "3K", "a"}).options.budget.bytes, 3072U);
     EXPECT_EQ(parse({"--rate", "0.5", "a"}).options.budget.rate, 0.5);
@@ -83,29 +91,11 @@ TEST(ConvertArguments, EveryOptionOfTheHelpIsTaken) {
 }
 
 TEST(ConvertArguments, TheHelpNamesEveryOption) {
-    for (const char* option : {"-d",
-                               "-r",
-                               "--only",
-                               "-j",
-                               "--resume",
-                               "-f",
-                               "--rm",
-                               "--raw",
-                               "--bytes",
-                               "--rate",
-                               "--bits-per-sample",
-                               "--bits",
-                               "--bare",
-                               "--drop-metadata",
-                               "--opaque",
-                               "--strict",
-                               "--reduce",
-                               "--thumbnail",
-                               "--check",
-                               "--max-pixels",
-                               "--log",
-                               "-q",
-                               "-v"})
+    for (const char* option :
+         {"-d",          "-r",      "--only",          "--to",     "-j",       "--resume",
+          "-f",          "--rm",    "--raw",           "--bytes",  "--rate",   "--bits-per-sample",
+          "--bits",      "--bare",  "--drop-metadata", "--opaque", "--strict", "--reduce",
+          "--thumbnail", "--check", "--max-pixels",    "--log",    "-q",       "-v"})
         EXPECT_THAT(kConvertHelp, HasSubstr(option));
 }
 

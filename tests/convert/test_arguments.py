@@ -21,7 +21,7 @@ class Wrong(ConvertCase):
     def test_files(self):
         self.require("no file is named")
         self.require("no file is named", "-v")
-        self.require("several inputs need -d FOLDER", "a.npy", "b.tk", "c.tk")
+        self.require("several inputs need -d FOLDER: -d . writes into this one", "a.npy", "b.tk", "c.tk")
         self.require("the standard input has no name to give its output in a folder", "-d", "out", "-")
         self.require("the standard input has no name to give its output in a folder", "-r", "-")
         self.require("--rm cannot remove the standard input", "--rm", "-", "b.tk")
@@ -47,12 +47,21 @@ class Wrong(ConvertCase):
                     said = self.convert(*first, *second, "a.npy", "b.tk", status=2)
                     self.assertRegex(said[0], "^--[a-z-]+ excludes --[a-z-]+; --help says more$")
 
+    def test_formats_of_images(self):
+        for value in ("tk", "jpeg", "pbm", "PNG", "png:"):
+            self.require(f"--to: '{value}' is none of png, tif, pgm, ppm, pnm, pam, npy and raw", f"--to={value}",
+                         "a.npy")
+        self.require("--to does not go with OUTPUT, which says its format itself", "--to", "png", "a.tk", "b.tif")
+
     def test_values(self):
-        for value in ("0", "x", "1.5", "-1", "10X", "1KK", "99999999999999999999", "99999999999G", ""):
+        for option in ("--bytes", "--max-pixels"):
+            for value in ("0", "0K"):
+                self.require(f"{option}: must be above 0", option, value, "a.npy", "b.tk")
+        for value in ("x", "1.5", "-1", "10X", "1KK", "99999999999999999999", "99999999999G", ""):
             for option in ("--bytes", "--max-pixels"):
                 said = self.convert(f"{option}={value}", "a.npy", "b.tk", status=2)
                 if value:
-                    self.assertEqual(said, [f"{option}: '{value}' is no number, or one with K, M or G behind it{MORE}"])
+                    self.assertEqual(said, [f"{option}: '{value}' is neither a number nor one with K, M or G behind it{MORE}"])
         self.require("--bytes: a stream has at least 16 bytes", "--bytes", "15", "a.npy", "b.tk")
         for value in ("0", "17", "x", "8.0", "Auto"):
             self.require(f"--bits: '{value}' is neither 1 to 16 nor auto", "--bits", value, "a.npy", "b.tk")
@@ -75,7 +84,7 @@ class Wrong(ConvertCase):
     def test_an_argument_that_says_nothing_of_its_own(self):
         """"++" would end the options of some programs."""
         self.refuse("++: cannot be read: No such file or directory", "++", "b.tk")
-        self.require("several inputs need -d FOLDER", "a.npy", "++", "b.tk")
+        self.require("several inputs need -d FOLDER: -d . writes into this one", "a.npy", "++", "b.tk")
 
 
 class Right(ConvertCase):
@@ -87,6 +96,37 @@ class Right(ConvertCase):
         done = self.run_program("--version")
         self.assertRegex(done.stdout.decode(), r"^tesk-convert \d+\.\d+\.\d+\n$")
         self.assertEqual(self.run_program("--help", "-x").returncode, 0)
+
+    def test_h_is_help(self):
+        self.assertEqual(self.run_program("-h").stdout, self.run_program("--help").stdout)
+
+    def test_names_are_taken_as_they_are(self):
+        for name in ("[a]", "[x,y]", "a,b", "{a}", "-5", "a"):
+            self.write(f"in/{name}.npy", npy(picture(9, 8)))
+            self.write(name, npy(picture(9, 8)))
+        self.convert("-d", "[o,p]", "[a]", "-v", "[x,y]", "--", "--", "-v", status=1)
+        self.assertEqual(self.names("[o,p]"), ["[a].tk", "[x,y].tk"])
+        self.convert("[a]", "-f", "tk:[b]")
+        self.convert("-5", "--log", "[l]")
+        self.convert("a,b", "{a}", "-d", "out", "--", "a", "[a]")
+        self.assertEqual(self.names("out"), ["[a].tk", "a,b.tk", "a.tk", "{a}.tk"])
+        self.assertEqual(self.names(), ["-5", "-5.tk", "[a]", "[b]", "[l]", "[x,y]", "a", "a,b", "{a}"])
+        self.path("a").unlink()
+        self.path("a").mkdir()
+        self.convert("-r", "-d", "out2", "[a]")
+        self.assertEqual(self.names("out2"), ["[a].tk"])
+
+    def test_one_byte_is_one(self):
+        self.write("a.raw", b"x" + bytes(72))
+        self.assertEqual(self.convert("--raw", "9x8:gray8+1", "a.raw", "b.tk"),
+                         ["a.raw: note: the first byte is not kept"])
+        self.write("a.raw", b"x")
+        self.refuse("a.raw: has 1 byte; 72 of samples behind 0 were announced by --raw", "--raw", "9x8:gray8", "a.raw")
+
+    def test_lower_case_letters_behind_numbers(self):
+        self.write("a.npy", npy(picture(900, 80)))
+        self.convert("--max-pixels", "72k", "--bytes", "1k", "a.npy", "b.tk")
+        self.assertEqual(self.path("b.tk").stat().st_size, 1024)
 
     def test_options_may_stand_anywhere_and_together(self):
         self.write("in/a.npy", npy(picture(9, 8)))

@@ -84,11 +84,58 @@ class Removal(Files):
         self.convert("--rm", "cut.tk", "cut.png", status=3)
         self.assertEqual(self.names(), ["a.png", "cut.png", "cut.tk"])
 
+    def test_another_file_under_the_name_of_the_input_stays(self):
+        os.mkfifo(self.path("in"))
+        with self.start("--rm", "in", "out.tk") as process:
+            with open(self.path("in"), "wb") as pipe:
+                self.path("in").rename(self.path("elsewhere"))
+                self.write("in", b"another")
+                pipe.write(self.path("a.png").read_bytes())
+            self.assertEqual(process.stderr.read(), b"tesk-convert: in: is not removed: it is another file than the one "
+                             b"that was read\n")
+        self.assertEqual(process.returncode, 1)
+        self.assertEqual(self.path("in").read_bytes(), b"another")
+        self.convert("--check", "out.tk")
+
     def test_an_output_that_is_no_file_removes_nothing(self):
         words = "a.png: its output is no file, which --rm needs"
         for output in ("tk:-", "tk:/dev/null", "tk:/dev/stdout"):
             self.refuse(words, "--rm", "a.png", output)
         self.assertEqual(self.names(), ["a.png"])
+
+
+class Likeness(Files):
+    def mode(self, name):
+        return self.path(name).stat().st_mode & 0o7777
+
+    def test_an_output_has_the_permissions_of_its_input(self):
+        for mode in (0o600, 0o640, 0o664, 0o444, 0o777, 0o4755):
+            self.path("a.png").chmod(mode)
+            self.convert("-f", "a.png", "b.tk")
+            self.assertEqual(self.mode("b.tk"), mode & 0o777)
+            self.convert("-f", "b.tk", "b.png")
+            self.assertEqual(self.mode("b.png"), mode & 0o777)
+
+    def test_what_is_written_over_has_no_say(self):
+        self.path("a.png").chmod(0o600)
+        self.write("b.tk", b"old").chmod(0o666)
+        self.convert("-f", "a.png", "b.tk")
+        self.assertEqual(self.mode("b.tk"), 0o600)
+
+    def test_an_input_that_is_no_file_gives_none(self):
+        data = self.path("a.png").read_bytes()
+        self.convert("-", "b.tk", input=data, preexec_fn=lambda: os.umask(0o027))
+        self.assertEqual(self.mode("b.tk"), 0o640)
+
+    def test_what_takes_the_place_of_a_file_has_its_times(self):
+        times = (1_000_000_000_123_456_789, 1_100_000_000_987_654_321)
+        os.utime(self.path("a.png"), ns=times)
+        self.convert("a.png", "b.tk")
+        self.assertGreater(self.path("b.tk").stat().st_mtime_ns, times[1])
+        os.utime(self.path("a.png"), ns=times)
+        self.convert("--rm", "a.png", "c.tk")
+        # That of access has changed by then, on most systems.
+        self.assertEqual(self.path("c.tk").stat().st_mtime_ns, times[1])
 
 
 class Reports(Files):
@@ -116,6 +163,33 @@ class Reports(Files):
             self.assertEqual(len(line), 7)
         self.assertEqual(lines[0][4], "600")
         self.assertEqual(lines[1][6], "cannot be read: No such file or directory")
+
+    def test_a_log_is_no_other_file(self):
+        os.symlink("a.png", self.path("link"))
+        self.write("text", b"something else")
+        data = self.path("a.png").read_bytes()
+        for log, words in (("a.png", "the log 'a.png' is an input, too"), ("link", "the log 'link' is an input, too"),
+                           ("./a.png.tk", "the log './a.png.tk' would be an output, too"),
+                           ("text", "'text' is there and no log: none begins so")):
+            self.refuse(f"{words}; --help says more", "--log", log, "a.png", status=2)
+        self.refuse("the log 'x.tk' would be an output, too; --help says more", "-f", "--log", "x.tk", "a.png", "x.tk",
+                    status=2)
+        self.assertEqual(self.path("a.png").read_bytes(), data)
+        self.write("empty", b"")
+        self.convert("--log", "empty", "a.png")
+        self.convert("-f", "--log", "empty", "a.png")
+        self.assertEqual(len(self.path("empty").read_text().splitlines()), 2)
+
+    def test_quiet_says_why_the_status_is_3(self):
+        self.convert("--bytes", "100", "a.png", "cut.tk")
+        words = "cut.tk: note: is cut: its image is an approximation"
+        self.assertEqual(self.convert("-q", "cut.tk", status=3), [words])
+        self.assertEqual(self.convert("-q", "--check", "cut.tk", status=3), [words])
+        self.convert("a.png", "strange.tk", "--bare")
+        self.write("strange.tk", self.path("strange.tk").read_bytes() + b"xyz")
+        said = self.convert("-q", "strange.tk", status=3)
+        self.assertEqual(len(said), 1)
+        self.assertIn("3 bytes behind its end are no trailer", said[0])
 
     def test_a_log_that_cannot_be_written(self):
         self.refuse("cannot write the log 'no/log': No such file or directory", "--log", "no/log", "a.png")

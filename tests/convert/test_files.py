@@ -40,9 +40,31 @@ class Names(Files):
         self.convert("b.tk")
         self.require_same("b.png", "a.png")
         self.path("b.tk").rename(self.path("c.jpeg.tk"))
-        self.refuse("c.jpeg.tk: 'c.jpeg' would have no ending of a format: name an OUTPUT, as png:c.jpeg", "c.jpeg.tk")
+        self.refuse("c.jpeg.tk: 'c.jpeg' would have no ending of a format: name an OUTPUT, as png:c.jpeg, or say "
+                    "--to png", "c.jpeg.tk")
         self.path("c.jpeg.tk").rename(self.path("d"))
-        self.refuse("d: is a stream whose name does not end in .tk: name an OUTPUT", "d")
+        self.refuse("d: is a stream whose name does not end in .tk: name an OUTPUT, or say --to png", "d")
+
+    def test_all_images_get_the_format_that_is_asked_for(self):
+        self.convert("a.png", "whole.tk")
+        for stream, ending, image in (
+                ("s.tif.tk", "png", "s.tif.png"), ("s.png.tk", "png", "s.png"), ("s.PNG.TK", "png", "s.PNG"),
+                ("s.tk", "png", "s.png"), ("s.tk", "tif", "s.tif"), ("s.tiff.tk", "tif", "s.tiff"), ("s.tk", "tiff", "s.tiff"),
+                ("s.jpeg.tk", "npy", "s.jpeg.npy"), ("s", "pgm", "s.pgm"), ("s.tk", "pnm", "s.pnm"),
+                ("s.tk", "pam", "s.pam"), ("s.pgm.tk", "raw", "s.pgm.raw")):
+            with self.subTest(stream=stream, ending=ending):
+                self.write(f"in/{stream}", self.path("whole.tk").read_bytes())
+                self.convert("-d", "out", "--to", ending, f"in/{stream}")
+                self.assertEqual(self.files_below("out"), [image])
+                if ending != "raw":
+                    self.require_samples(f"out/{image}", self.samples)
+                self.path(f"out/{image}").unlink()
+                self.path(f"in/{stream}").unlink()
+        self.convert("--to", "png", "a.png")
+        self.assertTrue(self.path("a.png.tk").exists())
+        self.convert("whole.tk", "--to", "png", "--resume")
+        self.assertEqual(self.convert("-v", "whole.tk", "--to", "png", "--resume"),
+                         ["whole.tk: passed over, whole.png"])
 
     def test_endings_and_formats_in_front(self):
         self.convert("a.png", "a.tk")
@@ -119,7 +141,7 @@ class Folders(Files):
         self.convert("-r", "in")
         self.assertEqual(len(self.files_below("in")), 6)
         said = self.convert("-r", "in", status=1)
-        self.assertEqual(said[0], f"in/a.png: 'in/a.png.tk' {THERE}")
+        self.assertEqual(said[0], "in/a.png: its output would be the input 'in/a.png.tk'")
         self.assertEqual(said[-1], "0 of 6 files, 6 refused")
 
     def test_a_second_run_does_not_write_over_the_images(self):
@@ -145,6 +167,44 @@ class Folders(Files):
         self.assertEqual(self.files_below("images"), ["b/c.png", "b/d/e.png"])
         self.convert("-r", "--only", "images", "-d", "streams", "in", status=1)
         self.assertEqual(self.files_below("streams"), ["a.png.tk", "b/c.png.tk", "b/d/e.png.tk"])
+
+    def test_outputs_that_are_inputs(self):
+        self.convert("in/a.png", "in/a.png.tk")
+        before = self.path("in/a.png").read_bytes()
+        os.symlink("a.png", self.path("in/link.png"))
+        for names in (["in/a.png", "in/a.png.tk"], ["in/a.png.tk", "in/link.png"], ["in/../in/a.png.tk", "in/a.png"]):
+            said = self.convert("-f", "-d", "in", *names, status=1)
+            stream, image = sorted(names, key=lambda name: not name.endswith(".tk"))
+            self.assertIn(f"{stream}: its output would be the input '{image}'", said)
+            self.assertEqual(self.path("in/a.png").read_bytes(), before)
+        self.convert("--resume", "-d", "in", "in/a.png", "in/a.png.tk")
+
+    def test_an_output_folder_that_is_in_an_input_folder(self):
+        os.symlink("in/b", self.path("link"))
+        for folder, input in (("in", "in"), ("in/new", "in"), (".", "."), ("x", "."), ("link", "in"), ("in/b/../b", "in")):
+            self.refuse(f"the output folder '{folder}' is in the input folder '{input}': the next run would take its "
+                        "outputs for inputs; --help says more", "-r", "-d", folder, input, status=2)
+        self.convert("-r", "-d", "in", "in/a.png")
+        self.convert("-r", "-d", "in2", "in")
+        self.convert("-r", "--resume", "-d", "..", ".", cwd=self.path("in"))
+
+    def test_damaged_streams_are_none_the_less_checked(self):
+        self.convert("-r", "-d", "out", "in")
+        for name in ("out/empty.tk", "out/EMPTY.TK", "out/text.txt"):
+            self.write(name, b"")
+        data = bytearray(self.path("out/a.png.tk").read_bytes())
+        data[0] ^= 1
+        self.write("out/a.png.tk", data)
+        for arguments in (["--check"], ["-d", "back"]):
+            said = self.convert(*arguments, "-r", "--only", "streams", "out", status=1)
+            self.assertEqual(said[:3], [f"out/{name}: is no stream" for name in ("EMPTY.TK", "a.png.tk", "empty.tk")])
+            self.assertEqual(len(said), 4)
+
+    def test_endings_of_any_case(self):
+        self.convert("a.png", "b.TK")
+        self.convert("a.png", "tk:C.PNG.Tk")
+        self.convert("-d", "out", "b.TK", "C.PNG.Tk")
+        self.assertEqual(self.files_below("out"), ["C.PNG", "b.png"])
 
     def test_links(self):
         """Links to files are followed, those to folders are not: they may lead round in circles."""

@@ -2,9 +2,11 @@
 
 import os
 import pty
+import resource
 import shutil
 import subprocess
 import unittest
+from pathlib import Path
 
 import numpy
 
@@ -96,6 +98,42 @@ class Pipes(Outputs):
             self.assertEqual(len(self.path(f"log{number}").read_text().splitlines()), 1)
 
 
+class FirstBytes(Outputs):
+    """What they tell is said before the rest is there: the other end of each pipe stays open."""
+
+    def refuse_early(self, words, begin, *arguments):
+        reader, writer = os.pipe()
+        os.write(writer, begin.ljust(300, b"\0"))
+        self.refuse(words, *arguments, stdin=reader, timeout=20)
+        os.close(reader)
+        os.close(writer)
+
+    def test_what_is_no_image_is_refused_by_them(self):
+        self.refuse_early("-: is a GIF file: save its picture as PNG first", b"GIF89a", "-", "x.tk")
+        self.refuse_early("-: is a DICOM file: its samples can be read with --raw, where they are not compressed",
+                          bytes(128) + b"DICM", "-", "x.tk")
+        self.refuse_early("-: is no stream", b"something else", "--check", "-")
+        self.refuse_early("-: is an image, and so would be its output: a stream must be one of them", png(self.samples),
+                          "-", "x.png")
+
+    def test_resume_needs_no_more(self):
+        self.write("b.tk", b"old")
+        reader, writer = os.pipe()
+        os.write(writer, png(self.samples)[:300])
+        said = self.convert("-v", "--resume", "-", "b.tk", stdin=reader, timeout=20)
+        self.assertEqual(said, ["-: passed over, b.tk"])
+        os.close(reader)
+        os.close(writer)
+
+    def test_the_length_of_a_raw_file_is_compared_first(self):
+        self.write("a.raw", b"")
+        os.truncate(self.path("a.raw"), 2**40)
+        self.refuse("a.raw: has 1099511627776 bytes; 72 of samples behind 0 were announced by --raw", "--max-pixels",
+                    "1K", "--raw", "9x8:gray8", "a.raw", "x.tk")
+        self.refuse("a.raw: is neither PNM, PAM, PNG, TIFF, NPY nor a stream; for samples without a head there is --raw",
+                    "a.raw", "x.tk")
+
+
 class FullDisks(Outputs):
     def test_a_full_device(self):
         self.convert("a.png", "a.tk")
@@ -125,7 +163,9 @@ class FullDisks(Outputs):
         self.assertEqual(os.listdir(disk), ["a.tk"])
 
 
-class Permissions(Outputs):
+class Unprivileged(Outputs):
+    """Options for runs as a user who is not root."""
+
     def setUp(self):
         super().setUp()
         self.options = {}
@@ -143,6 +183,8 @@ class Permissions(Outputs):
         except PermissionError:
             return None
 
+
+class Permissions(Unprivileged):
     def close_to_others(self, name, mode=0):
         self.path(name).chmod(mode)
         self.addCleanup(self.path(name).chmod, 0o755)
@@ -150,6 +192,25 @@ class Permissions(Outputs):
     def test_a_file_that_may_not_be_read(self):
         self.close_to_others("a.png")
         self.refuse("a.png: cannot be read: Permission denied", "a.png", **self.options)
+
+    def test_folders_that_are_made_reach_the_disk_before_an_input_goes(self):
+        """What may not be read cannot be synced."""
+        self.path("in").mkdir()
+        self.path("in").chmod(0o777)
+        shutil.copy(self.path("a.png"), self.path("in/a.png"))
+        self.path("closed").mkdir()
+        self.close_to_others("closed", 0o333)
+        self.assertEqual(self.convert("--rm", "-d", "closed/x/y", "in/a.png", status=1, **self.options),
+                         ["in/a.png: cannot write 'closed': Permission denied"])
+        self.assertTrue(self.path("in/a.png").exists())
+        self.convert("--rm", "-d", "open/x/y", "in/a.png", **self.options)
+        self.assertFalse(self.path("in/a.png").exists())
+
+    def test_a_stream_that_may_not_be_read_is_not_passed_over(self):
+        self.write("in/a.png.tk", b"")
+        self.close_to_others("in/a.png.tk")
+        self.refuse("in/a.png.tk: cannot be read: Permission denied", "--check", "-r", "--only", "streams", "in",
+                    **self.options)
 
     def test_a_folder_that_may_not_be_written(self):
         self.path("closed").mkdir()
@@ -167,6 +228,39 @@ class Permissions(Outputs):
         said = self.convert("-r", "-d", "out", "in", status=1, **self.options)
         self.assertEqual(said[0], "in/b: cannot be read: Permission denied")
         self.assertEqual(sorted(path.name for path in self.path("out").rglob("*.tk")), ["a.png.tk", "c.png.tk"])
+
+
+class Limits(Unprivileged):
+    """Threads and memory that cannot be had."""
+
+    @unittest.skipUnless(os.geteuid() == 0, "only for root there is a user without processes")
+    def test_without_threads_the_work_is_done_all_the_same(self):
+        for name in "bcde":
+            shutil.copy(self.path("a.png"), self.path(f"{name}.png"))
+        # The leak checker of a sanitizer needs a process.
+        environment = dict(ENVIRONMENT, ASAN_OPTIONS=f"{ENVIRONMENT['ASAN_OPTIONS']}:detect_leaks=0")
+        for most in (1, 2, 3, 4):
+            done = subprocess.run(
+                [PROGRAM, "-q", "-j", "8", "-d", f"out{most}", *(f"{name}.png" for name in "abcde")], check=False,
+                cwd=self.folder, env=environment, capture_output=True, timeout=100, **self.options,
+                preexec_fn=lambda most=most: resource.setrlimit(resource.RLIMIT_NPROC, (most, most)))
+            self.assertEqual((done.returncode, done.stderr), (0, b""))
+            self.assertEqual(self.names(f"out{most}"), [f"{name}.png.tk" for name in "abcde"])
+
+    def test_with_little_memory_files_are_refused(self):
+        if b"__asan_init" in Path(PROGRAM).read_bytes() or b"__tsan_init" in Path(PROGRAM).read_bytes():
+            self.skipTest("sanitizers need memory")
+        names = [f"{number}.png" for number in range(200)]
+        for name in names:
+            shutil.copy(self.path("a.png"), self.path(name))
+        for megabytes in (30, 60, 100, 300, 1000):
+            most = megabytes << 20
+            said = self.run_program("-q", "-f", "-j", "600", "-d", "out", *names,
+                                    preexec_fn=lambda most=most: resource.setrlimit(resource.RLIMIT_AS, (most, most)))
+            for line in said.stderr.decode().splitlines():
+                self.assertRegex(line, "there is not enough memory|^tesk-convert: .*(cannot be read|cannot write)")
+            if said.stderr == b"":
+                self.assertEqual(self.names("out"), sorted(f"{name}.tk" for name in names))
 
 
 class OtherProcesses(Outputs):

@@ -1,13 +1,11 @@
-#include "convert/InputFile.h"
+#include "convert/CInputFile.h"
 
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <fcntl.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
-#include "convert/CFileNumber.h"
 #include "convert/Refusal.h"
 
 namespace qmx {
@@ -49,12 +47,22 @@ std::size_t readUpTo(const CFileNumber& file, Buffer& buffer, std::size_t from) 
     return present;
 }
 
-/// Returns: the bytes that a file says it has, 0 where it does not say.
-std::uint64_t announcedBytes(const CFileNumber& file) {
+struct stat factsOf(const CFileNumber& file) {
     struct stat facts {};
     if (fstat(file.get(), &facts) != 0) refuseReading(errno);
     if (S_ISDIR(facts.st_mode)) throw Refusal{"is a folder: -r takes what is in it"};
-    return S_ISREG(facts.st_mode) ? static_cast<std::uint64_t>(facts.st_size) : 0;
+    return facts;
+}
+
+Buffer readBegin(const CFileNumber& file, std::size_t count) {
+    Buffer begin(count);
+    begin.sizeBytes = readUpTo(file, begin, 0);
+    return begin;
+}
+
+[[noreturn]] void refuseLength(std::uint64_t mostBytes) {
+    throw Refusal{"has more than the " + std::to_string(mostBytes) +
+                  " bytes that an image within --max-pixels may have"};
 }
 
 Buffer enlarged(const Buffer& buffer, std::size_t sizeBytes) {
@@ -65,31 +73,47 @@ Buffer enlarged(const Buffer& buffer, std::size_t sizeBytes) {
 
 }  // namespace
 
-Buffer readInput(const std::string& name, std::uint64_t mostBytes) {
-    const CFileNumber file = openInput(name);
-    const std::uint64_t announced = announcedBytes(file);
+CInputFile::CInputFile(const std::string& name)
+    : file(openInput(name)), found(factsOf(file)), begin(readBegin(file, kHeadBytes)) {}
+
+std::optional<std::uint64_t> CInputFile::announcedBytes() const {
+    // Files that the system makes up have 0 bytes until they are read.
+    if (!S_ISREG(found.st_mode) || found.st_size == 0) return std::nullopt;
+    return static_cast<std::uint64_t>(found.st_size);
+}
+
+bool CInputFile::isStillAt(const std::string& name) const {
+    struct stat now {};
+    if (stat(name.c_str(), &now) != 0 || now.st_dev != found.st_dev || now.st_ino != found.st_ino)
+        return false;
+    // The times of a pipe say nothing of what came through it.
+    return !S_ISREG(found.st_mode) ||
+           (now.st_size == found.st_size && now.st_mtim.tv_sec == found.st_mtim.tv_sec &&
+            now.st_mtim.tv_nsec == found.st_mtim.tv_nsec);
+}
+
+Buffer CInputFile::readAll(std::uint64_t mostBytes) {
+    const std::uint64_t announced = announcedBytes().value_or(0);
+    if (announced > mostBytes) refuseLength(mostBytes);
+    // That was all: a terminal would have to be told once more.
+    if (begin.sizeBytes < kHeadBytes) return enlarged(begin, begin.sizeBytes);
     // One byte more than announced, so that the end shows.
-    Buffer buffer(std::max<std::uint64_t>(std::min(announced, mostBytes) + 1, kFirstBytes));
-    std::size_t present = readUpTo(file, buffer, 0);
+    Buffer buffer = enlarged(begin, std::max<std::uint64_t>(announced + 1, kFirstBytes));
+    std::size_t present = readUpTo(file, buffer, begin.sizeBytes);
     while (present == buffer.sizeBytes && present <= mostBytes) {
         buffer = enlarged(buffer, 2 * buffer.sizeBytes);
         present = readUpTo(file, buffer, present);
     }
-    if (present > mostBytes)
-        throw Refusal{"has more than the " + std::to_string(mostBytes) +
-                      " bytes that an image within --max-pixels may have"};
+    if (present > mostBytes) refuseLength(mostBytes);
     buffer.sizeBytes = present;
     return buffer;
 }
 
-Buffer readHead(const std::string& name, std::size_t count) {
+std::optional<Buffer> readHead(const std::string& name, std::size_t count) {
     try {
-        const CFileNumber file = openInput(name);
-        Buffer head(count);
-        head.sizeBytes = readUpTo(file, head, 0);
-        return head;
+        return readBegin(openInput(name), count);
     } catch (const Refusal&) {
-        return {};
+        return std::nullopt;
     }
 }
 
