@@ -1,6 +1,7 @@
 #include "convert/CPngSource.h"
 
 #include <new>
+#include <string_view>
 
 #include "convert/ImageChecks.h"
 #include "convert/Refusal.h"
@@ -47,11 +48,19 @@ void CPngSource::read(png_structp png, png_bytep to, std::size_t sizeBytes) {
     source->next += sizeBytes;
 }
 
+void CPngSource::requireMemory() const {
+    // libpng and zlib have several words for it.
+    if (std::string_view(words.error.data()).find("memory") != std::string_view::npos)
+        throw std::bad_alloc();
+}
+
 void CPngSource::refuse() const {
+    requireMemory();
     throw Refusal{"is a damaged PNG: " + std::string(words.error.data())};
 }
 
 void CPngSource::refuseInRow(std::size_t row, std::size_t height) const {
+    requireMemory();
     if (isAtEnd) refuseShortFile(row + 1, height);
     throw Refusal{"is a damaged PNG: " + std::string(words.error.data()) + ", in row " +
                   std::to_string(row + 1) + " of " + std::to_string(height)};

@@ -16,7 +16,7 @@ public:
     CPngSource& operator=(const CPngSource&) = delete;
     ~CPngSource() { png_destroy_read_struct(&png, &info, nullptr); }
 
-    /// Throws: Refusal where the step fails: the file is damaged.
+    /// Throws: Refusal where the step fails, as the file is damaged; std::bad_alloc.
     template <class Step>
     void run(const Step& step) {
         if (!completes(png, step)) refuse();
@@ -35,6 +35,8 @@ public:
 
 private:
     static void read(png_structp png, png_bytep to, std::size_t sizeBytes);
+    /// Throws: std::bad_alloc where libpng lacked memory.
+    void requireMemory() const;
     [[noreturn]] void refuse() const;
     [[noreturn]] void refuseInRow(std::size_t row, std::size_t height) const;
 

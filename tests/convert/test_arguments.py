@@ -61,7 +61,8 @@ class Wrong(ConvertCase):
             for option in ("--bytes", "--max-pixels"):
                 said = self.convert(f"{option}={value}", "a.npy", "b.tk", status=2)
                 if value:
-                    self.assertEqual(said, [f"{option}: '{value}' is neither a number nor one with K, M or G behind it{MORE}"])
+                    words = f"'{value}' is neither a number nor one with K, M or G behind it"
+                    self.assertEqual(said, [f"{option}: {words}{MORE}"])
         self.require("--bytes: a stream has at least 16 bytes", "--bytes", "15", "a.npy", "b.tk")
         for value in ("0", "17", "x", "8.0", "Auto"):
             self.require(f"--bits: '{value}' is neither 1 to 16 nor auto", "--bits", value, "a.npy", "b.tk")

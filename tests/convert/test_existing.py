@@ -91,8 +91,8 @@ class Removal(Files):
                 self.path("in").rename(self.path("elsewhere"))
                 self.write("in", b"another")
                 pipe.write(self.path("a.png").read_bytes())
-            self.assertEqual(process.stderr.read(), b"tesk-convert: in: is not removed: it is another file than the one "
-                             b"that was read\n")
+            self.assertEqual(process.stderr.read(),
+                             b"tesk-convert: in: is not removed: it is another file than the one that was read\n")
         self.assertEqual(process.returncode, 1)
         self.assertEqual(self.path("in").read_bytes(), b"another")
         self.convert("--check", "out.tk")

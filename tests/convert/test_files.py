@@ -49,8 +49,8 @@ class Names(Files):
         self.convert("a.png", "whole.tk")
         for stream, ending, image in (
                 ("s.tif.tk", "png", "s.tif.png"), ("s.png.tk", "png", "s.png"), ("s.PNG.TK", "png", "s.PNG"),
-                ("s.tk", "png", "s.png"), ("s.tk", "tif", "s.tif"), ("s.tiff.tk", "tif", "s.tiff"), ("s.tk", "tiff", "s.tiff"),
-                ("s.jpeg.tk", "npy", "s.jpeg.npy"), ("s", "pgm", "s.pgm"), ("s.tk", "pnm", "s.pnm"),
+                ("s.tk", "png", "s.png"), ("s.tk", "tif", "s.tif"), ("s.tiff.tk", "tif", "s.tiff"),
+                ("s.tk", "tiff", "s.tiff"), ("s.jpeg.tk", "npy", "s.jpeg.npy"), ("s", "pgm", "s.pgm"), ("s.tk", "pnm", "s.pnm"),
                 ("s.tk", "pam", "s.pam"), ("s.pgm.tk", "raw", "s.pgm.raw")):
             with self.subTest(stream=stream, ending=ending):
                 self.write(f"in/{stream}", self.path("whole.tk").read_bytes())
@@ -181,9 +181,10 @@ class Folders(Files):
 
     def test_an_output_folder_that_is_in_an_input_folder(self):
         os.symlink("in/b", self.path("link"))
-        for folder, input in (("in", "in"), ("in/new", "in"), (".", "."), ("x", "."), ("link", "in"), ("in/b/../b", "in")):
-            self.refuse(f"the output folder '{folder}' is in the input folder '{input}': the next run would take its "
-                        "outputs for inputs; --help says more", "-r", "-d", folder, input, status=2)
+        for folder, source in (("in", "in"), ("in/new", "in"), (".", "."), ("x", "."), ("link", "in"),
+                               ("in/b/../b", "in")):
+            self.refuse(f"the output folder '{folder}' is in the input folder '{source}': the next run would take its "
+                        "outputs for inputs; --help says more", "-r", "-d", folder, source, status=2)
         self.convert("-r", "-d", "in", "in/a.png")
         self.convert("-r", "-d", "in2", "in")
         self.convert("-r", "--resume", "-d", "..", ".", cwd=self.path("in"))

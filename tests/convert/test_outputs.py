@@ -130,8 +130,8 @@ class FirstBytes(Outputs):
         os.truncate(self.path("a.raw"), 2**40)
         self.refuse("a.raw: has 1099511627776 bytes; 72 of samples behind 0 were announced by --raw", "--max-pixels",
                     "1K", "--raw", "9x8:gray8", "a.raw", "x.tk")
-        self.refuse("a.raw: is neither PNM, PAM, PNG, TIFF, NPY nor a stream; for samples without a head there is --raw",
-                    "a.raw", "x.tk")
+        self.refuse("a.raw: is neither PNM, PAM, PNG, TIFF, NPY nor a stream; for samples without a head there is "
+                    "--raw", "a.raw", "x.tk")
 
 
 class FullDisks(Outputs):
@@ -250,15 +250,16 @@ class Limits(Unprivileged):
     def test_with_little_memory_files_are_refused(self):
         if b"__asan_init" in Path(PROGRAM).read_bytes() or b"__tsan_init" in Path(PROGRAM).read_bytes():
             self.skipTest("sanitizers need memory")
-        names = [f"{number}.png" for number in range(200)]
+        # No PNG: libpng has words of its own.
+        names = [f"{number}.npy" for number in range(200)]
         for name in names:
-            shutil.copy(self.path("a.png"), self.path(name))
+            self.write(name, npy(self.samples))
         for megabytes in (30, 60, 100, 300, 1000):
             most = megabytes << 20
             said = self.run_program("-q", "-f", "-j", "600", "-d", "out", *names,
                                     preexec_fn=lambda most=most: resource.setrlimit(resource.RLIMIT_AS, (most, most)))
             for line in said.stderr.decode().splitlines():
-                self.assertRegex(line, "there is not enough memory|^tesk-convert: .*(cannot be read|cannot write)")
+                self.assertIn("there is not enough memory", line)
             if said.stderr == b"":
                 self.assertEqual(self.names("out"), sorted(f"{name}.tk" for name in names))
 
