@@ -109,9 +109,8 @@ void CConverter::settleLosses(const std::vector<LostPart>& parts, ConvertOutcome
 void CConverter::encode(Buffer file, const OutputPlace& place, ConvertOutcome& outcome) {
     const ImageFile image = readImage(std::move(file), options);
     outcome.notes = image.notes;
-    // A raw file is the format that keeps least.
     settleLosses(
-        writesTrailer() ? image.metadata.notKept : partsLostIn(FileFormat::raw, image.metadata),
+        writesTrailer() ? image.metadata.notKept : partsLostIn(FileFormat::stream, image.metadata),
         outcome);
     compress(image, place, outcome);
     outcome.result = ConvertResult::converted;

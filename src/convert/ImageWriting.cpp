@@ -45,6 +45,8 @@ std::vector<LostPart> partsLostIn(FileFormat format, const Metadata& metadata) {
     const bool isSigned = metadata.rawType == kSignedRaw;
     add(isSigned && format != FileFormat::raw && format != FileFormat::npy,
         "the sign, as 32768 added to each sample,");
+    // Nobody who writes raw samples has to be told.
+    if (format == FileFormat::raw) lost.push_back({"the sides and bits of the image", true, true});
     return lost;
 }
 

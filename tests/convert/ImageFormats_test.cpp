@@ -136,6 +136,9 @@ TEST(ImageMetadata, WhatAFormatDoesNotHoldIsNamed) {
     EXPECT_EQ(partsLostIn(FileFormat::tiff, metadata).size(), 3U);
     EXPECT_EQ(partsLostIn(FileFormat::pgm, metadata).size(), 2U);
     EXPECT_EQ(partsLostIn(FileFormat::npy, metadata).size(), 2U);
+    EXPECT_EQ(partsLostIn(FileFormat::stream, metadata).size(), 3U);
+    EXPECT_EQ(namesOf(partsLostIn(FileFormat::raw, {})), "the sides and bits of the image");
+    EXPECT_EQ(noteOn(partsLostIn(FileFormat::raw, {})), "");
 }
 
 TEST(ImageBits, AreThoseOfTheSamplesTheFileOrTheArgument) {
