@@ -14,7 +14,7 @@ std::string withUnit(double value, const char* format, const char* unit) {
     return std::string(words) + unit;
 }
 
-std::string bytesInWords(std::uint64_t count) {
+std::string withByteUnit(std::uint64_t count) {
     const auto bytes = static_cast<double>(count);
     if (count < 1'000'000) return withUnit(bytes / 1e3, "%.1f", " KB");
     if (count < 1'000'000'000) return withUnit(bytes / 1e6, "%.1f", " MB");
@@ -48,7 +48,7 @@ double CConvertTotals::ratio() const {
 std::string CConvertTotals::progressWords(std::chrono::duration<double> elapsed) const {
     std::string words = std::to_string(done) + " of " + std::to_string(fileCount) + " files";
     if (streamBytes == 0) return words;
-    words += ", " + bytesInWords(rawBytes) + ", " + withUnit(ratio(), "%.2f", ":1");
+    words += ", " + withByteUnit(rawBytes) + ", " + withUnit(ratio(), "%.2f", ":1");
     const double seconds = elapsed.count();
     words += ", " + withUnit(static_cast<double>(rawBytes) / 1e6 / seconds, "%.0f", " MB/s");
     if (seconds < kSecondsBeforeGuess) return words;
@@ -62,7 +62,7 @@ std::string CConvertTotals::finalWords() const {
     const std::size_t good = done - refused - passedOver;
     std::string words = std::to_string(good) + " of " + std::to_string(fileCount) + " files";
     if (streamBytes != 0)
-        words += ", " + bytesInWords(rawBytes) + " of pixels, " + bytesInWords(streamBytes) +
+        words += ", " + withByteUnit(rawBytes) + " of pixels, " + withByteUnit(streamBytes) +
                  " of streams (" + withUnit(ratio(), "%.2f", ":1)");
     if (approximated != 0) words += ", " + std::to_string(approximated) + " approximations";
     if (passedOver != 0) words += ", " + std::to_string(passedOver) + " passed over";

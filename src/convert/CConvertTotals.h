@@ -20,7 +20,6 @@ public:
     std::string finalWords() const;
     /// Returns: the exit status of the program.
     int exitStatus() const;
-    std::size_t filesDone() const { return done; }
 
 private:
     double ratio() const;

@@ -11,7 +11,6 @@
 #include "convert/ImageChecks.h"
 #include "convert/ImageReading.h"
 #include "convert/ImageWriting.h"
-#include "convert/PngWriter.h"
 #include "convert/Refusal.h"
 #include "convert/TrailerBoxes.h"
 
@@ -34,7 +33,7 @@ bool exists(const std::string& name) {
 }
 
 std::string strangeBytesWords(const TeskFile& opened) {
-    return std::to_string(opened.strangeBytes) + (opened.strangeBytes == 1 ? " byte" : " bytes") +
+    return bytesInWords(opened.strangeBytes) +
            " behind its end are no trailer: it is damaged, or something was added";
 }
 
@@ -109,9 +108,8 @@ void CConverter::settleLosses(const std::vector<LostPart>& parts, ConvertOutcome
 void CConverter::encode(Buffer file, const OutputPlace& place, ConvertOutcome& outcome) {
     const ImageFile image = readImage(std::move(file), options);
     outcome.notes = image.notes;
-    settleLosses(
-        writesTrailer() ? image.metadata.notKept : partsLostIn(FileFormat::stream, image.metadata),
-        outcome);
+    settleLosses(writesTrailer() ? image.metadata.notKept : partsLostIn(FileFormat::stream, image),
+                 outcome);
     compress(image, place, outcome);
     outcome.result = ConvertResult::converted;
 }
@@ -139,10 +137,7 @@ void CConverter::decode(ByteView file, const OutputPlace& place, ConvertOutcome&
     ImageFile image = decodeImage(opened, place.name.format, options, *codec);
     outcome.rawBytes = image.rawBytes();
     outcome.streamBytes = opened.stream.size();
-    std::vector<LostPart> lost = partsLostIn(place.name.format, image.metadata);
-    if (place.name.format == FileFormat::png && !keepsProfile(image))
-        lost.push_back({"the colour profile, which libpng refuses,", false});
-    settleLosses(lost, outcome);
+    settleLosses(partsLostIn(place.name.format, image), outcome);
     writeOutput(place, [&](IByteSink& sink) { writeImage(image, place.name.format, sink); });
     outcome.result = opened.isWhole() ? ConvertResult::converted : ConvertResult::approximated;
 }

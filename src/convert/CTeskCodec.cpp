@@ -32,15 +32,15 @@ CTeskCodec::CTeskCodec() {
 
 void CTeskCodec::compress(const ImageFile& image, std::size_t budgetBytes, CBlock& block) {
     block.owner = codec;
-    block.status = tesk_compress_to_block(codec, &image.geometry, image.pixels(), 0, budgetBytes,
-                                          &block.block, &block.result);
-    if (block.status == TESK_NOT_RESTORABLE)
+    const tesk_status status = tesk_compress_to_block(codec, &image.geometry, image.pixels(), 0,
+                                                      budgetBytes, &block.block, &block.result);
+    if (status == TESK_NOT_RESTORABLE)
         throw Refusal{std::string("has no stream that restores it: ") +
                       tesk_loss_message(block.result.loss)};
-    if (block.status != TESK_OK && block.status != TESK_CUT) refuse(block.status);
+    if (status != TESK_OK && status != TESK_CUT) refuse(status);
 }
 
-bool CTeskCodec::decompress(ByteView stream, std::uint32_t levels, ImageFile& image) {
+void CTeskCodec::decompress(ByteView stream, std::uint32_t levels, ImageFile& image) {
     tesk_image whole = TESK_IMAGE_INIT;
     tesk_status status = tesk_probe(stream.data(), stream.size(), &whole);
     if (status == TESK_OK) status = tesk_reduced_image(&whole, levels, &image.geometry);
@@ -50,7 +50,6 @@ bool CTeskCodec::decompress(ByteView stream, std::uint32_t levels, ImageFile& im
                                      image.rawBytes(), 0, nullptr);
     if (status != TESK_OK && status != TESK_CUT) refuse(status);
     settleDeclaredBits(image);
-    return status == TESK_OK;
 }
 
 std::uint32_t usedBitsOf(const ImageFile& image) {

@@ -26,23 +26,20 @@ public:
         ByteView view() const {
             return {static_cast<const unsigned char*>(block), result.stream_bytes};
         }
-        bool isCut() const { return status == TESK_CUT; }
 
     private:
         friend class CTeskCodec;
         tesk_codec* owner = nullptr;
         void* block = nullptr;
         tesk_result result = TESK_RESULT_INIT;
-        tesk_status status = TESK_OK;
     };
 
     /// Compresses an image, which is compared with what comes back unless a budget cuts it. budgetBytes: 0 for none.
     void compress(const ImageFile& image, std::size_t budgetBytes, CBlock& block);
 
-    /// Decompresses at 1 : 2^levels into image, whose geometry and pixels are set; its bits hold
-    /// all samples, whatever the stream declares. Returns: whether the stream is
-    /// complete. Requires: stream is as tesk_probe knows one.
-    bool decompress(ByteView stream, std::uint32_t levels, ImageFile& image);
+    /// Decompresses at 1 : 2^levels, as far as the stream goes, into image, whose geometry and pixels are set; its
+    /// bits hold all samples, whatever the stream declares. Requires: stream is as tesk_probe knows one.
+    void decompress(ByteView stream, std::uint32_t levels, ImageFile& image);
 
 private:
     tesk_codec* codec = nullptr;

@@ -6,13 +6,14 @@
 #include <cmath>
 #include <string_view>
 
+#include "convert/FileFormat.h"
+
 namespace qmx {
 namespace {
 
 constexpr unsigned kMostJobs = 1024;
 constexpr unsigned kMostBits = 16;
 constexpr unsigned kMostLevels = 16;
-constexpr std::uint64_t kLeastStreamBytes = 16;
 
 /// Reads a number with K, M or G behind it, each `unit` times the one before.
 std::uint64_t scaledNumber(const std::string& option, const std::string& text, std::uint64_t unit) {
@@ -85,9 +86,9 @@ void CConvertParser::addFiles() {
         options.only = kind == "images" ? OnlyKind::images : OnlyKind::streams;
     });
     app.add_option_function<std::string>("--to", [this](const std::string& ending) {
-        constexpr std::string_view kEndings[] = {"png", "tif", "tiff", "pgm", "ppm",
-                                                 "pnm", "pam", "npy",  "raw"};
-        if (std::find(std::begin(kEndings), std::end(kEndings), ending) == std::end(kEndings))
+        const auto format = formatOfEnding(ending);
+        // Few images are of two values.
+        if (!format || format == FileFormat::stream || format == FileFormat::pbm)
             throw CLI::ValidationError(
                 "--to", "'" + ending + "' is none of png, tif, pgm, ppm, pnm, pam, npy and raw");
         options.imageEnding = ending;
@@ -130,7 +131,7 @@ void CConvertParser::addBudgets() {
     CLI::Option* bytes =
         app.add_option_function<std::string>("--bytes", [this](const std::string& text) {
             options.budget.bytes = scaledNumber("--bytes", text, 1024);
-            if (options.budget.bytes < kLeastStreamBytes)
+            if (options.budget.bytes < kStreamHeadBytes)
                 throw CLI::ValidationError("--bytes", "a stream has at least 16 bytes");
         });
     CLI::Option* rate = app.add_option_function<std::string>(

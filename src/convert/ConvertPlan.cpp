@@ -13,11 +13,10 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// Returns: the one name that a file has, whichever way leads to its folder.
-std::string oneNameOf(const fs::path& name) {
+/// Returns: the name of a file or folder without links and dots, as far as it is there.
+std::string canonicalName(const fs::path& name) {
     std::error_code error;
-    return (fs::weakly_canonical(fs::absolute(name, error).parent_path(), error) / name.filename())
-        .string();
+    return fs::weakly_canonical(fs::absolute(name, error), error).string();
 }
 
 bool isRegularFile(const std::string& name) {
@@ -31,9 +30,8 @@ bool hasStreamEnding(const std::string& name) {
 
 /// Whether a file or folder is a folder, or stands below it.
 bool isWithin(const std::string& name, const std::string& folder) {
-    std::error_code error;
-    const fs::path inner = fs::weakly_canonical(fs::absolute(name, error), error);
-    const fs::path outer = fs::weakly_canonical(fs::absolute(folder, error), error);
+    const fs::path inner = canonicalName(name);
+    const fs::path outer = canonicalName(folder);
     return std::mismatch(outer.begin(), outer.end(), inner.begin(), inner.end()).first ==
            outer.end();
 }
@@ -62,8 +60,10 @@ private:
     void collectFiles(const fs::path& folder, std::vector<fs::path>& paths);
     bool isWanted(const std::string& name, bool isStreamFile) const;
     void requireOwnOutput(ConvertJob& job, bool isStreamFile);
+    void addInputNames(const std::string& name);
+    std::string oneNameOf(const fs::path& name);
     void requireNoInput(const std::string& output, ConvertJob& job) const;
-    void requireOwnLog(const std::string& log) const;
+    void requireOwnLog(const std::string& log);
 
     const ConvertOptions& options;
     std::vector<ConvertJob> jobs;
@@ -71,7 +71,23 @@ private:
     std::unordered_map<std::string, std::size_t> jobsOfOutputs;
     /// Inputs by all their names: those that links have, and those of the files that they lead to.
     std::unordered_map<std::string, std::string> inputsOfNames;
+    /// Names of folders without links: many files are in one.
+    std::unordered_map<std::string, std::string> canonicalFolders;
 };
+
+/// Returns: the one name that a file has, whichever way leads to its folder.
+std::string CPlan::oneNameOf(const fs::path& name) {
+    const auto [folder, isNew] = canonicalFolders.try_emplace(name.parent_path().string());
+    if (isNew) folder->second = canonicalName(fs::path(".") / name.parent_path());
+    return (fs::path(folder->second) / name.filename()).string();
+}
+
+/// A link has two names: its own, and that of the file it leads to.
+void CPlan::addInputNames(const std::string& name) {
+    std::error_code error;
+    inputsOfNames.emplace(oneNameOf(name), name);
+    if (fs::is_symlink(name, error)) inputsOfNames.emplace(canonicalName(name), name);
+}
 
 void CPlan::addInput(const std::string& input) {
     std::error_code error;
@@ -135,11 +151,7 @@ void CPlan::addFile(const std::string& name, const fs::path& belowFolder) {
     } else if (isFile && !options.onlyChecks && !job.output) {
         requireOwnOutput(job, isStreamFile);
     }
-    if (isFile) {
-        std::error_code error;
-        inputsOfNames.emplace(oneNameOf(name), name);
-        inputsOfNames.emplace(fs::weakly_canonical(name, error).string(), name);
-    }
+    if (isFile) addInputNames(name);
     jobs.push_back(std::move(job));
 }
 
@@ -167,11 +179,8 @@ std::vector<ConvertJob> CPlan::take() {
     return std::move(jobs);
 }
 
-void CPlan::requireOwnLog(const std::string& log) const {
-    std::error_code error;
-    const fs::path absolute = fs::absolute(log, error);
-    for (const std::string& name :
-         {oneNameOf(log), fs::weakly_canonical(absolute, error).string()}) {
+void CPlan::requireOwnLog(const std::string& log) {
+    for (const std::string& name : {oneNameOf(log), canonicalName(log)}) {
         const bool isNamed = options.output && oneNameOf(namedOutput(*options.output).path) == name;
         if (isNamed || jobsOfOutputs.contains(name))
             throw Refusal{"the log '" + log + "' would be an output, too"};

@@ -110,24 +110,27 @@ FileFormat formatOfContent(ByteView file) {
     refuseContent(text);
 }
 
+std::optional<FileFormat> formatOfEnding(std::string_view ending) {
+    for (const NamedFormat& known : kFormats)
+        if (known.name == ending) return known.format;
+    return std::nullopt;
+}
+
 std::optional<FileFormat> formatOfName(std::string_view name) {
     const std::size_t dot = name.rfind('.');
     if (dot == std::string_view::npos) return std::nullopt;
     std::string ending(name.substr(dot + 1));
     std::transform(ending.begin(), ending.end(), ending.begin(),
                    [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-    for (const NamedFormat& known : kFormats)
-        if (known.name == ending) return known.format;
-    return std::nullopt;
+    return formatOfEnding(ending);
 }
 
 std::optional<FileFormat> takeFormat(std::string_view& output) {
-    for (const NamedFormat& known : kFormats) {
-        if (!output.starts_with(known.name) || output.substr(known.name.size(), 1) != ":") continue;
-        output.remove_prefix(known.name.size() + 1);
-        return known.format;
-    }
-    return std::nullopt;
+    const std::size_t colon = output.find(':');
+    if (colon == std::string_view::npos) return std::nullopt;
+    const auto format = formatOfEnding(output.substr(0, colon));
+    if (format) output.remove_prefix(colon + 1);
+    return format;
 }
 
 }  // namespace qmx

@@ -17,6 +17,9 @@ FileFormat formatOfContent(ByteView file);
 bool isStream(ByteView head);
 inline constexpr std::size_t kStreamHeadBytes = 16;
 
+/// Returns: the format with that ending of names, in small letters: "tif". Nothing for an unknown one.
+std::optional<FileFormat> formatOfEnding(std::string_view ending);
+
 /// Returns: the format that ends a name, as "scan.tif" and "SCAN.TIFF"; nothing for an unknown end.
 std::optional<FileFormat> formatOfName(std::string_view name);
 

@@ -29,7 +29,8 @@ void requireHolds(FileFormat format, const tesk_image& geometry) {
     if (geometry.width == 0 || geometry.height == 0) throw Refusal{"has no pixels"};
 }
 
-std::vector<LostPart> partsLostIn(FileFormat format, const Metadata& metadata) {
+std::vector<LostPart> partsLostIn(FileFormat format, const ImageFile& image) {
+    const Metadata& metadata = image.metadata;
     const bool isPng = format == FileFormat::png;
     const bool isTiff = format == FileFormat::tiff;
     std::vector<LostPart> lost = metadata.notKept;
@@ -45,6 +46,7 @@ std::vector<LostPart> partsLostIn(FileFormat format, const Metadata& metadata) {
     const bool isSigned = metadata.rawType == kSignedRaw;
     add(isSigned && format != FileFormat::raw && format != FileFormat::npy,
         "the sign, as 32768 added to each sample,");
+    add(isPng && !keepsProfile(image), "the colour profile, which libpng refuses,");
     // Nobody who writes raw samples has to be told.
     if (format == FileFormat::raw) lost.push_back({"the sides and bits of the image", true, true});
     return lost;

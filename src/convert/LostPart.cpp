@@ -5,9 +5,12 @@
 
 namespace qmx {
 
+std::string bytesInWords(std::uint64_t count) {
+    return std::to_string(count) + (count == 1 ? " byte" : " bytes");
+}
+
 LostPart bytesBehind(std::size_t count) {
-    return {std::to_string(count) + (count == 1 ? " byte" : " bytes") + " behind the image",
-            count > 1};
+    return {bytesInWords(count) + " behind the image", count > 1};
 }
 
 std::string namesOf(const std::vector<LostPart>& parts) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -12,6 +13,9 @@ struct LostPart {
     /// A note says so already.
     bool isNoted = false;
 };
+
+/// Returns: "1 byte", "2 bytes".
+std::string bytesInWords(std::uint64_t count);
 
 /// Returns: that so many bytes behind an image are not kept.
 LostPart bytesBehind(std::size_t count);

@@ -7,9 +7,9 @@ namespace {
 
 constexpr std::string_view kStreamEnding = ".tk";
 
-/// Returns: a name that has the ending once, whatever it had.
+/// Returns: a name that has the ending once, whatever it had. Requires: there is a format with this ending.
 OutputName outputWithEnding(std::string name, const std::string& ending) {
-    const FileFormat format = formatOfName("." + ending).value_or(FileFormat::png);
+    const FileFormat format = *formatOfEnding(ending);
     if (formatOfName(name) == FileFormat::stream) name.resize(name.size() - kStreamEnding.size());
     if (formatOfName(name) != format) name += "." + ending;
     return {name, format};

@@ -68,10 +68,19 @@ void readRows(CPngSource& source, const PngHead& head, ImageFile& image) {
     });
 }
 
-/// Returns: whether a pixel has the one colour that stands for transparent.
+/// Returns: whether a pixel has the one colour that stands for transparent, or one of a palette that is not opaque.
 bool usesTransparentColour(CPngSource& source, const PngHead& head, const ImageFile& image) {
     png_color_16p key = nullptr;
-    source.run([&] { png_get_tRNS(source.png, source.info, nullptr, nullptr, &key); });
+    png_bytep alphas = nullptr;
+    int alphaCount = 0;
+    source.run([&] { png_get_tRNS(source.png, source.info, &alphas, &alphaCount, &key); });
+    const std::size_t pixelCount = std::size_t{head.width} * head.height;
+    if (head.isPalette()) {
+        const unsigned char* numbers = image.pixels();
+        return std::any_of(numbers, numbers + pixelCount, [=](unsigned char number) {
+            return number < alphaCount && alphas[number] != 0xFF;
+        });
+    }
     if (key == nullptr) return false;
     const unsigned colour[] = {head.isColour() ? key->red : key->gray, key->green, key->blue};
     const std::size_t channels = head.channels();
@@ -95,30 +104,16 @@ void leaveOutAlpha(CPngSource& source, const PngHead& head, ImageFile& image) {
     }
 }
 
-/// Replaces numbers of colours by the colours. libpng would make black of numbers that have none.
-void expandPalette(CPngSource& source, ImageFile& image, const ReadOptions& options) {
+/// libpng would make black of numbers that have no colour.
+void replaceNumbers(CPngSource& source, ImageFile& image) {
     png_colorp colours = nullptr;
-    png_bytep alphas = nullptr;
-    int colourCount = 0;
-    int alphaCount = 0;
-    source.run([&] {
-        png_get_PLTE(source.png, source.info, &colours, &colourCount);
-        png_get_tRNS(source.png, source.info, &alphas, &alphaCount, nullptr);
-    });
-    const std::size_t pixelCount = std::size_t{image.geometry.width} * image.geometry.height;
-    Buffer expanded(3 * pixelCount);
-    for (std::size_t i = 0; i < pixelCount; ++i) {
-        const int number = image.buffer.bytes[i];
-        if (number >= colourCount)
-            throw Refusal{"is a damaged PNG: its palette lacks a colour that pixels have"};
-        const bool isOpaque = number >= alphaCount || alphas[number] == 0xFF;
-        if (options.leavesOutOpaqueAlpha && !isOpaque) refuseTransparency();
-        const png_color& colour = colours[number];
-        expanded.bytes[3 * i] = colour.red;
-        expanded.bytes[3 * i + 1] = colour.green;
-        expanded.bytes[3 * i + 2] = colour.blue;
-    }
-    image.buffer = std::move(expanded);
+    int count = 0;
+    source.run([&] { png_get_PLTE(source.png, source.info, &colours, &count); });
+    std::vector<PaletteColour> palette;
+    for (int i = 0; i < count; ++i)
+        palette.push_back({colours[i].red, colours[i].green, colours[i].blue});
+    if (!expandPalette(image, palette))
+        throw Refusal{"is a damaged PNG: its palette lacks a colour that pixels have"};
 }
 
 void describe(ImageFile& image, const PngHead& head) {
@@ -140,11 +135,8 @@ ImageFile readPng(ByteView file, const ReadOptions& options) {
     describe(image, head);
     readRows(source, head, image);
     source.run([&] { png_read_end(source.png, source.info); });
-    if (head.isPalette()) {
-        expandPalette(source, image, options);
-    } else if (head.hasAlphaChannel() || head.hasTransparency) {
-        leaveOutAlpha(source, head, image);
-    }
+    if (head.hasAlphaChannel() || head.hasTransparency) leaveOutAlpha(source, head, image);
+    if (head.isPalette()) replaceNumbers(source, image);
     takeMetadata(source.png, source.info, chunks, image.metadata);
     if (source.bytesLeft() != 0) image.metadata.notKept.push_back(bytesBehind(source.bytesLeft()));
     for (std::size_t i = 0; i < source.words.warningCount; ++i)

@@ -4,6 +4,7 @@
 #include <string_view>
 
 #include "convert/ImageChecks.h"
+#include "convert/LostPart.h"
 #include "convert/Refusal.h"
 #include "convert/Samples.h"
 
@@ -75,8 +76,7 @@ void requireRawBytes(std::uint64_t fileBytes, const RawLayout& layout, const Rea
         std::uint64_t{layout.width} * layout.height * layout.bytesPerPixel;
     const std::uint64_t expected = layout.skipBytes + samplesBytes;
     if (expected < layout.skipBytes || fileBytes != expected)
-        throw Refusal{"has " + std::to_string(fileBytes) +
-                      (fileBytes == 1 ? " byte; " : " bytes; ") + std::to_string(samplesBytes) +
+        throw Refusal{"has " + bytesInWords(fileBytes) + "; " + std::to_string(samplesBytes) +
                       " of samples behind " + std::to_string(layout.skipBytes) +
                       " were announced by --raw"};
 }

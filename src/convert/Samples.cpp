@@ -39,6 +39,20 @@ void packSamples(const unsigned char* samples, unsigned bits, unsigned char* pac
     }
 }
 
+bool expandPalette(ImageFile& image, std::span<const PaletteColour> palette) {
+    const std::size_t pixelCount = std::size_t{image.geometry.width} * image.geometry.height;
+    Buffer expanded(3 * pixelCount);
+    for (std::size_t i = 0; i < pixelCount; ++i) {
+        const std::size_t number = image.buffer.bytes[i];
+        if (number >= palette.size()) return false;
+        expanded.bytes[3 * i] = palette[number].red;
+        expanded.bytes[3 * i + 1] = palette[number].green;
+        expanded.bytes[3 * i + 2] = palette[number].blue;
+    }
+    image.buffer = std::move(expanded);
+    return true;
+}
+
 void removeOpaqueChannel(unsigned char* pixels, std::size_t pixelCount, std::size_t pixelBytes,
                          ByteView opaque) {
     const std::size_t keptBytes = pixelBytes - opaque.size();

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <span>
 
 #include "convert/ImageFile.h"
 
@@ -21,6 +22,16 @@ void unpackSamples(const unsigned char* packed, unsigned bits, unsigned char* sa
 /// The other way round. The last byte is filled up with zeros.
 void packSamples(const unsigned char* samples, unsigned bits, unsigned char* packed,
                  std::size_t sampleCount);
+
+struct PaletteColour {
+    unsigned char red;
+    unsigned char green;
+    unsigned char blue;
+};
+
+/// Replaces numbers, a byte for each pixel, by the colours that have them. Returns: whether each number has one;
+/// if not, the image stays as it is. Requires: the geometry is that of RGB.
+bool expandPalette(ImageFile& image, std::span<const PaletteColour> palette);
 
 /// Takes away the last channel of each pixel. opaque: the bytes that it has to have everywhere.
 /// Throws: Refusal where it has not.

@@ -7,7 +7,7 @@
 namespace qmx {
 
 /// Returns: how often an image is best halved by its stream before a thumbnail of it is made: as often as leaves at
-/// least twice as many pixels to a side. Requires: stream is as tesk_probe knows one.
+/// least twice as many pixels to a side. whole: the geometry of its stream.
 std::uint32_t levelsForSide(const tesk_image& whole, std::uint32_t side);
 
 /// Returns: the geometry of the same picture with samples of 8 bits.

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <vector>
 
 #include "convert/ImageChecks.h"
 #include "convert/Refusal.h"
@@ -100,24 +101,20 @@ void readTiles(CTiffFile& file, const TiffLayout& layout, ImageFile& image) {
                          static_cast<std::uint32_t>(column), plane, tile, image);
 }
 
-/// Replaces numbers of colours by the colours. Those of a TIFF have 16 bits: 8 of them twice, or followed
-/// by zeros.
-void expandPalette(CTiffFile& file, const TiffLayout& layout, ImageFile& image) {
+/// Returns: the colours of a palette. Those of a TIFF have 16 bits: 8 of them twice, or followed by zeros.
+std::vector<PaletteColour> paletteOf(CTiffFile& file, const TiffLayout& layout) {
     std::uint16_t* channels[3] = {};
     if (TIFFGetField(file.get(), TIFFTAG_COLORMAP, &channels[0], &channels[1], &channels[2]) != 1)
         throw Refusal{"is a damaged TIFF: it has no palette"};
-    const std::size_t colours = std::size_t{1} << layout.bits;
-    for (const std::uint16_t* channel : channels)
-        for (std::size_t i = 0; i < colours; ++i)
-            if ((channel[i] & 0xFF) != 0 && (channel[i] & 0xFF) != channel[i] >> 8)
-                throw Refusal{"has a palette of 16-bit colours; a stream holds 8-bit RGB"};
-    const std::size_t pixelCount = std::size_t{layout.width} * layout.height;
-    Buffer colour(3 * pixelCount);
-    for (std::size_t i = 0; i < pixelCount; ++i)
-        for (std::size_t c = 0; c < 3; ++c)
-            colour.bytes[3 * i + c] =
-                static_cast<unsigned char>(channels[c][image.buffer.bytes[i]] >> 8);
-    image.buffer = std::move(colour);
+    const auto byteOf = [](std::uint16_t value) {
+        if ((value & 0xFF) != 0 && (value & 0xFF) != value >> 8)
+            throw Refusal{"has a palette of 16-bit colours; a stream holds 8-bit RGB"};
+        return static_cast<unsigned char>(value >> 8);
+    };
+    std::vector<PaletteColour> palette;
+    for (std::size_t i = 0; i < std::size_t{1} << layout.bits; ++i)
+        palette.push_back({byteOf(channels[0][i]), byteOf(channels[1][i]), byteOf(channels[2][i])});
+    return palette;
 }
 
 void leaveOutAlpha(const TiffLayout& layout, ImageFile& image) {
@@ -148,7 +145,8 @@ ImageFile readTiff(ByteView bytes, const ReadOptions& options) {
     }
     file.requireSound();
     if (layout.hasAlpha) leaveOutAlpha(layout, image);
-    if (layout.isPalette) expandPalette(file, layout, image);
+    // There is a colour for every number that its bits can make.
+    if (layout.isPalette) expandPalette(image, paletteOf(file, layout));
     for (const std::string& warning : file.warnings())
         image.notes.push_back("libtiff: " + warning);
     return image;

@@ -91,11 +91,31 @@ TEST(ConvertArguments, EveryOptionOfTheHelpIsTaken) {
 }
 
 TEST(ConvertArguments, TheHelpNamesEveryOption) {
-    for (const char* option :
-         {"-d",          "-r",      "--only",          "--to",     "-j",       "--resume",
-          "-f",          "--rm",    "--raw",           "--bytes",  "--rate",   "--bits-per-sample",
-          "--bits",      "--bare",  "--drop-metadata", "--opaque", "--strict", "--reduce",
-          "--thumbnail", "--check", "--max-pixels",    "--log",    "-q",       "-v"})
+    for (const char* option : {"-d, --directory ",
+                               "-r, --recursive ",
+                               "  --only ",
+                               "  --to ",
+                               "-j, --jobs ",
+                               "  --resume ",
+                               "-f, --force ",
+                               "  --rm ",
+                               "  --raw ",
+                               "  --bytes ",
+                               "  --rate ",
+                               "  --bits-per-sample ",
+                               "  --bits ",
+                               "  --bare ",
+                               "  --drop-metadata ",
+                               "  --opaque ",
+                               "  --strict ",
+                               "  --reduce ",
+                               "  --thumbnail ",
+                               "  --check ",
+                               "  --max-pixels ",
+                               "  --log ",
+                               "-q, --quiet ",
+                               "-v, --verbose ",
+                               "-h, --help, --version "})
         EXPECT_THAT(kConvertHelp, HasSubstr(option));
 }
 

@@ -126,19 +126,33 @@ TEST(ImageMetadata, ExifGoesThroughPng) {
               metadata.exif);
 }
 
+std::vector<LostPart> lostIn(FileFormat format, const Metadata& metadata) {
+    ImageFile image = test::makeImage(4, 4, 1, 8);
+    image.metadata = metadata;
+    return partsLostIn(format, image);
+}
+
 TEST(ImageMetadata, WhatAFormatDoesNotHoldIsNamed) {
-    EXPECT_EQ(partsLostIn(FileFormat::png, fullMetadata()).size(), 0U);
-    EXPECT_EQ(partsLostIn(FileFormat::pgm, fullMetadata()).size(), 3U);
+    EXPECT_EQ(lostIn(FileFormat::png, fullMetadata()).size(), 0U);
+    EXPECT_EQ(lostIn(FileFormat::pgm, fullMetadata()).size(), 3U);
     Metadata metadata;
     metadata.exif = "MM";
     metadata.maxValue = 1000;
     metadata.rawType = "int16";
-    EXPECT_EQ(partsLostIn(FileFormat::tiff, metadata).size(), 3U);
-    EXPECT_EQ(partsLostIn(FileFormat::pgm, metadata).size(), 2U);
-    EXPECT_EQ(partsLostIn(FileFormat::npy, metadata).size(), 2U);
-    EXPECT_EQ(partsLostIn(FileFormat::stream, metadata).size(), 3U);
-    EXPECT_EQ(namesOf(partsLostIn(FileFormat::raw, {})), "the sides and bits of the image");
-    EXPECT_EQ(noteOn(partsLostIn(FileFormat::raw, {})), "");
+    EXPECT_EQ(lostIn(FileFormat::tiff, metadata).size(), 3U);
+    EXPECT_EQ(lostIn(FileFormat::pgm, metadata).size(), 2U);
+    EXPECT_EQ(lostIn(FileFormat::npy, metadata).size(), 2U);
+    EXPECT_EQ(lostIn(FileFormat::stream, metadata).size(), 3U);
+    EXPECT_EQ(namesOf(lostIn(FileFormat::raw, {})), "the sides and bits of the image");
+    EXPECT_EQ(noteOn(lostIn(FileFormat::raw, {})), "");
+}
+
+TEST(ImageMetadata, AProfileThatLibpngRefusesIsNamed) {
+    Metadata metadata;
+    metadata.icc = "no profile";
+    EXPECT_EQ(namesOf(lostIn(FileFormat::png, metadata)),
+              "the colour profile, which libpng refuses,");
+    EXPECT_EQ(namesOf(lostIn(FileFormat::tiff, metadata)), "");
 }
 
 TEST(ImageBits, AreThoseOfTheSamplesTheFileOrTheArgument) {

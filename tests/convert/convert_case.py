@@ -176,3 +176,16 @@ def png(samples, depth=None, kind=None, interlaced=False, before=b"", behind=b""
     rows = zlib.compress(b"".join(png_rows(part, depth) for part in parts))
     return (b"\x89PNG\r\n\x1a\n" + png_chunk(b"IHDR", head) + before + png_chunk(b"IDAT", rows) + behind +
             png_chunk(b"IEND", b""))
+
+
+class FilesCase(ConvertCase):
+    """Begins with a picture, a.png, in an empty folder."""
+
+    def setUp(self):
+        super().setUp()
+        self.samples = picture(30, 20)
+        self.write("a.png", png(self.samples))
+
+    def files_below(self, folder):
+        return sorted(str(path.relative_to(self.path(folder))) for path in self.path(folder).rglob("*")
+                      if not path.is_dir())

@@ -5,19 +5,12 @@ import unittest
 
 import numpy
 
-from convert_case import ConvertCase, picture, png, png_chunk
+from convert_case import FilesCase, picture, png, png_chunk
 
 THERE = "is there already: -f writes over it"
 
 
-class Files(ConvertCase):
-    def setUp(self):
-        super().setUp()
-        self.samples = picture(30, 20)
-        self.write("a.png", png(self.samples))
-
-
-class Existing(Files):
+class Existing(FilesCase):
     def test_a_file_that_is_there_is_kept(self):
         self.write("a.png.tk", b"old")
         self.refuse(f"a.png: 'a.png.tk' {THERE}", "a.png")
@@ -55,7 +48,7 @@ class Existing(Files):
         self.assertEqual(self.part_names(), [])
 
 
-class Removal(Files):
+class Removal(FilesCase):
     def test_an_input_goes_when_its_output_is_there(self):
         self.convert("--rm", "a.png")
         self.assertEqual(self.names(), ["a.png.tk"])
@@ -104,7 +97,7 @@ class Removal(Files):
         self.assertEqual(self.names(), ["a.png"])
 
 
-class Likeness(Files):
+class Likeness(FilesCase):
     def mode(self, name):
         return self.path(name).stat().st_mode & 0o7777
 
@@ -138,7 +131,7 @@ class Likeness(Files):
         self.assertEqual(self.path("c.tk").stat().st_mtime_ns, times[1])
 
 
-class Reports(Files):
+class Reports(FilesCase):
     def test_quiet_and_verbose(self):
         self.write("b.png", png(numpy.array(self.samples) & 0xFE))
         note = ("b.png: note: the lowest bit of all samples is 0: shifted right, the stream would be much shorter, by "

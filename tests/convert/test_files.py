@@ -3,23 +3,10 @@
 import os
 import unittest
 
-from convert_case import ConvertCase, npy, picture, png, png_chunk, pnm, tiff
-
-THERE = "is there already: -f writes over it"
+from convert_case import FilesCase, npy, picture, png, png_chunk, pnm, tiff
 
 
-class Files(ConvertCase):
-    def setUp(self):
-        super().setUp()
-        self.samples = picture(30, 20)
-        self.write("a.png", png(self.samples))
-
-    def files_below(self, folder):
-        return sorted(str(path.relative_to(self.path(folder))) for path in self.path(folder).rglob("*")
-                      if not path.is_dir())
-
-
-class Names(Files):
+class Names(FilesCase):
     def test_an_ending_is_appended_and_taken_off(self):
         self.convert("a.png")
         self.path("a.png").rename(self.path("original.png"))
@@ -119,7 +106,7 @@ class Names(Files):
         self.refuse(f"{longest}: cannot write '{longest}.tk': File name too long", longest)
 
 
-class Folders(Files):
+class Folders(FilesCase):
     def setUp(self):
         super().setUp()
         for name in ("in/a.png", "in/b/c.png", "in/b/d/e.png"):

@@ -4,7 +4,10 @@
 It shares nothing with the library but that page. It is kept as an independent check: if this
 program, the page and the library agree on every stream, a reader can rely on the page. It follows
 the page in its order and its words, and prefers plain code to speed; section numbers in the
-comments are those of the page. One long file on purpose, to be read beside it from top to bottom.
+comments are those of the page.
+
+More than 400 lines in one file, on purpose: it is the page as a program, read beside it from top to
+bottom, and copied as one file by whoever needs a decoder to start from.
 
     tesk_decode.py STREAM OUT [--profile file|memory] [--reduce K]
 
