@@ -1,0 +1,134 @@
+"""Whole images in memory: encode, decode."""
+
+from __future__ import annotations
+
+from typing import Any
+
+from ._info import geometry_of_stream, require_pixels
+from ._native import (
+    Array,
+    Buffer,
+    Error,
+    bytes_of,
+    codec_of_thread,
+    error_of,
+    loss_words,
+    new_struct,
+    take_block,
+)
+from ._pixels import declared_bits, picture_for, pixels_of
+from ._tesk import ffi, lib
+
+DEFAULT_MAX_PIXELS = 2**28
+_HEAD_BYTES = 16
+
+
+def checked_budget(budget: int | None) -> int:
+    """Returns: the budget for a call, 0 for none."""
+    if budget is None:
+        return 0
+    if budget < _HEAD_BYTES:
+        raise ValueError(f"budget is {budget}; a stream has at least {_HEAD_BYTES} bytes")
+    return budget
+
+
+def require_faithful(status: int, result: Any) -> None:
+    """Raises: Error for a compression without a result, or with one that neither restores nor approximates."""
+    if status not in (lib.TESK_OK, lib.TESK_CUT):
+        raise error_of(status, result)
+    if result.loss not in (lib.TESK_LOSS_NONE, lib.TESK_LOSS_BUDGET):
+        raise Error(f"no stream restores this image: {loss_words(result.loss)}", lib.TESK_NOT_RESTORABLE)
+
+
+def encode(
+    image: Any, *, bits: int | None = None, budget: int | None = None, verify: bool = True
+) -> bytes:
+    """Encodes an image: uint8 of shape (h, w) or (h, w, 3), or uint16 of shape (h, w), in any memory layout.
+
+    bits: significant bits of a sample; found from the samples unless given.
+    budget: the most bytes of the stream, 16 or more. Where it does not suffice the stream is cut there, and
+        decodes to an approximation.
+    verify: without a budget, decode the stream and compare it with the image before it is returned.
+
+    Returns: the stream. Without a budget it restores the image exactly.
+    Raises: TypeError for other arrays; Error where a side is above 65535, or is 1: no stream restores that."""
+    pixels = pixels_of(image)
+    pixels.geometry.bits_per_pixel = declared_bits(bits, pixels)
+    codec = codec_of_thread(verify)
+    block, result = ffi.new("void **"), new_struct("result")
+    status = lib.tesk_compress_to_block(
+        codec, pixels.geometry, pixels.address, pixels.row_stride_bytes, checked_budget(budget), block, result
+    )
+    stream = take_block(codec, block, result)
+    require_faithful(status, result)
+    return stream
+
+
+def decode(
+    stream: Buffer,
+    *,
+    out: Array | None = None,
+    partial: bool = False,
+    reduce: int = 0,
+    max_pixels: int = DEFAULT_MAX_PIXELS,
+) -> Array:
+    """Decodes a stream, which may be any buffer. What follows the stream in the buffer is not looked at.
+
+    out: a writable array of the picture's shape and type to decode into; gaps between its rows stay as they are.
+    partial: accept a stream that is cut, whose picture is an approximation.
+    reduce: halve both sides so often, 0 to 5: a small picture for a part of the time.
+    max_pixels: the most pixels of the picture.
+
+    Raises: Error for what is no stream, for a cut one unless partial, for too many pixels."""
+    picture, is_complete = decode_prefix(stream, out=out, reduce=reduce, max_pixels=max_pixels)
+    if not is_complete and not partial:
+        raise Error(
+            "the stream is cut: partial=True decodes it to an approximation", lib.TESK_CUT
+        )
+    return picture
+
+
+def decode_prefix(
+    stream: Buffer, *, out: Array | None = None, reduce: int = 0, max_pixels: int = DEFAULT_MAX_PIXELS
+) -> tuple[Array, bool]:
+    """Decodes a stream or the beginning of one, of 16 bytes or more.
+
+    Returns: the picture, and whether the stream was complete; if not, the picture is an approximation.
+    Raises: as decode."""
+    view = bytes_of(stream)
+    geometry = reduced_geometry(geometry_of_stream(stream), reduce)
+    require_pixels(geometry, max_pixels)
+    pixels = picture_for(out, geometry)
+    status = lib.tesk_decompress_reduced(
+        codec_of_thread(),
+        view,
+        len(view),
+        reduce,
+        pixels.address,
+        pixels.size_bytes,
+        pixels.row_stride_bytes,
+        ffi.NULL,
+    )
+    if status not in (lib.TESK_OK, lib.TESK_CUT):
+        raise error_of(status)
+    return pixels.array, status == lib.TESK_OK
+
+
+def reduced_geometry(geometry: Any, reduce: int) -> Any:
+    """Raises: ValueError where the image cannot be halved so often."""
+    if reduce < 0:
+        raise ValueError(f"reduce is {reduce}; it counts halvings")
+    reduced = new_struct("image")
+    if lib.tesk_reduced_image(geometry, reduce, reduced) != lib.TESK_OK:
+        sides = f"{geometry.width} x {geometry.height}"
+        raise ValueError(f"reduce is {reduce}; a picture of {sides} pixels has {levels_of(geometry)} halvings")
+    return reduced
+
+
+def levels_of(geometry: Any) -> int:
+    """Returns: how often a picture can be halved."""
+    reduced = new_struct("image")
+    levels = 0
+    while lib.tesk_reduced_image(geometry, levels + 1, reduced) == lib.TESK_OK:
+        levels += 1
+    return levels

@@ -1,0 +1,161 @@
+"""Images that come or go by rows, so that memory holds the stream and a few rows of them."""
+
+from __future__ import annotations
+
+from collections.abc import Iterator
+from types import TracebackType
+from typing import Any
+
+import numpy
+
+from ._coding import DEFAULT_MAX_PIXELS, checked_budget, require_faithful
+from ._info import Info, geometry_of_stream, measure, require_pixels
+from ._native import Array, Buffer, Error, bytes_of, error_of, new_codec, new_struct, require_ok, take_block
+from ._pixels import Pixels, bytes_per_pixel, checked_bits, dtype_of, geometry_of, picture_for, pixels_of, shape_of
+from ._tesk import ffi, lib
+
+
+class _RowCodec:
+    """A codec that works on one image from the beginning to the end, for one thread at a time."""
+
+    def __init__(self, verify: bool) -> None:
+        self._codec = new_codec(verify)
+        self._rows_done = 0
+        self._is_open = True
+
+    def close(self) -> None:
+        """Ends the work without a result. Does nothing where it has ended."""
+        lib.tesk_abandon(self._codec)
+        self._is_open = False
+
+    def _require_open(self) -> None:
+        if not self._is_open:
+            raise ValueError(f"the {type(self).__name__} is closed")
+
+    def _require_rows(self, count: int, height: int) -> None:
+        if self._rows_done + count > height:
+            raise ValueError(f"{self._rows_done} + {count} rows; the image has {height}")
+
+    def _end_with(self, status: int) -> None:
+        self.close()
+        raise error_of(status)
+
+    def __exit__(
+        self, kind: type[BaseException] | None, value: BaseException | None, trace: TracebackType | None
+    ) -> None:
+        self.close()
+
+
+class Encoder(_RowCodec):
+    """Encodes an image whose rows come any number at a time:
+
+        with tesk.Encoder((height, width), "uint16", bits=12) as encoder:
+            for rows in camera:
+                encoder.write(rows)
+            stream = encoder.finish()
+
+    shape: (height, width), or (height, width, 3) for colour, which is uint8.
+    bits: significant bits of a sample; all of the type unless given.
+    budget, verify: as for tesk.encode. The bytes are those of tesk.encode with the same bits."""
+
+    def __init__(
+        self,
+        shape: tuple[int, ...],
+        dtype: Any = numpy.uint8,
+        *,
+        bits: int | None = None,
+        budget: int | None = None,
+        verify: bool = True,
+    ) -> None:
+        # An array without memory says whether there are such images.
+        example = numpy.broadcast_to(numpy.zeros((), dtype), shape)
+        self.shape, self.dtype = example.shape, example.dtype.newbyteorder("=")
+        geometry = geometry_of(self.shape, bytes_per_pixel(example))
+        geometry.bits_per_pixel = 8 * self.dtype.itemsize if bits is None else checked_bits(bits, self.dtype)
+        super().__init__(verify)
+        require_ok(lib.tesk_compress_begin(self._codec, geometry, checked_budget(budget)))
+
+    def __enter__(self) -> Encoder:
+        return self
+
+    def write(self, rows: Any) -> None:
+        """Takes the next rows: an array of shape (n, width) or (n, width, 3)."""
+        self._require_open()
+        pixels = pixels_of(rows)
+        array = pixels.array
+        if array.dtype != self.dtype or array.shape[1:] != self.shape[1:]:
+            raise ValueError(
+                f"rows are {array.dtype.name} of shape {array.shape}; "
+                f"the image is {self.dtype.name} of shape {self.shape}"
+            )
+        self._require_rows(len(array), self.shape[0])
+        status = lib.tesk_compress_rows(self._codec, pixels.address, pixels.row_stride_bytes, len(array))
+        if status != lib.TESK_OK:
+            self._end_with(status)
+        self._rows_done += len(array)
+
+    def finish(self) -> bytes:
+        """Returns: the stream. Raises: ValueError where rows are missing, else as tesk.encode."""
+        self._require_open()
+        if self._rows_done < self.shape[0]:
+            raise ValueError(f"{self._rows_done} rows have come; the image has {self.shape[0]}")
+        block, result = ffi.new("void **"), new_struct("result")
+        status = lib.tesk_compress_end(self._codec, block, result)
+        stream = take_block(self._codec, block, result)
+        self.close()
+        require_faithful(status, result)
+        return stream
+
+
+class Decoder(_RowCodec):
+    """Decodes a stream by rows, from the upper edge on:
+
+        with tesk.Decoder(stream) as decoder:
+            for rows in decoder.blocks(256):
+                ...
+
+    `info` says what the stream holds, `is_complete` whether it is all there.
+    partial, max_pixels: as for tesk.decode."""
+
+    def __init__(self, stream: Buffer, *, partial: bool = False, max_pixels: int = DEFAULT_MAX_PIXELS) -> None:
+        geometry = geometry_of_stream(stream)
+        require_pixels(geometry, max_pixels)
+        self.info = Info(shape_of(geometry), dtype_of(geometry), int(geometry.bits_per_pixel), stream)
+        _, self.is_complete = measure(stream)
+        if not self.is_complete and not partial:
+            raise Error("the stream is cut: partial=True decodes it to an approximation", lib.TESK_CUT)
+        super().__init__(verify=True)
+        self._geometry = geometry
+        # The library reads the stream until the end.
+        self._view = bytes_of(stream)
+        require_ok(lib.tesk_decompress_begin(self._codec, self._view, len(self._view), ffi.NULL))
+
+    def __enter__(self) -> Decoder:
+        return self
+
+    def close(self) -> None:
+        super().close()
+        self._view = None
+
+    def read(self, count: int, *, out: Array | None = None) -> Array:
+        """Returns: the next rows, fewer at the lower edge and none behind it. out: as for tesk.decode."""
+        self._require_open()
+        if count < 0:
+            raise ValueError(f"count is {count}")
+        height = self.info.shape[0]
+        part = new_struct("image")
+        part.width, part.bytes_per_pixel = self._geometry.width, self._geometry.bytes_per_pixel
+        part.height = min(count, height - self._rows_done)
+        pixels: Pixels = picture_for(out, part)
+        status = lib.tesk_decompress_rows(self._codec, pixels.address, pixels.row_stride_bytes, part.height)
+        if status != lib.TESK_OK:
+            self._end_with(status)
+        self._rows_done += part.height
+        return pixels.array
+
+    def blocks(self, row_count: int) -> Iterator[Array]:
+        """Returns: the rows that are left, row_count at a time, fewer at the lower edge."""
+        if row_count < 1:
+            raise ValueError(f"row_count is {row_count}; a block has at least a row")
+        while self._rows_done < self.info.shape[0]:
+            yield self.read(row_count)
