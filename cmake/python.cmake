@@ -4,7 +4,8 @@
 if(NOT TESK_BUILD_PYTHON)
   return()
 endif()
-find_package(Python3 3.9 REQUIRED COMPONENTS Interpreter)
+# Debian's interpreter, which has the modules of Debian's packages; another may come first in PATH.
+find_program(TESK_PYTHON python3 PATHS /usr/bin NO_DEFAULT_PATH REQUIRED)
 set(TESK_PYTHON_STAGE "${PROJECT_BINARY_DIR}/python")
 set(python_source "${PROJECT_SOURCE_DIR}/python")
 file(GLOB python_files CONFIGURE_DEPENDS "${python_source}/*.py" "${python_source}/src/tesk/*.py")
@@ -15,7 +16,7 @@ add_custom_command(OUTPUT "${TESK_PYTHON_STAGE}/stamp"
   COMMAND ${CMAKE_COMMAND} -E env
     "TESK_BUILD_TREE=${PROJECT_BINARY_DIR}" "CC=${CMAKE_C_COMPILER}" "CFLAGS=${${flags_name}}"
     "LDFLAGS=${${flags_name}}" "LDSHARED=${CMAKE_C_COMPILER} -shared"
-    "${Python3_EXECUTABLE}" -B setup.py --quiet build
+    "${TESK_PYTHON}" -B setup.py --quiet build
     --build-base "${PROJECT_BINARY_DIR}/python-build" --build-lib "${TESK_PYTHON_STAGE}"
   COMMAND ${CMAKE_COMMAND} -E touch "${TESK_PYTHON_STAGE}/stamp"
   WORKING_DIRECTORY "${python_source}"
@@ -23,3 +24,20 @@ add_custom_command(OUTPUT "${TESK_PYTHON_STAGE}/stamp"
   COMMENT "Building the Python module"
   VERBATIM)
 add_custom_target(tesk_python ALL DEPENDS "${TESK_PYTHON_STAGE}/stamp")
+
+if(NOT TESK_BUILD_TESTS)
+  return()
+endif()
+# A module with the sanitizer of clang needs its runtime before all else; the interpreter has leaks of its own.
+set(module_environment "PYTHONPATH=${TESK_PYTHON_STAGE}" "PYTHONDONTWRITEBYTECODE=1")
+if("${CMAKE_CXX_FLAGS} ${${flags_name}}" MATCHES "-fsanitize=address")
+  execute_process(COMMAND "${CMAKE_C_COMPILER}" -print-file-name=libclang_rt.asan-x86_64.so
+    OUTPUT_VARIABLE asan_runtime OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
+  list(APPEND module_environment "LD_PRELOAD=${asan_runtime}" "ASAN_OPTIONS=detect_leaks=0")
+elseif(TARGET tesk_convert)
+  list(APPEND module_environment "TESK_TOOLS=${PROJECT_BINARY_DIR}")
+endif()
+add_test(NAME module.tests COMMAND "${TESK_PYTHON}" -m pytest -q -c pyproject.toml tests
+  WORKING_DIRECTORY "${python_source}")
+set_tests_properties(module.tests PROPERTIES
+  TIMEOUT 300 LABELS python ENVIRONMENT "${module_environment}")

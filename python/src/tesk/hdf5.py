@@ -1,38 +1,98 @@
 """HDF5 files whose chunks are streams of tesk, with and without the filter plugin of HDF5.
 
-Where the plugin is installed, `compression=tesk.hdf5.FILTER` is all it takes (docs/hdf5.md). The two functions here
-go past the filter: chunk by chunk, from any number of threads that encode, and with a h5py that cannot load it."""
+Where the plugin is installed, h5py reads such datasets by itself, and `compression=tesk.hdf5.FILTER` makes them
+(docs/hdf5.md). What is here goes past the filter: chunk by chunk, from any number of threads that encode, and with
+a h5py that cannot load it. Both make the same files."""
 
 from __future__ import annotations
 
 from typing import Any
 
-from ._coding import decode, encode
-from ._info import measure
-from ._native import Array, Error
-from ._tesk import lib
+import h5py
+import numpy
+
+from ._chunks import as_picture, is_signed, picture_shape, samples_of
+from ._coding import DEFAULT_MAX_PIXELS, encode
+from ._native import Array
+from ._pixels import bytes_per_pixel, checked_bits, geometry_of
 
 FILTER = 32799
 """The number of the filter, for use inside a house until The HDF Group gives it one."""
 
+_VERSION = 1
+_SIGNED = 1
 
-def write_chunk(dataset: Any, offset: tuple[int, ...], image: Any, **as_encode: Any) -> None:
-    """Encodes an image and stores it as the chunk of a dataset that begins at `offset`. The shape of the image is
-    that of the chunk without its axes of length 1. The other arguments are those of tesk.encode.
 
-    Raises: ValueError where the dataset has other chunks."""
-    if tuple(length for length in dataset.chunks if length != 1) != image.shape or dataset.dtype != image.dtype:
+def create_dataset(
+    parent: Any,
+    name: str,
+    shape: tuple[int, ...],
+    dtype: Any,
+    chunks: tuple[int, ...],
+    *,
+    maxshape: tuple[int | None, ...] | None = None,
+    bits: int = 0,
+) -> Any:
+    """Creates a dataset with the filter, whether or not the plugin is there.
+
+    parent: a file or group of h5py. bits: significant bits of a sample, 0 to find them for each chunk.
+    Returns: the dataset. Raises: TypeError, ValueError where no stream holds such chunks."""
+    kind = numpy.dtype(dtype)
+    creation = h5py.h5p.create(h5py.h5p.DATASET_CREATE)
+    creation.set_chunk(chunks)
+    creation.set_filter(FILTER, h5py.h5z.FLAG_OPTIONAL, _filter_values(chunks, kind, bits))
+    limits = None if maxshape is None else tuple(h5py.h5s.UNLIMITED if side is None else side for side in maxshape)
+    space = h5py.h5s.create_simple(shape, limits)
+    return h5py.Dataset(h5py.h5d.create(parent.id, name.encode(), h5py.h5t.py_create(kind), space, creation))
+
+
+def write_chunk(
+    dataset: Any, offset: tuple[int, ...], samples: Any, *, bits: int | None = None, verify: bool = True
+) -> None:
+    """Encodes the chunk of a dataset that begins at `offset`, and stores it.
+
+    samples: an array of the dataset's type, of the shape of its chunks; axes of length 1 may be missing.
+    bits, verify: as for tesk.encode. Raises: ValueError where the dataset has other chunks or filters."""
+    _require_filter(dataset)
+    array = numpy.asarray(samples)
+    if _longer_axes(dataset.chunks) != _longer_axes(array.shape) or dataset.dtype != array.dtype:
         raise ValueError(
-            f"the image is {image.dtype} of shape {image.shape}; "
+            f"the samples are {array.dtype} of shape {array.shape}; "
             f"chunks are {dataset.dtype} of shape {dataset.chunks}"
         )
-    dataset.id.write_direct_chunk(offset, encode(image, **as_encode))
+    picture = as_picture(array.reshape(dataset.chunks))
+    dataset.id.write_direct_chunk(offset, encode(picture, bits=bits, verify=verify))
 
 
-def read_chunk(dataset: Any, offset: tuple[int, ...], **as_decode: Any) -> Array:
-    """Returns: the picture of the chunk that begins at `offset`, without the filter. Raises: Error unless it is a
-    complete stream and nothing else."""
-    _, stream = dataset.id.read_direct_chunk(offset)
-    if measure(stream) != (len(stream), True):
-        raise Error(f"chunk {offset} is not a complete stream and nothing else", lib.TESK_CUT)
-    return decode(stream, **as_decode)
+def read_chunk(dataset: Any, offset: tuple[int, ...], *, max_pixels: int = DEFAULT_MAX_PIXELS) -> Array:
+    """Returns: the samples of the chunk that begins at `offset`, in the shape of the dataset's chunks.
+    Raises: Error unless it is a complete stream and nothing else."""
+    _require_filter(dataset)
+    _, chunk = dataset.id.read_direct_chunk(offset)
+    # Chunks that do not shrink may be stored as they are. (h5py 3.7 gives no mask of filters with the chunk.)
+    if dataset.id.get_chunk_info_by_coord(offset).filter_mask:
+        return numpy.frombuffer(chunk, dataset.dtype).reshape(dataset.chunks)
+    return samples_of(chunk, is_signed(dataset.dtype), max_pixels).reshape(dataset.chunks)
+
+
+def _filter_values(chunks: tuple[int, ...], dtype: numpy.dtype[Any], bits: int) -> tuple[int, ...]:
+    """Returns: version, bytes per pixel, columns, rows, bits, flags: what the plugin writes."""
+    signed = is_signed(dtype)
+    unsigned = numpy.dtype(f"u{dtype.itemsize}") if signed else dtype
+    shape = picture_shape(chunks, dtype)
+    geometry = geometry_of(shape, bytes_per_pixel(numpy.broadcast_to(numpy.zeros((), unsigned), shape)))
+    if bits:
+        checked_bits(bits, unsigned)
+    flags = _SIGNED if signed else 0
+    return (_VERSION, geometry.bytes_per_pixel, geometry.width, geometry.height, bits, flags)
+
+
+def _require_filter(dataset: Any) -> None:
+    creation = dataset.id.get_create_plist()
+    filters = [creation.get_filter(i)[0] for i in range(creation.get_nfilters())]
+    if filters != [FILTER]:
+        raise ValueError(f"the dataset has the filters {filters}, not {FILTER} alone")
+
+
+def _longer_axes(shape: tuple[int, ...]) -> list[int]:
+    return [length for length in shape if length != 1]

@@ -1,0 +1,164 @@
+"""tesk.encode: what goes in, and that all of it comes back."""
+
+import numpy
+import pytest
+import tesk
+from conftest import picture
+from hypothesis import given, settings
+from hypothesis import strategies
+from hypothesis.extra import numpy as arrays
+
+SHAPES = arrays.array_shapes(min_dims=2, max_dims=2, min_side=2, max_side=40)
+IMAGES = strategies.one_of(
+    arrays.arrays(numpy.uint8, SHAPES),
+    arrays.arrays(numpy.uint16, SHAPES),
+    arrays.arrays(numpy.uint16, SHAPES, elements=strategies.integers(0, 4095)),
+    arrays.arrays(numpy.uint8, SHAPES.map(lambda shape: (*shape, 3))),
+)
+
+
+def assert_restored(image, **as_encode):
+    back = tesk.decode(tesk.encode(image, **as_encode))
+    assert back.dtype == image.dtype.newbyteorder("=")
+    numpy.testing.assert_array_equal(back, image)
+
+
+@settings(max_examples=300, deadline=None)
+@given(IMAGES)
+def test_random_arrays_come_back(image):
+    assert_restored(image)
+
+
+@settings(max_examples=100, deadline=None)
+@given(IMAGES, strategies.integers(1, 8))
+def test_arrays_come_back_whatever_bits_are_declared(image, bits):
+    assert_restored(image, bits=bits)
+
+
+VIEWS = {
+    "every second column": lambda image: image[:, ::2],
+    "every second row": lambda image: image[::2],
+    "a window": lambda image: image[5:40, 7:33],
+    "backwards": lambda image: image[::-1],
+    "mirrored": lambda image: image[:, ::-1],
+    "column-major": lambda image: numpy.asfortranarray(image),
+    "other byte order": lambda image: image.astype(image.dtype.newbyteorder(">")),
+    "other byte order, a window": lambda image: image.astype(image.dtype.newbyteorder(">"))[3:, 2:],
+    "read-only": lambda image: numpy.frombuffer(image.tobytes(), image.dtype).reshape(image.shape),
+    "unaligned": lambda image: unaligned(image),
+    "the same row": lambda image: numpy.broadcast_to(image[3], image.shape),
+}
+
+
+def unaligned(image):
+    memory = bytearray(image.nbytes + 1)
+    view = numpy.frombuffer(memory, image.dtype, image.size, offset=1).reshape(image.shape)
+    view[...] = image
+    return view
+
+
+@pytest.mark.parametrize("name", VIEWS)
+def test_views_come_back(image, name):
+    assert_restored(VIEWS[name](image))
+
+
+@pytest.mark.parametrize("name", VIEWS)
+def test_views_have_the_stream_of_their_copy(image, name):
+    view = VIEWS[name](image)
+    assert tesk.encode(view) == tesk.encode(numpy.array(view, dtype=image.dtype, order="C"))
+
+
+def test_transposed_arrays_come_back():
+    assert_restored(picture(40, 60).T)
+    assert_restored(picture(40, 60, "uint8", 8, colour=True).transpose(1, 0, 2))
+
+
+def test_rows_with_gaps_are_not_copied():
+    from tesk._pixels import pixels_of
+
+    wide = picture(40, 60)
+    assert pixels_of(wide[:, :50]).array.base is wide
+    assert pixels_of(wide[::2]).array.base is wide
+    assert pixels_of(wide[:, ::2]).array.base is not wide
+
+
+@pytest.mark.parametrize("shape", [(0, 0), (0, 5), (5, 0), (0, 5, 3)])
+def test_arrays_without_pixels_come_back(shape):
+    assert_restored(numpy.zeros(shape, numpy.uint8))
+
+
+@pytest.mark.parametrize(
+    "array, words",
+    [
+        (numpy.zeros((4, 4)), "float64 of shape (4, 4)"),
+        (numpy.zeros((4, 4), "int16"), "view it as unsigned"),
+        (numpy.zeros((4, 4), "uint32"), "uint32"),
+        (numpy.zeros((4, 4), bool), "view it as uint8"),
+        (numpy.zeros((4, 4, 4), "uint8"), "alpha"),
+        (numpy.zeros((4, 4, 2), "uint8"), "alpha"),
+        (numpy.zeros((4, 4, 3), "uint16"), "planes one by one"),
+        (numpy.zeros((4, 4, 1), "uint8"), "(4, 4, 1)"),
+        (numpy.zeros(4, "uint8"), "shape (4,)"),
+        (numpy.zeros((2, 4, 4), "uint16"), "(2, 4, 4)"),
+        (numpy.uint8(3), "shape ()"),
+        ([[1, 2], [3, 4]], "int64"),
+        (numpy.array([["a", "b"]]), "shape (1, 2)"),
+        (numpy.ma.masked_array(numpy.zeros((4, 4), "uint8")), "mask"),
+        (None, "object"),
+    ],
+)
+def test_other_arrays_are_refused_in_words(array, words):
+    with pytest.raises(TypeError) as caught:
+        tesk.encode(array)
+    assert words in str(caught.value)
+
+
+def test_long_sides_are_refused_with_the_numbers():
+    with pytest.raises(tesk.Error, match="3 x 70000 pixels; a stream holds up to 65535 x 65535") as caught:
+        tesk.encode(numpy.zeros((70000, 3), "uint8"))
+    assert caught.value.status == 4
+
+
+def test_a_side_of_one_is_refused_unless_it_comes_back():
+    with pytest.raises(tesk.Error, match="no stream restores this image") as caught:
+        tesk.encode(numpy.ones((1, 20), "uint8"))
+    assert caught.value.status == 9
+    with pytest.raises(tesk.Error, match="no stream restores this image"):
+        tesk.encode(numpy.ones((20, 1), "uint16"), budget=100)
+    assert_restored(numpy.zeros((1, 20), "uint8"))
+
+
+def test_bits_are_found_from_the_samples():
+    for bits in range(1, 17):
+        image = picture(20, 20, bits=max(bits, 4))
+        image[3, 3] = (1 << bits) - 1
+        image &= (1 << bits) - 1
+        # 13 where the decoders of 12 bits would not agree on the image.
+        assert tesk.probe(tesk.encode(image)).bits in ([12, 13] if bits == 12 else [bits])
+    assert tesk.probe(tesk.encode(numpy.zeros((4, 4), "uint16"))).bits == 1
+
+
+@pytest.mark.parametrize("bits, dtype", [(0, "uint16"), (17, "uint16"), (9, "uint8"), (-1, "uint8")])
+def test_bits_that_no_sample_has_are_refused(bits, dtype):
+    with pytest.raises(ValueError, match=f"bits is {bits}; samples of {dtype} have 1 to"):
+        tesk.encode(numpy.zeros((4, 4), dtype), bits=bits)
+
+
+def test_a_budget_is_kept_exactly(image):
+    whole = tesk.encode(image)
+    # A stream that lacks its padding alone is complete.
+    for budget in (16, 17, 100, len(whole) - 4):
+        stream = tesk.encode(image, budget=budget)
+        assert len(stream) == budget
+        assert not tesk.decode_prefix(stream)[1]
+    assert tesk.encode(image, budget=len(whole)) == whole
+
+
+@pytest.mark.parametrize("budget", [0, 15, -1])
+def test_a_budget_below_the_head_is_refused(budget):
+    with pytest.raises(ValueError, match="at least 16 bytes"):
+        tesk.encode(picture(9, 9), budget=budget)
+
+
+def test_unverified_streams_are_the_same(image):
+    assert tesk.encode(image, verify=False) == tesk.encode(image)

@@ -1,0 +1,120 @@
+"""The plugin for Pillow."""
+
+import io
+import warnings
+
+import numpy
+import pytest
+import tesk
+import tesk.pillow
+from conftest import picture, pictures
+from PIL import Image
+from tesk import trailer
+
+MODES = {"gray8": "L", "rgb8": "RGB", "gray12": "I;16", "gray16": "I;16"}
+
+
+@pytest.mark.parametrize("name", MODES)
+def test_streams_open(tmp_path, name):
+    image, path = pictures()[name], tmp_path / "a.tk"
+    tesk.write(path, image)
+    with Image.open(path) as opened:
+        assert (opened.format, opened.mode, opened.size) == ("TESK", MODES[name], image.shape[1::-1])
+        assert opened.info["complete"] and opened.get_format_mimetype() == "image/x-tesk"
+        numpy.testing.assert_array_equal(numpy.asarray(opened), image)
+
+
+@pytest.mark.parametrize("name", MODES)
+def test_images_are_saved(tmp_path, name):
+    image, path = pictures()[name], tmp_path / "a.tk"
+    Image.fromarray(image).save(path)
+    numpy.testing.assert_array_equal(tesk.read(path), image)
+
+
+def test_big_endian_samples_are_saved(tmp_path):
+    image = picture(20, 30)
+    Image.frombytes("I;16B", (30, 20), image.astype(">u2").tobytes()).save(tmp_path / "a.tk")
+    numpy.testing.assert_array_equal(tesk.read(tmp_path / "a.tk"), image)
+
+
+def test_arguments_of_encode_go_through():
+    file = io.BytesIO()
+    Image.fromarray(picture(60, 40)).save(file, "TESK", budget=500, bits=14)
+    assert len(file.getvalue()) == 500 and tesk.probe(file.getvalue()).bits == 14
+
+
+@pytest.mark.parametrize("mode", ["1", "P", "LA", "RGBA", "CMYK", "F", "I"])
+def test_other_modes_are_refused_in_words(tmp_path, mode):
+    with pytest.raises(OSError, match=f"cannot write mode {mode} as TESK"):
+        Image.new(mode, (8, 8)).save(tmp_path / "a.tk")
+    assert not (tmp_path / "a.tk").exists()
+
+
+def test_cut_streams_open_as_approximations():
+    image = picture(200, 100, "u1", 8)
+    stream = tesk.encode(image)
+    opened = Image.open(io.BytesIO(stream[: len(stream) // 3]))
+    assert not opened.info["complete"]
+    assert numpy.abs(numpy.asarray(opened).astype(int) - image).mean() < 8
+
+
+def test_other_files_are_not_opened():
+    for junk in (b"", b"TK30", b"TK30" + b"\xff" * 30, b"nothing" * 9):
+        with pytest.raises(Image.UnidentifiedImageError):
+            Image.open(io.BytesIO(junk))
+
+
+def test_damaged_files_are_not_opened():
+    file = bytearray(trailer.join(tesk.encode(picture(20, 20)), {"desc": "x"}))
+    file[-9] ^= 1
+    with pytest.raises(Image.UnidentifiedImageError):
+        Image.open(io.BytesIO(file))
+
+
+def test_bombs_are_refused_by_pillows_own_limit():
+    head = bytearray(tesk.encode(picture(9, 9)))
+    head[6:10] = b"\xff\xff\xff\xff"
+    with pytest.raises(Image.DecompressionBombError):
+        Image.open(io.BytesIO(head))
+    head[6:10] = b"\x00\x30\x00\x30"
+    with pytest.warns(Image.DecompressionBombWarning):
+        Image.open(io.BytesIO(head))
+
+
+def test_thumbnails_decode_a_reduced_picture():
+    image = picture(400, 300, "u1", 8)
+    opened = Image.open(io.BytesIO(tesk.encode(image)))
+    opened.thumbnail((50, 50))
+    assert opened.size in ((38, 50), (37, 50))
+    averages = numpy.asarray(Image.fromarray(image).resize(opened.size, Image.Resampling.BOX))
+    assert numpy.abs(numpy.asarray(opened).astype(int) - averages).mean() < 4
+
+
+def test_draft_is_the_picture_of_reduce():
+    stream = tesk.encode(picture(400, 300, "u1", 8, colour=True))
+    opened = Image.open(io.BytesIO(stream))
+    mode, box = opened.draft("L", (60, 60))
+    assert (mode, box) == ("RGB", (0, 0, 75.0, 100.0)) and opened.size == (75, 100)
+    numpy.testing.assert_array_equal(numpy.asarray(opened), tesk.decode(stream, reduce=2))
+    assert opened.draft("L", (1, 1)) is None
+
+
+def test_metadata_goes_through():
+    file = io.BytesIO()
+    exif = Image.Exif()
+    exif[0x010E] = "a description"
+    Image.fromarray(picture(20, 20)).save(file, "TESK", icc_profile=b"profile", exif=exif, dpi=(300, 72))
+    info = Image.open(file).info
+    assert info["icc_profile"] == b"profile"
+    assert tuple(round(dots) for dots in info["dpi"]) == (300, 72)
+    assert Image.open(file).getexif()[0x010E] == "a description"
+
+
+def test_copies_and_pixels_work_like_others():
+    image = picture(20, 30)
+    opened = Image.open(io.BytesIO(tesk.encode(image)))
+    assert opened.getpixel((3, 4)) == image[4, 3]
+    numpy.testing.assert_array_equal(numpy.asarray(opened.copy()), image)
+    with warnings.catch_warnings():
+        warnings.simplefilter("ignore")
+        numpy.testing.assert_array_equal(numpy.asarray(opened.crop((2, 3, 12, 13))), image[3:13, 2:12])
