@@ -16,8 +16,9 @@ add_custom_command(OUTPUT "${TESK_PYTHON_STAGE}/stamp"
   COMMAND ${CMAKE_COMMAND} -E env
     "TESK_BUILD_TREE=${PROJECT_BINARY_DIR}" "CC=${CMAKE_C_COMPILER}" "CFLAGS=${${flags_name}}"
     "LDFLAGS=${${flags_name}}" "LDSHARED=${CMAKE_C_COMPILER} -shared"
-    "${TESK_PYTHON}" -B setup.py --quiet build
-    --build-base "${PROJECT_BINARY_DIR}/python-build" --build-lib "${TESK_PYTHON_STAGE}"
+    "${TESK_PYTHON}" -B setup.py --quiet
+    build --build-base "${PROJECT_BINARY_DIR}/python-build" --build-lib "${TESK_PYTHON_STAGE}"
+    egg_info --egg-base "${TESK_PYTHON_STAGE}"
   COMMAND ${CMAKE_COMMAND} -E touch "${TESK_PYTHON_STAGE}/stamp"
   WORKING_DIRECTORY "${python_source}"
   DEPENDS tesk_static ${python_files}
@@ -37,7 +38,8 @@ if("${CMAKE_CXX_FLAGS} ${${flags_name}}" MATCHES "-fsanitize=address")
 elseif(TARGET tesk_convert)
   list(APPEND module_environment "TESK_TOOLS=${PROJECT_BINARY_DIR}")
 endif()
+add_test(NAME docs.python COMMAND "${TESK_PYTHON}" "${PROJECT_SOURCE_DIR}/tests/docs/python" "${PROJECT_SOURCE_DIR}")
 add_test(NAME module.tests COMMAND "${TESK_PYTHON}" -m pytest -q -c pyproject.toml tests
   WORKING_DIRECTORY "${python_source}")
-set_tests_properties(module.tests PROPERTIES
+set_tests_properties(module.tests docs.python PROPERTIES
   TIMEOUT 300 LABELS python ENVIRONMENT "${module_environment}")

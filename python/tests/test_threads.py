@@ -23,9 +23,9 @@ def test_sixteen_threads_get_what_one_gets():
 
 
 def test_other_threads_go_on_while_one_encodes():
-    image = picture(3000, 2000)
+    image = picture(1000, 1000)
     steps = []
-    worker = threading.Thread(target=lambda: [tesk.encode(image) for _ in range(3)])
+    worker = threading.Thread(target=lambda: [tesk.encode(image) for _ in range(9)])
     worker.start()
     while worker.is_alive():
         steps.append(time.perf_counter())
