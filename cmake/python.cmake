@@ -41,5 +41,8 @@ endif()
 add_test(NAME docs.python COMMAND "${TESK_PYTHON}" "${PROJECT_SOURCE_DIR}/tests/docs/python" "${PROJECT_SOURCE_DIR}")
 add_test(NAME module.tests COMMAND "${TESK_PYTHON}" -m pytest -q -c pyproject.toml tests
   WORKING_DIRECTORY "${python_source}")
+add_test(NAME module.types COMMAND "${TESK_PYTHON}" -m mypy --cache-dir "${PROJECT_BINARY_DIR}/mypy"
+  WORKING_DIRECTORY "${python_source}")
+set_tests_properties(module.types PROPERTIES TIMEOUT 120 LABELS python)
 set_tests_properties(module.tests docs.python PROPERTIES
   TIMEOUT 300 LABELS python ENVIRONMENT "${module_environment}")

@@ -2,7 +2,7 @@
 
 import asyncio
 import gc
-import os
+import hashlib
 import threading
 import time
 from concurrent.futures import ThreadPoolExecutor
@@ -53,24 +53,32 @@ def test_calls_can_be_awaited():
     numpy.testing.assert_array_equal(asyncio.run(both(image)), image)
 
 
-def seconds(threads, work, images):
-    with ThreadPoolExecutor(threads) as pool:
-        list(pool.map(work, images[:threads]))
-        start = time.perf_counter()
-        list(pool.map(work, images))
-        return time.perf_counter() - start
+def gain(work, items):
+    """Returns: how many times as fast two threads are as one."""
+    spent = []
+    for threads in (1, 2):
+        with ThreadPoolExecutor(threads) as pool:
+            list(pool.map(work, items[:threads]))
+            start = time.perf_counter()
+            list(pool.map(work, items))
+            spent.append(time.perf_counter() - start)
+    return spent[0] / spent[1]
 
 
-@pytest.mark.skipif("TESK_TWO_FREE_CORES" not in os.environ, reason="needs two cores without other work")
+def digest(image):
+    """What needs no lock and hardly any memory."""
+    return hashlib.sha256(image).digest()
+
+
 @pytest.mark.parametrize("work", [tesk.encode, tesk.decode])
-def test_two_threads_do_it_1_8_times_as_fast(work):
-    images = [picture(1000, 2000, seed=i) for i in range(8)]
-    if work is tesk.decode:
-        images = [tesk.encode(image) for image in images]
-    best = 0.0
-    for _ in range(8):
-        best = max(best, seconds(1, work, images) / seconds(2, work, images))
-        if best >= 1.8:
+def test_two_threads_on_two_cores_are_1_8_times_as_fast(work):
+    """Where other work takes a part of the cores, as much as it leaves to others."""
+    images = [picture(1000, 1500, seed=i) for i in range(8)]
+    items = [tesk.encode(image) for image in images] if work is tesk.decode else images
+    rounds = []
+    while len(rounds) < 10:
+        rounds.append((gain(work, items), min(gain(digest, images), 2.0)))
+        if rounds[-1][0] >= 0.9 * rounds[-1][1]:
             break
-    print(f"{work.__name__}: two threads are {best:.2f} times as fast")
-    assert best >= 1.8
+    print(work.__name__, "with two threads, and a digest:", *(f"{own:.2f} {other:.2f}," for own, other in rounds))
+    assert rounds[-1][0] >= 0.9 * rounds[-1][1]
