@@ -50,7 +50,7 @@ def test_datasets_grow(file):
 @pytest.mark.parametrize("chunks, dtype, values", [
     ((1, 40, 30), "u2", (1, 2, 30, 40, 0, 0)), ((8, 40, 30), "i2", (1, 2, 30, 320, 0, 1)),
     ((40, 30, 3), "u1", (1, 3, 30, 40, 0, 0)), ((40, 30, 3), "i1", (1, 1, 3, 1200, 0, 1)),
-])  # fmt: skip
+])
 def test_the_file_says_what_the_filter_would_say(file, chunks, dtype, values):
     dataset = hdf5.create_dataset(file, "frames", chunks, dtype, chunks)
     number, _, written, _ = dataset.id.get_create_plist().get_filter(0)
@@ -60,7 +60,7 @@ def test_the_file_says_what_the_filter_would_say(file, chunks, dtype, values):
 @pytest.mark.parametrize("chunks, dtype, words", [
     ((40, 30), "f4", "float32"), ((40, 30), ">u2", "big-endian"), ((40, 30), "u4", "uint32"),
     ((40,), "u2", "two sides"), ((1, 40, 1), "u2", "two sides"), ((4, 20000, 4), "u2", "80000 pixels"),
-])  # fmt: skip
+])
 def test_other_datasets_are_refused_in_words(file, chunks, dtype, words):
     with pytest.raises((TypeError, ValueError), match=words):
         hdf5.create_dataset(file, "frames", chunks, dtype, chunks)

@@ -37,7 +37,7 @@ def test_arrays_of_zarr_come_back(shape, dtype, order):
 @pytest.mark.parametrize("shape, chunks, order", [
     ((50, 70), (32, 32), "C"), ((50, 70), (32, 32), "F"), ((7, 50, 70), (4, 32, 32), "C"),
     ((7, 50, 70), (4, 32, 32), "F"), ((3, 33, 41), (2, 17, 40), "C"), ((3, 33, 41), (2, 17, 40), "F"),
-])  # fmt: skip
+])
 def test_odd_last_chunks_come_back(shape, chunks, order):
     values = filled(shape, "u2")
     stored = zarr.array(values, chunks=chunks, compressor=Tesk(), order=order)
@@ -90,7 +90,7 @@ def test_bits_and_verify_go_through():
     (numpy.zeros((16, 1), "u1"), "two sides"),
     (numpy.zeros((4, 20000, 4), "u1"), "80000 pixels"),
     (b"bytes", "two sides"),
-])  # fmt: skip
+])
 def test_other_chunks_are_refused_in_words(array, words):
     with pytest.raises((TypeError, ValueError), match=words):
         Tesk().encode(array)

@@ -16,7 +16,7 @@ from conftest import picture
     (50, 40, 64, (50, 40)),
     (333, 333, 332, (332, 332)),
     (64, 64, 1, (1, 1)),
-])  # fmt: skip
+])
 def test_the_longer_side_is_the_one_asked_for(height, width, side, shape):
     small = tesk.thumbnail(tesk.encode(picture(height, width)), side)
     assert (small.shape, small.dtype) == (shape, numpy.uint8)

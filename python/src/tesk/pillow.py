@@ -36,11 +36,17 @@ class TeskImageFile(ImageFile.ImageFile):  # type: ignore[misc]
             raise SyntaxError(str(error)) from error
         self._reduce = 0
         self._size = (self._geometry.width, self._geometry.height)
-        self.mode = _MODES[self._geometry.bytes_per_pixel]
+        self._set_mode(_MODES[self._geometry.bytes_per_pixel])
         self.info["bits"] = int(self._geometry.bits_per_pixel)
         self.info.update(_info_of(metadata))
         self.tile: list[Any] = []
         self._is_loaded = False
+
+    def _set_mode(self, mode: str) -> None:
+        # A property since Pillow 10.1, which reads this attribute.
+        self._mode = mode
+        if not isinstance(getattr(type(self), "mode", None), property):
+            self.mode = mode
 
     def draft(self, mode: str | None, size: tuple[int, int]) -> tuple[str, tuple[float, ...]] | None:
         """Before it is loaded, an image can be halved at little cost: Image.thumbnail asks for it."""
