@@ -1,6 +1,6 @@
 include(CMakePackageConfigHelpers)
 
-# The parts that are packages of their own: library, development, tools.
+# The parts that are packages of their own: library, development, tools, hdf5.
 set(CMAKE_INSTALL_DEFAULT_COMPONENT_NAME tools)
 
 if(TESK_BUILD_TOOLS)
@@ -39,6 +39,12 @@ install(TARGETS ${libraries} EXPORT teskTargets
   LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}" COMPONENT library NAMELINK_COMPONENT development
   ARCHIVE DESTINATION "${CMAKE_INSTALL_LIBDIR}")
 install(FILES ${TESK_PUBLIC_HEADERS} DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/tesk")
+
+# The HDF5 filter is loaded by others: nothing is linked with it.
+if(TARGET tesk_hdf5)
+  install(TARGETS tesk_hdf5 LIBRARY DESTINATION "${TESK_HDF5_PLUGIN_FOLDER}" COMPONENT hdf5)
+  install(FILES hdf5/tesk_hdf5.h DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/tesk")
+endif()
 
 set(package_folder "${CMAKE_INSTALL_LIBDIR}/cmake/tesk")
 install(EXPORT teskTargets NAMESPACE tesk:: DESTINATION "${package_folder}")

@@ -55,6 +55,18 @@ This package has the programs, their manual pages, the media type, and the
 definition of the format.")
 endif()
 
+# Its plugin has no soname, as nothing is linked with it: cpack warns that it is not among the shared libraries.
+if(TARGET tesk_hdf5)
+  list(APPEND CPACK_COMPONENTS_ALL hdf5)
+  set(CPACK_DEBIAN_HDF5_PACKAGE_NAME tesk-hdf5)
+  set(CPACK_DEBIAN_HDF5_PACKAGE_SECTION science)
+  set(CPACK_DEBIAN_HDF5_PACKAGE_SUGGESTS "hdf5-tools, python3-h5py")
+  set(CPACK_DEBIAN_HDF5_DESCRIPTION "lossless, embedded codec for raw images (HDF5 filter)
+${about}
+This package has a plugin for HDF5: programs that use it, as h5py and h5repack,
+write and read datasets whose chunks are streams of tesk.")
+endif()
+
 # What packages have, and other installations do not: made here, put into each package before it is packed.
 set(CPACK_TESK_DOCUMENTS "${PROJECT_BINARY_DIR}/debian")
 file(READ LICENSE license)
