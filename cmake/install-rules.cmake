@@ -52,7 +52,8 @@ install(FILES "${made_for_package}/teskConfig.cmake" "${made_for_package}/teskCo
   DESTINATION "${package_folder}")
 
 install(FILES docs/embedding.md DESTINATION "${CMAKE_INSTALL_DOCDIR}/docs")
-install(DIRECTORY examples DESTINATION "${CMAKE_INSTALL_DOCDIR}")
+# Examples for Python stay in the sources, where its module comes from.
+install(DIRECTORY examples DESTINATION "${CMAKE_INSTALL_DOCDIR}" PATTERN python EXCLUDE)
 
 # pkg-config finds the prefix from where tesk.pc stands, so the installed tree may be moved. Folders
 # that were given as absolute paths stay where they are.
