@@ -24,8 +24,8 @@ endif()
 
 # The pages for users. They keep their places beside each other, so that links between them hold.
 install(FILES README.md LICENSE CHANGELOG.md SECURITY.md DESTINATION "${CMAKE_INSTALL_DOCDIR}")
-install(FILES docs/convert.md docs/format.md docs/hdf5.md docs/trailer.md docs/limits.md docs/python.md
-  docs/quirks.md DESTINATION "${CMAKE_INSTALL_DOCDIR}/docs")
+install(FILES docs/archives.md docs/convert.md docs/format.md docs/hdf5.md docs/limits.md docs/python.md docs/quirks.md
+  docs/trailer.md DESTINATION "${CMAKE_INSTALL_DOCDIR}/docs")
 install(DIRECTORY docs/images DESTINATION "${CMAKE_INSTALL_DOCDIR}/docs")
 install(FILES docs/man/tesk.5 DESTINATION "${CMAKE_INSTALL_MANDIR}/man5")
 install(FILES packaging/tesk-mime.xml RENAME tesk.xml
@@ -58,7 +58,8 @@ install(FILES "${made_for_package}/teskConfig.cmake" "${made_for_package}/teskCo
   DESTINATION "${package_folder}")
 
 install(FILES docs/embedding.md DESTINATION "${CMAKE_INSTALL_DOCDIR}/docs")
-install(DIRECTORY examples DESTINATION "${CMAKE_INSTALL_DOCDIR}")
+# Examples for Python stay in the sources, where its module comes from.
+install(DIRECTORY examples DESTINATION "${CMAKE_INSTALL_DOCDIR}" PATTERN python EXCLUDE)
 
 # pkg-config finds the prefix from where tesk.pc stands, so the installed tree may be moved. Folders
 # that were given as absolute paths stay where they are.
