@@ -61,6 +61,60 @@ def test_codecs_end_with_their_threads(monkeypatch):
     assert library.destroyed == 20
 
 
+def all_at_once(work, threads):
+    """Returns: what the calls of so many threads raise."""
+    errors = []
+
+    def call():
+        try:
+            work()
+        except (ValueError, tesk.Error) as error:
+            errors.append(error)
+
+    workers = [threading.Thread(target=call) for _ in range(threads)]
+    for worker in workers:
+        worker.start()
+    for worker in workers:
+        worker.join()
+    return errors
+
+
+def test_threads_may_write_to_one_encoder():
+    """Calls that overlapped would end the process."""
+    rows = picture(100, 800)
+    encoder = tesk.Encoder((6000, 800), "u2", bits=12, verify=False)
+    assert all_at_once(lambda: [encoder.write(rows) for _ in range(20)], 3) == []
+    assert encoder.finish() == tesk.encode(numpy.tile(rows, (60, 1)), bits=12, verify=False)
+
+
+def test_threads_may_read_from_one_decoder():
+    decoder = tesk.Decoder(tesk.encode(picture(3000, 800)))
+    blocks = []
+    assert all_at_once(lambda: blocks.extend(decoder.blocks(50)), 3) == []
+    assert sum(map(len, blocks)) == 3000
+
+
+@pytest.mark.parametrize("pause", [0.001, 0.01, 0.03])
+def test_a_thread_may_close_what_another_uses(pause):
+    image = picture(4000, 800)
+    encoder, decoder = tesk.Encoder(image.shape, "u2"), tesk.Decoder(tesk.encode(image, verify=False))
+
+    def work():
+        encoder.write(image)
+        decoder.read(4000)
+
+    def close():
+        time.sleep(pause)
+        encoder.close()
+        decoder.close()
+
+    closer = threading.Thread(target=close)
+    closer.start()
+    errors = all_at_once(work, 1)
+    closer.join()
+    assert all("is closed" in str(error) for error in errors)
+
+
 def test_calls_can_be_awaited():
     async def both(image):
         stream = await asyncio.to_thread(tesk.encode, image)

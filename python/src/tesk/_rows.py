@@ -2,9 +2,11 @@
 
 from __future__ import annotations
 
-from collections.abc import Iterator
+import functools
+import threading
+from collections.abc import Callable, Iterator
 from types import TracebackType
-from typing import Any
+from typing import Any, TypeVar, cast
 
 import numpy
 
@@ -15,14 +17,31 @@ from ._pixels import Pixels, bytes_per_pixel, checked_bits, dtype_of, geometry_o
 from ._tesk import ffi, lib
 
 
+_Call = TypeVar("_Call", bound=Callable[..., Any])
+
+
+def _one_at_a_time(call: _Call) -> _Call:
+    """A call of a _RowCodec that waits until those of other threads have ended: the library does not look."""
+
+    @functools.wraps(call)
+    def waiting(self: _RowCodec, *args: Any, **named: Any) -> Any:
+        with self._lock:
+            return call(self, *args, **named)
+
+    return cast(_Call, waiting)
+
+
 class _RowCodec:
     """A codec that works on one image from the beginning to the end, for one thread at a time."""
 
     def __init__(self, verify: bool) -> None:
+        # A handler of a signal may call what its thread is in the middle of.
+        self._lock = threading.RLock()
         self._codec = new_codec(verify)
         self._rows_done = 0
         self._is_open = True
 
+    @_one_at_a_time
     def close(self) -> None:
         """Ends the work without a result. Does nothing where it has ended."""
         lib.tesk_abandon(self._codec)
@@ -78,6 +97,7 @@ class Encoder(_RowCodec):
     def __enter__(self) -> Encoder:
         return self
 
+    @_one_at_a_time
     def write(self, rows: Any) -> None:
         """Takes the next rows: an array of shape (n, width) or (n, width, 3)."""
         self._require_open()
@@ -94,6 +114,7 @@ class Encoder(_RowCodec):
             self._end_with(status)
         self._rows_done += len(array)
 
+    @_one_at_a_time
     def finish(self) -> bytes:
         """Returns: the stream. Raises: ValueError where rows are missing, else as tesk.encode."""
         self._require_open()
@@ -133,10 +154,12 @@ class Decoder(_RowCodec):
     def __enter__(self) -> Decoder:
         return self
 
+    @_one_at_a_time
     def close(self) -> None:
         super().close()
         self._view = None
 
+    @_one_at_a_time
     def read(self, count: int, *, out: Array | None = None) -> Array:
         """Returns: the next rows, fewer at the lower edge and none behind it. out: as for tesk.decode."""
         self._require_open()
