@@ -4,6 +4,7 @@ import json
 import os
 import subprocess
 import zlib
+from concurrent.futures import ThreadPoolExecutor
 
 import numpy
 import pytest
@@ -123,6 +124,12 @@ def test_only_complete_streams_have_a_trailer():
         trailer.join(stream, {"what": b""})
 
 
+def test_names_may_be_as_long_as_the_file_system_lets_them(tmp_path):
+    path = tmp_path / ("ü" * 126 + ".tk")
+    tesk.write(path, picture(20, 20))
+    assert tesk.read(path).shape == (20, 20)
+
+
 def test_nothing_is_lost_where_the_disk_is_full(tmp_path, monkeypatch):
     image, path = picture(20, 20), tmp_path / "a.tk"
     tesk.write(path, image)
@@ -135,6 +142,21 @@ def test_nothing_is_lost_where_the_disk_is_full(tmp_path, monkeypatch):
         tesk.write(path, picture(30, 30))
     assert os.listdir(tmp_path) == ["a.tk"]
     numpy.testing.assert_array_equal(tesk.read(path), image)
+
+
+def test_threads_may_write_the_same_file(tmp_path):
+    image, path = picture(40, 30), tmp_path / "a.tk"
+    with ThreadPoolExecutor(4) as pool:
+        list(pool.map(lambda _: tesk.write(path, image), range(40)))
+    assert os.listdir(tmp_path) == ["a.tk"]
+    numpy.testing.assert_array_equal(tesk.read(path), image)
+
+
+def test_what_an_ended_process_left_is_in_nobodys_way(tmp_path):
+    left = tmp_path / f".a.tk.part-{os.getpid()}"
+    left.write_bytes(b"of another process with this number")
+    tesk.write(tmp_path / "a.tk", picture(20, 20))
+    assert left.read_bytes() == b"of another process with this number"
 
 
 @pytest.mark.skipif("TESK_TOOLS" not in os.environ, reason="TESK_TOOLS names no folder with the programs")
