@@ -1,6 +1,7 @@
 """The plugin for Pillow."""
 
 import io
+import pickle
 import warnings
 
 import numpy
@@ -118,3 +119,39 @@ def test_copies_and_pixels_work_like_others():
     with warnings.catch_warnings():
         warnings.simplefilter("ignore")
         numpy.testing.assert_array_equal(numpy.asarray(opened.crop((2, 3, 12, 13))), image[3:13, 2:12])
+
+
+def test_files_are_closed_when_they_are_loaded(tmp_path):
+    """As those of other formats: else an image that is not closed warns when it goes."""
+    path = tmp_path / "a.tk"
+    Image.fromarray(picture(20, 20)).save(path)
+    opened = Image.open(path)
+    file = opened.fp
+    opened.load()
+    assert file.closed and opened.getpixel((3, 4)) == picture(20, 20)[4, 3]
+    with open(path, "rb") as own:
+        Image.open(own).load()
+        assert not own.closed
+
+
+def test_images_are_loaded_when_their_file_is_gone():
+    file = io.BytesIO(tesk.encode(picture(20, 20)))
+    opened = Image.open(file)
+    file.close()
+    numpy.testing.assert_array_equal(numpy.asarray(opened), picture(20, 20))
+    checked = Image.open(io.BytesIO(tesk.encode(picture(20, 20))))
+    checked.verify()
+    numpy.testing.assert_array_equal(numpy.asarray(checked), picture(20, 20))
+
+
+@pytest.mark.parametrize("name", MODES)
+def test_images_go_through_pickle(name):
+    image = pictures()[name]
+    back = pickle.loads(pickle.dumps(Image.open(io.BytesIO(tesk.encode(image)))))
+    assert back.getpixel((0, 0)) is not None and back.draft(None, (9, 9)) is None
+    numpy.testing.assert_array_equal(numpy.asarray(back), image)
+
+
+def test_a_draft_without_a_size_is_the_image():
+    opened = Image.open(io.BytesIO(tesk.encode(picture(100, 100))))
+    assert opened.draft("L", None) is None and opened.size == (100, 100)
