@@ -173,6 +173,9 @@ def test_reduced_pictures_have_halved_sides(image):
     sides = "x".join(f" {side} " for side in image.shape[1::-1]).strip()
     with pytest.raises(ValueError, match=f"reduce is 5; a picture of {sides} pixels has 4 halvings"):
         tesk.decode(stream, reduce=5)
+    for other in (2**32, 2**32 + 1, 2**100):
+        with pytest.raises(ValueError, match=f"reduce is {other}; a picture of"):
+            tesk.decode(stream, reduce=other)
     with pytest.raises(ValueError, match="reduce is -1"):
         tesk.decode(stream, reduce=-1)
 

@@ -160,5 +160,36 @@ def test_a_budget_below_the_head_is_refused(budget):
         tesk.encode(picture(9, 9), budget=budget)
 
 
+def test_any_larger_budget_is_enough(image):
+    whole = tesk.encode(image)
+    for budget in (2**31, 2**63, 2**64, 2**100):
+        assert tesk.encode(image, budget=budget) == whole
+        with tesk.Encoder(image.shape, image.dtype, budget=budget) as encoder:
+            encoder.write(image)
+            assert tesk.decode_prefix(encoder.finish())[1]
+
+
+@pytest.mark.parametrize("number", [12.0, numpy.float32(12.5), "12", [12]])
+def test_numbers_that_are_not_whole_are_refused(number):
+    image = picture(20, 20)
+    calls = [
+        lambda: tesk.encode(image, bits=number),
+        lambda: tesk.encode(image, budget=number),
+        lambda: tesk.Encoder(image.shape, "u2", bits=number),
+        lambda: tesk.Encoder(image.shape, "u2", budget=number),
+        lambda: tesk.decode(tesk.encode(image), reduce=number),
+    ]
+    for call in calls:
+        with pytest.raises(TypeError, match="integer"):
+            call()
+
+
+def test_numbers_of_numpy_are_numbers():
+    image = picture(64, 64)
+    assert tesk.encode(image, bits=numpy.int64(12)) == tesk.encode(image, bits=12)
+    assert len(tesk.encode(image, budget=numpy.uint16(900))) == 900
+    assert tesk.decode(tesk.encode(image), reduce=numpy.uint8(2)).shape == (16, 16)
+
+
 def test_unverified_streams_are_the_same(image):
     assert tesk.encode(image, verify=False) == tesk.encode(image)

@@ -2,6 +2,7 @@
 
 from __future__ import annotations
 
+import operator
 import sys
 from dataclasses import dataclass
 from typing import Any
@@ -120,6 +121,7 @@ def declared_bits(bits: int | None, pixels: Pixels) -> int:
 
 
 def checked_bits(bits: int, dtype: numpy.dtype[Any]) -> int:
+    bits = operator.index(bits)
     most = 8 * dtype.itemsize
     if not 1 <= bits <= most:
         raise ValueError(f"bits is {bits}; samples of {dtype.name} have 1 to {most}")
