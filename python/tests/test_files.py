@@ -12,6 +12,7 @@ import tesk
 from conftest import picture
 from tesk import trailer
 
+STREAM = tesk.encode(picture(20, 20))
 METADATA = {
     "icc": b"a profile",
     "exif": b"II*\0",
@@ -113,6 +114,36 @@ def test_64_boxes_are_a_trailer_and_65_none():
     assert tesk.measure(stream) == (len(stream), True)
     file = with_boxes(boxes(64))
     assert trailer.split(file)[0] == file
+
+
+@pytest.mark.parametrize("metadata", [
+    {"icc": 5}, {"icc": "a profile"}, {"exif": [1, 2]}, {"desc": b"bytes"}, {"xmp": None}, {"raw": 16}, {"res": 72},
+    {"res": "ab"}, {"res": (72.5, 72)}, {"max": 1.0}, {"max": "1"},
+])
+def test_values_of_another_type_are_refused(metadata):
+    name, value = next(iter(metadata.items()))
+    with pytest.raises(TypeError, match=name):
+        trailer.join(STREAM, metadata)
+
+
+@pytest.mark.parametrize("metadata", [
+    {"res": (1,)}, {"res": (1, 2, 3)}, {"res": (-1, 1)}, {"res": (1, 2**32)}, {"max": -1}, {"max": 2**32}, {"raw": "ü"},
+])
+def test_values_that_have_no_place_are_refused(metadata):
+    with pytest.raises(ValueError, match=next(iter(metadata))):
+        trailer.join(STREAM, metadata)
+
+
+def test_other_objects_with_the_same_values_are_taken():
+    metadata = {"icc": bytearray(b"i"), "exif": memoryview(b"e"), "res": [numpy.int64(1), 2], "max": numpy.uint16(9)}
+    assert trailer.split(trailer.join(STREAM, metadata))[1] == {"icc": b"i", "exif": b"e", "res": (1, 2), "max": 9}
+
+
+@pytest.mark.parametrize("kind", [bytearray, memoryview, lambda data: numpy.frombuffer(data, "u1")])
+def test_a_stream_of_any_buffer_gets_another_trailer(kind):
+    file = trailer.join(kind(STREAM), {"desc": "old"})
+    stream, metadata = trailer.split(file)
+    assert trailer.join(stream, {**metadata, "desc": "new"}) == trailer.join(STREAM, {"desc": "new"})
 
 
 def test_only_complete_streams_have_a_trailer():
