@@ -127,6 +127,19 @@ def test_the_stream_stays_alive_with_its_decoder():
     numpy.testing.assert_array_equal(decoder.read(60), image)
 
 
+def test_a_stream_that_changes_before_its_first_row_is_refused(monkeypatch):
+    """Rows would be longer than the arrays that they go into."""
+    stream = bytearray(tesk.encode(picture(60, 40)))
+
+    def measure_and_change(view):
+        stream[6] += 1
+        return len(stream), True
+
+    monkeypatch.setattr("tesk._rows.measure", measure_and_change)
+    with pytest.raises(tesk.Error, match="the stream has changed"):
+        tesk.Decoder(stream)
+
+
 def test_images_without_pixels_go_through():
     with tesk.Encoder((0, 5), "u1") as encoder:
         stream = encoder.finish()

@@ -17,7 +17,7 @@ from ._native import (
     new_struct,
     take_block,
 )
-from ._pixels import declared_bits, picture_for, pixels_of
+from ._pixels import declared_bits, picture_for, pixels_of, require_apart
 from ._tesk import ffi, lib
 
 DEFAULT_MAX_PIXELS = 2**28
@@ -105,6 +105,7 @@ def decode_prefix(
     geometry = reduced_geometry(geometry_of_stream(stream), reduce)
     require_pixels(geometry, max_pixels)
     pixels = picture_for(out, geometry)
+    require_apart(pixels, view)
     status = lib.tesk_decompress_reduced(
         codec_of_thread(),
         view,

@@ -13,7 +13,17 @@ import numpy
 from ._coding import DEFAULT_MAX_PIXELS, checked_budget, require_faithful
 from ._info import Info, geometry_of_stream, measure, require_pixels
 from ._native import Array, Buffer, Error, bytes_of, error_of, new_codec, new_struct, require_ok, take_block
-from ._pixels import Pixels, bytes_per_pixel, checked_bits, dtype_of, geometry_of, picture_for, pixels_of, shape_of
+from ._pixels import (
+    Pixels,
+    bytes_per_pixel,
+    checked_bits,
+    dtype_of,
+    geometry_of,
+    picture_for,
+    pixels_of,
+    require_apart,
+    shape_of,
+)
 from ._tesk import ffi, lib
 
 
@@ -149,7 +159,11 @@ class Decoder(_RowCodec):
         self._geometry = geometry
         # The library reads the stream until the end.
         self._view = bytes_of(stream)
-        require_ok(lib.tesk_decompress_begin(self._codec, self._view, len(self._view), ffi.NULL))
+        begun = new_struct("image")
+        require_ok(lib.tesk_decompress_begin(self._codec, self._view, len(self._view), begun))
+        # Rows of another width would not fit into their arrays.
+        if (begun.width, begun.height, begun.bytes_per_pixel) != (geometry.width, geometry.height, geometry.bytes_per_pixel):
+            raise Error("the stream has changed while it was opened", lib.TESK_INVALID_STREAM)
 
     def __enter__(self) -> Decoder:
         return self
@@ -170,6 +184,7 @@ class Decoder(_RowCodec):
         part.width, part.bytes_per_pixel = self._geometry.width, self._geometry.bytes_per_pixel
         part.height = min(count, height - self._rows_done)
         pixels: Pixels = picture_for(out, part)
+        require_apart(pixels, self._view)
         status = lib.tesk_decompress_rows(self._codec, pixels.address, pixels.row_stride_bytes, part.height)
         if status != lib.TESK_OK:
             self._end_with(status)
