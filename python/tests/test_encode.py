@@ -1,5 +1,7 @@
 """tesk.encode: what goes in, and that all of it comes back."""
 
+import threading
+
 import numpy
 import pytest
 import tesk
@@ -7,6 +9,8 @@ from conftest import picture
 from hypothesis import given, settings
 from hypothesis import strategies
 from hypothesis.extra import numpy as arrays
+from tesk._native import error_of
+from tesk._native import lib as _native_lib
 
 SHAPES = arrays.array_shapes(min_dims=2, max_dims=2, min_side=2, max_side=40)
 IMAGES = strategies.one_of(
@@ -71,6 +75,14 @@ def test_views_have_the_stream_of_their_copy(image, name):
 def test_transposed_arrays_come_back():
     assert_restored(picture(40, 60).T)
     assert_restored(picture(40, 60, "uint8", 8, colour=True).transpose(1, 0, 2))
+
+
+def test_the_last_row_needs_no_gap_behind_it():
+    from tesk._pixels import pixels_of
+
+    wide = picture(40, 60)
+    assert pixels_of(wide[:, :50]).size_bytes == 39 * 120 + 100
+    assert pixels_of(wide).size_bytes == wide.nbytes
 
 
 def test_rows_with_gaps_are_not_copied():
@@ -192,6 +204,33 @@ def test_numbers_of_numpy_are_numbers():
     assert tesk.encode(image, bits=numpy.int64(12)) == tesk.encode(image, bits=12)
     assert len(tesk.encode(image, budget=numpy.uint16(900))) == 900
     assert tesk.decode(tesk.encode(image), reduce=numpy.uint8(2)).shape == (16, 16)
+
+
+def test_verify_is_what_the_library_is_told(monkeypatch):
+    flags = []
+
+    class Library:
+        def __getattr__(self, name):
+            return getattr(_native_lib, name)
+
+        def tesk_create(self, options, codec):
+            flags.append(options.flags)
+            return _native_lib.tesk_create(options, codec)
+
+    monkeypatch.setattr("tesk._native.lib", Library())
+    monkeypatch.setattr("tesk._native._codecs", threading.local())
+    image = picture(20, 20)
+    tesk.encode(image)
+    tesk.encode(image, verify=False)
+    tesk.encode(image)
+    assert flags == [0, _native_lib.TESK_UNVERIFIED]
+    tesk.Encoder(image.shape, "u2", verify=False)
+    assert flags[2:] == [_native_lib.TESK_UNVERIFIED]
+
+
+def test_no_memory_is_a_memory_error():
+    error = error_of(_native_lib.TESK_OUT_OF_MEMORY)
+    assert isinstance(error, MemoryError) and "memory" in str(error)
 
 
 def test_unverified_streams_are_the_same(image):

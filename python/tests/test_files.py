@@ -88,8 +88,7 @@ def test_files_that_are_cut_lose_the_trailer_first(tmp_path):
         assert tesk.read(path, partial=True).shape == image.shape
 
 
-def with_boxes(boxes):
-    stream = tesk.encode(picture(9, 9))
+def with_boxes(boxes, stream=tesk.encode(picture(9, 9))):
     checksum = zlib.crc32(boxes, zlib.crc32(stream)).to_bytes(4, "little")
     body = b"TKTRAIL1crc \x04\0\0\0" + checksum + boxes
     return stream + body + (len(body) + 8).to_bytes(4, "little") + b"TKT1"
@@ -104,6 +103,14 @@ def test_other_boxes_are_passed_over():
 def test_boxes_out_of_form_are_no_trailer(boxes):
     file = with_boxes(boxes)
     assert trailer.split(file) == (file, {})
+
+
+@pytest.mark.parametrize("stream", [STREAM + b"x", STREAM[:-9], b"TK30"], ids=["longer", "cut", "none"])
+def test_a_trailer_stands_where_a_stream_ends(stream):
+    """Also where its checksum is that of what stands before it."""
+    with pytest.raises(tesk.Error) as caught:
+        trailer.split(with_boxes(b"", stream))
+    assert caught.value.status == 3
 
 
 def test_64_boxes_are_a_trailer_and_65_none():

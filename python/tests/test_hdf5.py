@@ -105,6 +105,14 @@ def test_chunks_that_were_stored_as_they_are_are_read(file):
         hdf5.read_chunk(dataset, (2, 0, 0))
 
 
+def test_max_pixels_limits_a_chunk(file):
+    dataset = hdf5.create_dataset(file, "frames", (4, 40, 30), "u2", (1, 40, 30))
+    hdf5.write_chunk(dataset, (0, 0, 0), picture(40, 30))
+    assert hdf5.read_chunk(dataset, (0, 0, 0), max_pixels=1200).size == 1200
+    with pytest.raises(tesk.Error, match="max_pixels is 1199"):
+        hdf5.read_chunk(dataset, (0, 0, 0), max_pixels=1199)
+
+
 def test_damaged_chunks_are_errors(file):
     dataset = hdf5.create_dataset(file, "frames", (4, 40, 30), "u2", (1, 40, 30))
     stream = tesk.encode(picture(40, 30))

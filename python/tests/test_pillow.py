@@ -100,6 +100,13 @@ def test_draft_is_the_picture_of_reduce():
     assert opened.draft("L", (1, 1)) is None
 
 
+@pytest.mark.parametrize("size, drafted", [((10, 390), (300, 400)), ((290, 10), (300, 400)), ((150, 200), (150, 200))])
+def test_no_side_of_a_draft_is_shorter_than_asked(size, drafted):
+    opened = Image.open(io.BytesIO(tesk.encode(picture(400, 300))))
+    opened.draft(None, size)
+    assert opened.size == drafted
+
+
 def test_metadata_goes_through():
     file = io.BytesIO()
     exif = Image.Exif()
@@ -109,6 +116,17 @@ def test_metadata_goes_through():
     assert info["icc_profile"] == b"profile"
     assert tuple(round(dots) for dots in info["dpi"]) == (300, 72)
     assert Image.open(file).getexif()[0x010E] == "a description"
+    # What begins an Exif block in a JPEG file is no part of the box.
+    assert trailer.split(file.getvalue())[1]["exif"][:2] in (b"II", b"MM")
+
+
+def test_the_colour_profile_of_an_image_is_kept_unless_another_is_given():
+    first, again, without = io.BytesIO(), io.BytesIO(), io.BytesIO()
+    Image.fromarray(picture(20, 20)).save(first, "TESK", icc_profile=b"profile")
+    Image.open(first).save(again, "TESK")
+    assert Image.open(again).info["icc_profile"] == b"profile"
+    Image.open(first).save(without, "TESK", icc_profile=None)
+    assert "icc_profile" not in Image.open(without).info
 
 
 def test_copies_and_pixels_work_like_others():

@@ -36,11 +36,11 @@ def test_other_threads_go_on_while_one_encodes():
 
 
 class CountingLibrary:
-    """The library, which counts the codecs that are destroyed."""
+    """The library, which counts the codecs that are destroyed and the blocks that are released."""
 
     def __init__(self, library):
         self.library = library
-        self.destroyed = 0
+        self.destroyed = self.released = 0
 
     def __getattr__(self, name):
         return getattr(self.library, name)
@@ -48,6 +48,10 @@ class CountingLibrary:
     def tesk_destroy(self, codec):
         self.destroyed += 1
         self.library.tesk_destroy(codec)
+
+    def tesk_release_block(self, codec, block):
+        self.released += 1
+        self.library.tesk_release_block(codec, block)
 
 
 def test_codecs_end_with_their_threads(monkeypatch):
@@ -59,6 +63,14 @@ def test_codecs_end_with_their_threads(monkeypatch):
         thread.join()
     gc.collect()
     assert library.destroyed == 20
+
+
+def test_blocks_end_with_their_calls(monkeypatch):
+    library = CountingLibrary(_native.lib)
+    monkeypatch.setattr(_native, "lib", library)
+    for _ in range(3):
+        tesk.encode(picture(16, 16))
+    assert library.released == 3
 
 
 def all_at_once(work, threads):
@@ -85,6 +97,16 @@ def test_threads_may_write_to_one_encoder():
     encoder = tesk.Encoder((6000, 800), "u2", bits=12, verify=False)
     assert all_at_once(lambda: [encoder.write(rows) for _ in range(20)], 3) == []
     assert encoder.finish() == tesk.encode(numpy.tile(rows, (60, 1)), bits=12, verify=False)
+
+
+def test_one_of_two_threads_gets_the_stream():
+    image = picture(3000, 800)
+    for _ in range(3):
+        encoder = tesk.Encoder(image.shape, "u2", bits=12)
+        encoder.write(image)
+        streams = []
+        errors = all_at_once(lambda: streams.append(encoder.finish()), 2)
+        assert len(streams) == 1 and [str(error) for error in errors] == ["the Encoder is closed"]
 
 
 def test_threads_may_read_from_one_decoder():

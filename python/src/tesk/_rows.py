@@ -168,7 +168,6 @@ class Decoder(_RowCodec):
     def __enter__(self) -> Decoder:
         return self
 
-    @_one_at_a_time
     def close(self) -> None:
         super().close()
         self._view = None
