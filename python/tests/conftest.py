@@ -3,11 +3,16 @@
 import sys
 from pathlib import Path
 
+import hypothesis
 import numpy
 import pytest
 
 # What is tested is the staged or installed module, never the sources.
 assert "tesk" not in sys.modules
+
+# Failures are printed, and nothing is kept in the sources.
+hypothesis.settings.register_profile("tesk", database=None)
+hypothesis.settings.load_profile("tesk")
 
 GOLDEN = Path(__file__).resolve().parents[2] / "tests" / "golden"
 

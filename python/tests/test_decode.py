@@ -1,5 +1,6 @@
 """tesk.decode, decode_prefix, probe and measure: streams, prefixes, damage."""
 
+import copy
 import mmap
 import pickle
 
@@ -122,6 +123,7 @@ def read_only():
         (numpy.empty((33, 45), "u2")[::-1], ValueError, "backwards"),
         (numpy.asfortranarray(numpy.empty((33, 45), "u2")), ValueError, "not adjacent"),
         (read_only(), ValueError, "not writable"),
+        (numpy.ma.masked_array(numpy.empty((33, 45), "u2"), mask=True), TypeError, "out is MaskedArray"),
         (bytearray(33 * 45 * 2), TypeError, "bytearray"),
     ],
 )
@@ -129,6 +131,21 @@ def test_an_out_that_does_not_fit_is_refused(out, error, words):
     with pytest.raises(error) as caught:
         tesk.decode(STREAM, out=out)
     assert words in str(caught.value)
+
+
+def test_an_out_that_holds_the_stream_is_refused():
+    """It would be overwritten while it is read."""
+    memory = numpy.zeros(33 * 45 * 2 + len(STREAM), numpy.uint8)
+    memory[-len(STREAM) :] = numpy.frombuffer(STREAM, numpy.uint8)
+    out, stream = memory[: 33 * 45 * 2].view("u2").reshape(33, 45), memory[-len(STREAM) :]
+    numpy.testing.assert_array_equal(tesk.decode(stream, out=out), tesk.decode(STREAM))
+    inside = memory[1 : 1 + len(STREAM)]
+    inside[:] = numpy.frombuffer(STREAM, numpy.uint8)
+    with pytest.raises(ValueError, match="out is where the stream is"):
+        tesk.decode(inside, out=out)
+    with tesk.Decoder(inside) as decoder:
+        with pytest.raises(ValueError, match="out is where the stream is"):
+            decoder.read(33, out=out)
 
 
 def test_max_pixels_names_both_numbers():
@@ -154,6 +171,15 @@ def test_probe_says_what_a_stream_holds(image):
         tesk.probe(b"TK30")
 
 
+@pytest.mark.parametrize("kind", [bytes, memoryview])
+def test_an_info_goes_through_pickle_without_its_stream(kind):
+    info = tesk.probe(kind(STREAM))
+    pickled = pickle.dumps(info)
+    assert pickle.loads(pickled) == info and len(pickled) < 500 < len(STREAM)
+    assert copy.deepcopy(info) == info
+    assert pickle.loads(pickled)._repr_html_().startswith("<div")
+
+
 def test_streams_behind_each_other_are_told_apart():
     both = STREAM + COLOUR
     length, is_complete = tesk.measure(both)
@@ -173,6 +199,9 @@ def test_reduced_pictures_have_halved_sides(image):
     sides = "x".join(f" {side} " for side in image.shape[1::-1]).strip()
     with pytest.raises(ValueError, match=f"reduce is 5; a picture of {sides} pixels has 4 halvings"):
         tesk.decode(stream, reduce=5)
+    for other in (2**32, 2**32 + 1, 2**100):
+        with pytest.raises(ValueError, match=f"reduce is {other}; a picture of"):
+            tesk.decode(stream, reduce=other)
     with pytest.raises(ValueError, match="reduce is -1"):
         tesk.decode(stream, reduce=-1)
 

@@ -1,5 +1,7 @@
 """tesk.encode: what goes in, and that all of it comes back."""
 
+import threading
+
 import numpy
 import pytest
 import tesk
@@ -7,6 +9,8 @@ from conftest import picture
 from hypothesis import given, settings
 from hypothesis import strategies
 from hypothesis.extra import numpy as arrays
+from tesk._native import error_of
+from tesk._native import lib as _native_lib
 
 SHAPES = arrays.array_shapes(min_dims=2, max_dims=2, min_side=2, max_side=40)
 IMAGES = strategies.one_of(
@@ -73,6 +77,14 @@ def test_transposed_arrays_come_back():
     assert_restored(picture(40, 60, "uint8", 8, colour=True).transpose(1, 0, 2))
 
 
+def test_the_last_row_needs_no_gap_behind_it():
+    from tesk._pixels import pixels_of
+
+    wide = picture(40, 60)
+    assert pixels_of(wide[:, :50]).size_bytes == 39 * 120 + 100
+    assert pixels_of(wide).size_bytes == wide.nbytes
+
+
 def test_rows_with_gaps_are_not_copied():
     from tesk._pixels import pixels_of
 
@@ -98,6 +110,9 @@ def test_arrays_without_pixels_come_back(shape):
         (numpy.zeros((4, 4, 2), "uint8"), "alpha"),
         (numpy.zeros((4, 4, 3), "uint16"), "planes one by one"),
         (numpy.zeros((4, 4, 1), "uint8"), "(4, 4, 1)"),
+        (numpy.zeros((4, 4, 4), "float32"), "float32 of shape (4, 4, 4)$"),
+        (numpy.zeros((4, 4, 3), "float16"), "float16 of shape (4, 4, 3)$"),
+        (numpy.zeros((4, 4, 4), "int16"), "view it as unsigned"),
         (numpy.zeros(4, "uint8"), "shape (4,)"),
         (numpy.zeros((2, 4, 4), "uint16"), "(2, 4, 4)"),
         (numpy.uint8(3), "shape ()"),
@@ -110,7 +125,7 @@ def test_arrays_without_pixels_come_back(shape):
 def test_other_arrays_are_refused_in_words(array, words):
     with pytest.raises(TypeError) as caught:
         tesk.encode(array)
-    assert words in str(caught.value)
+    assert words in f"{caught.value}$"
 
 
 def test_long_sides_are_refused_with_the_numbers():
@@ -158,6 +173,64 @@ def test_a_budget_is_kept_exactly(image):
 def test_a_budget_below_the_head_is_refused(budget):
     with pytest.raises(ValueError, match="at least 16 bytes"):
         tesk.encode(picture(9, 9), budget=budget)
+
+
+def test_any_larger_budget_is_enough(image):
+    whole = tesk.encode(image)
+    for budget in (2**31, 2**63, 2**64, 2**100):
+        assert tesk.encode(image, budget=budget) == whole
+        with tesk.Encoder(image.shape, image.dtype, budget=budget) as encoder:
+            encoder.write(image)
+            assert tesk.decode_prefix(encoder.finish())[1]
+
+
+@pytest.mark.parametrize("number", [12.0, numpy.float32(12.5), "12", [12]])
+def test_numbers_that_are_not_whole_are_refused(number):
+    image = picture(20, 20)
+    calls = [
+        lambda: tesk.encode(image, bits=number),
+        lambda: tesk.encode(image, budget=number),
+        lambda: tesk.Encoder(image.shape, "u2", bits=number),
+        lambda: tesk.Encoder(image.shape, "u2", budget=number),
+        lambda: tesk.decode(tesk.encode(image), reduce=number),
+    ]
+    for call in calls:
+        with pytest.raises(TypeError, match="integer"):
+            call()
+
+
+def test_numbers_of_numpy_are_numbers():
+    image = picture(64, 64)
+    assert tesk.encode(image, bits=numpy.int64(12)) == tesk.encode(image, bits=12)
+    assert len(tesk.encode(image, budget=numpy.uint16(900))) == 900
+    assert tesk.decode(tesk.encode(image), reduce=numpy.uint8(2)).shape == (16, 16)
+
+
+def test_verify_is_what_the_library_is_told(monkeypatch):
+    flags = []
+
+    class Library:
+        def __getattr__(self, name):
+            return getattr(_native_lib, name)
+
+        def tesk_create(self, options, codec):
+            flags.append(options.flags)
+            return _native_lib.tesk_create(options, codec)
+
+    monkeypatch.setattr("tesk._native.lib", Library())
+    monkeypatch.setattr("tesk._native._codecs", threading.local())
+    image = picture(20, 20)
+    tesk.encode(image)
+    tesk.encode(image, verify=False)
+    tesk.encode(image)
+    assert flags == [0, _native_lib.TESK_UNVERIFIED]
+    tesk.Encoder(image.shape, "u2", verify=False)
+    assert flags[2:] == [_native_lib.TESK_UNVERIFIED]
+
+
+def test_no_memory_is_a_memory_error():
+    error = error_of(_native_lib.TESK_OUT_OF_MEMORY)
+    assert isinstance(error, MemoryError) and "memory" in str(error)
 
 
 def test_unverified_streams_are_the_same(image):

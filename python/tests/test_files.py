@@ -4,6 +4,7 @@ import json
 import os
 import subprocess
 import zlib
+from concurrent.futures import ThreadPoolExecutor
 
 import numpy
 import pytest
@@ -11,6 +12,7 @@ import tesk
 from conftest import picture
 from tesk import trailer
 
+STREAM = tesk.encode(picture(20, 20))
 METADATA = {
     "icc": b"a profile",
     "exif": b"II*\0",
@@ -86,8 +88,7 @@ def test_files_that_are_cut_lose_the_trailer_first(tmp_path):
         assert tesk.read(path, partial=True).shape == image.shape
 
 
-def with_boxes(boxes):
-    stream = tesk.encode(picture(9, 9))
+def with_boxes(boxes, stream=tesk.encode(picture(9, 9))):
     checksum = zlib.crc32(boxes, zlib.crc32(stream)).to_bytes(4, "little")
     body = b"TKTRAIL1crc \x04\0\0\0" + checksum + boxes
     return stream + body + (len(body) + 8).to_bytes(4, "little") + b"TKT1"
@@ -104,6 +105,14 @@ def test_boxes_out_of_form_are_no_trailer(boxes):
     assert trailer.split(file) == (file, {})
 
 
+@pytest.mark.parametrize("stream", [STREAM + b"x", STREAM[:-9], b"TK30"], ids=["longer", "cut", "none"])
+def test_a_trailer_stands_where_a_stream_ends(stream):
+    """Also where its checksum is that of what stands before it."""
+    with pytest.raises(tesk.Error) as caught:
+        trailer.split(with_boxes(b"", stream))
+    assert caught.value.status == 3
+
+
 def test_64_boxes_are_a_trailer_and_65_none():
     def boxes(count):
         return b"".join(b"b%03d\0\0\0\0" % i for i in range(count))
@@ -114,6 +123,36 @@ def test_64_boxes_are_a_trailer_and_65_none():
     assert trailer.split(file)[0] == file
 
 
+@pytest.mark.parametrize("metadata", [
+    {"icc": 5}, {"icc": "a profile"}, {"exif": [1, 2]}, {"desc": b"bytes"}, {"xmp": None}, {"raw": 16}, {"res": 72},
+    {"res": "ab"}, {"res": (72.5, 72)}, {"max": 1.0}, {"max": "1"},
+])
+def test_values_of_another_type_are_refused(metadata):
+    name, value = next(iter(metadata.items()))
+    with pytest.raises(TypeError, match=name):
+        trailer.join(STREAM, metadata)
+
+
+@pytest.mark.parametrize("metadata", [
+    {"res": (1,)}, {"res": (1, 2, 3)}, {"res": (-1, 1)}, {"res": (1, 2**32)}, {"max": -1}, {"max": 2**32}, {"raw": "ü"},
+])
+def test_values_that_have_no_place_are_refused(metadata):
+    with pytest.raises(ValueError, match=next(iter(metadata))):
+        trailer.join(STREAM, metadata)
+
+
+def test_other_objects_with_the_same_values_are_taken():
+    metadata = {"icc": bytearray(b"i"), "exif": memoryview(b"e"), "res": [numpy.int64(1), 2], "max": numpy.uint16(9)}
+    assert trailer.split(trailer.join(STREAM, metadata))[1] == {"icc": b"i", "exif": b"e", "res": (1, 2), "max": 9}
+
+
+@pytest.mark.parametrize("kind", [bytearray, memoryview, lambda data: numpy.frombuffer(data, "u1")])
+def test_a_stream_of_any_buffer_gets_another_trailer(kind):
+    file = trailer.join(kind(STREAM), {"desc": "old"})
+    stream, metadata = trailer.split(file)
+    assert trailer.join(stream, {**metadata, "desc": "new"}) == trailer.join(STREAM, {"desc": "new"})
+
+
 def test_only_complete_streams_have_a_trailer():
     stream = tesk.encode(picture(20, 20))
     for other in (stream[:100], stream + b"x"):
@@ -121,6 +160,12 @@ def test_only_complete_streams_have_a_trailer():
             trailer.join(other)
     with pytest.raises(KeyError):
         trailer.join(stream, {"what": b""})
+
+
+def test_names_may_be_as_long_as_the_file_system_lets_them(tmp_path):
+    path = tmp_path / ("ü" * 126 + ".tk")
+    tesk.write(path, picture(20, 20))
+    assert tesk.read(path).shape == (20, 20)
 
 
 def test_nothing_is_lost_where_the_disk_is_full(tmp_path, monkeypatch):
@@ -135,6 +180,21 @@ def test_nothing_is_lost_where_the_disk_is_full(tmp_path, monkeypatch):
         tesk.write(path, picture(30, 30))
     assert os.listdir(tmp_path) == ["a.tk"]
     numpy.testing.assert_array_equal(tesk.read(path), image)
+
+
+def test_threads_may_write_the_same_file(tmp_path):
+    image, path = picture(40, 30), tmp_path / "a.tk"
+    with ThreadPoolExecutor(4) as pool:
+        list(pool.map(lambda _: tesk.write(path, image), range(40)))
+    assert os.listdir(tmp_path) == ["a.tk"]
+    numpy.testing.assert_array_equal(tesk.read(path), image)
+
+
+def test_what_an_ended_process_left_is_in_nobodys_way(tmp_path):
+    left = tmp_path / f".a.tk.part-{os.getpid()}"
+    left.write_bytes(b"of another process with this number")
+    tesk.write(tmp_path / "a.tk", picture(20, 20))
+    assert left.read_bytes() == b"of another process with this number"
 
 
 @pytest.mark.skipif("TESK_TOOLS" not in os.environ, reason="TESK_TOOLS names no folder with the programs")

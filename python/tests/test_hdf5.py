@@ -81,11 +81,36 @@ def test_datasets_with_other_filters_are_refused(file):
         hdf5.read_chunk(plain, (0, 0, 0))
 
 
+@pytest.mark.parametrize("image", [
+    picture(30, 40), picture(80, 30), picture(40, 60, "u1", 8), picture(40, 30, "u1", 8), picture(20, 20, "u1", 8, colour=True)
+], ids=["turned", "longer", "as many bytes", "as many samples", "as many bytes in colour"])
+def test_streams_of_other_pictures_are_errors(file, image):
+    dataset = hdf5.create_dataset(file, "frames", (4, 40, 30), "u2", (1, 40, 30))
+    dataset.id.write_direct_chunk((0, 0, 0), tesk.encode(image))
+    with pytest.raises(tesk.Error, match=r"the chunk is .* uint16 of shape \(40, 30\)") as caught:
+        hdf5.read_chunk(dataset, (0, 0, 0))
+    assert caught.value.status == 3
+
+
 def test_chunks_that_were_stored_as_they_are_are_read(file):
     dataset = hdf5.create_dataset(file, "frames", (4, 40, 30), "u2", (1, 40, 30))
     image = picture(40, 30)
     dataset.id.write_direct_chunk((1, 0, 0), image.tobytes(), filter_mask=1)
-    numpy.testing.assert_array_equal(hdf5.read_chunk(dataset, (1, 0, 0))[0], image)
+    samples = hdf5.read_chunk(dataset, (1, 0, 0))
+    numpy.testing.assert_array_equal(samples[0], image)
+    # As those that were decoded.
+    samples[0, 3, 4] = 5
+    dataset.id.write_direct_chunk((2, 0, 0), b"123", filter_mask=1)
+    with pytest.raises(tesk.Error, match="3 bytes; its samples have 2400"):
+        hdf5.read_chunk(dataset, (2, 0, 0))
+
+
+def test_max_pixels_limits_a_chunk(file):
+    dataset = hdf5.create_dataset(file, "frames", (4, 40, 30), "u2", (1, 40, 30))
+    hdf5.write_chunk(dataset, (0, 0, 0), picture(40, 30))
+    assert hdf5.read_chunk(dataset, (0, 0, 0), max_pixels=1200).size == 1200
+    with pytest.raises(tesk.Error, match="max_pixels is 1199"):
+        hdf5.read_chunk(dataset, (0, 0, 0), max_pixels=1199)
 
 
 def test_damaged_chunks_are_errors(file):

@@ -117,6 +117,12 @@ def test_damaged_chunks_are_errors_never_pictures():
         array[...]
 
 
+def test_chunks_that_decode_would_refuse_are_not_written():
+    chunk = numpy.broadcast_to(numpy.uint8(3), (2**14 + 1, 2**14))
+    with pytest.raises(ValueError, match="16385 x 16384 samples; decode allows up to 268435456"):
+        Tesk().encode(chunk)
+
+
 def test_out_is_filled():
     values = picture(40, 30)
     for out in (numpy.empty((40, 30), "u2"), bytearray(values.nbytes)):

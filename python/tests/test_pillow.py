@@ -1,6 +1,7 @@
 """The plugin for Pillow."""
 
 import io
+import pickle
 import warnings
 
 import numpy
@@ -99,6 +100,13 @@ def test_draft_is_the_picture_of_reduce():
     assert opened.draft("L", (1, 1)) is None
 
 
+@pytest.mark.parametrize("size, drafted", [((10, 390), (300, 400)), ((290, 10), (300, 400)), ((150, 200), (150, 200))])
+def test_no_side_of_a_draft_is_shorter_than_asked(size, drafted):
+    opened = Image.open(io.BytesIO(tesk.encode(picture(400, 300))))
+    opened.draft(None, size)
+    assert opened.size == drafted
+
+
 def test_metadata_goes_through():
     file = io.BytesIO()
     exif = Image.Exif()
@@ -108,6 +116,17 @@ def test_metadata_goes_through():
     assert info["icc_profile"] == b"profile"
     assert tuple(round(dots) for dots in info["dpi"]) == (300, 72)
     assert Image.open(file).getexif()[0x010E] == "a description"
+    # What begins an Exif block in a JPEG file is no part of the box.
+    assert trailer.split(file.getvalue())[1]["exif"][:2] in (b"II", b"MM")
+
+
+def test_the_colour_profile_of_an_image_is_kept_unless_another_is_given():
+    first, again, without = io.BytesIO(), io.BytesIO(), io.BytesIO()
+    Image.fromarray(picture(20, 20)).save(first, "TESK", icc_profile=b"profile")
+    Image.open(first).save(again, "TESK")
+    assert Image.open(again).info["icc_profile"] == b"profile"
+    Image.open(first).save(without, "TESK", icc_profile=None)
+    assert "icc_profile" not in Image.open(without).info
 
 
 def test_copies_and_pixels_work_like_others():
@@ -118,3 +137,39 @@ def test_copies_and_pixels_work_like_others():
     with warnings.catch_warnings():
         warnings.simplefilter("ignore")
         numpy.testing.assert_array_equal(numpy.asarray(opened.crop((2, 3, 12, 13))), image[3:13, 2:12])
+
+
+def test_files_are_closed_when_they_are_loaded(tmp_path):
+    """As those of other formats: else an image that is not closed warns when it goes."""
+    path = tmp_path / "a.tk"
+    Image.fromarray(picture(20, 20)).save(path)
+    opened = Image.open(path)
+    file = opened.fp
+    opened.load()
+    assert file.closed and opened.getpixel((3, 4)) == picture(20, 20)[4, 3]
+    with open(path, "rb") as own:
+        Image.open(own).load()
+        assert not own.closed
+
+
+def test_images_are_loaded_when_their_file_is_gone():
+    file = io.BytesIO(tesk.encode(picture(20, 20)))
+    opened = Image.open(file)
+    file.close()
+    numpy.testing.assert_array_equal(numpy.asarray(opened), picture(20, 20))
+    checked = Image.open(io.BytesIO(tesk.encode(picture(20, 20))))
+    checked.verify()
+    numpy.testing.assert_array_equal(numpy.asarray(checked), picture(20, 20))
+
+
+@pytest.mark.parametrize("name", MODES)
+def test_images_go_through_pickle(name):
+    image = pictures()[name]
+    back = pickle.loads(pickle.dumps(Image.open(io.BytesIO(tesk.encode(image)))))
+    assert back.getpixel((0, 0)) is not None and back.draft(None, (9, 9)) is None
+    numpy.testing.assert_array_equal(numpy.asarray(back), image)
+
+
+def test_a_draft_without_a_size_is_the_image():
+    opened = Image.open(io.BytesIO(tesk.encode(picture(100, 100))))
+    assert opened.draft("L", None) is None and opened.size == (100, 100)

@@ -121,10 +121,54 @@ def test_cut_streams_need_partial():
         tesk.Decoder(stream, partial=True, max_pixels=10)
 
 
+@pytest.mark.parametrize("shape, budget", [((1, 20), None), ((20, 1), 100)])
+def test_an_image_that_no_stream_restores_is_refused_in_the_end(shape, budget):
+    encoder = tesk.Encoder(shape, "u1", budget=budget)
+    encoder.write(numpy.ones(shape, "u1"))
+    with pytest.raises(tesk.Error, match="no stream restores this image") as caught:
+        encoder.finish()
+    assert caught.value.status == 9
+
+
+def test_an_encoder_gives_its_stream_once():
+    encoder = tesk.Encoder((20, 20), "u2")
+    encoder.write(picture(20, 20))
+    encoder.finish()
+    for call in (encoder.finish, lambda: encoder.write(picture(20, 20))):
+        with pytest.raises(ValueError, match="the Encoder is closed"):
+            call()
+
+
+def test_close_lets_go_of_the_stream_and_of_the_rows(monkeypatch):
+    abandoned = []
+    stream = bytearray(tesk.encode(picture(20, 20)))
+    decoder = tesk.Decoder(stream)
+    with pytest.raises(BufferError):
+        stream.append(0)
+    monkeypatch.setattr("tesk._rows.lib", type("Library", (), {"tesk_abandon": abandoned.append}))
+    decoder.close()
+    monkeypatch.undo()
+    assert abandoned == [decoder._codec]
+    stream.append(0)
+
+
 def test_the_stream_stays_alive_with_its_decoder():
     image = picture(60, 40)
     decoder = tesk.Decoder(bytearray(tesk.encode(image)))
     numpy.testing.assert_array_equal(decoder.read(60), image)
+
+
+def test_a_stream_that_changes_before_its_first_row_is_refused(monkeypatch):
+    """Rows would be longer than the arrays that they go into."""
+    stream = bytearray(tesk.encode(picture(60, 40)))
+
+    def measure_and_change(view):
+        stream[6] += 1
+        return len(stream), True
+
+    monkeypatch.setattr("tesk._rows.measure", measure_and_change)
+    with pytest.raises(tesk.Error, match="the stream has changed"):
+        tesk.Decoder(stream)
 
 
 def test_images_without_pixels_go_through():

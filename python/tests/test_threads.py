@@ -36,11 +36,11 @@ def test_other_threads_go_on_while_one_encodes():
 
 
 class CountingLibrary:
-    """The library, which counts the codecs that are destroyed."""
+    """The library, which counts the codecs that are destroyed and the blocks that are released."""
 
     def __init__(self, library):
         self.library = library
-        self.destroyed = 0
+        self.destroyed = self.released = 0
 
     def __getattr__(self, name):
         return getattr(self.library, name)
@@ -48,6 +48,10 @@ class CountingLibrary:
     def tesk_destroy(self, codec):
         self.destroyed += 1
         self.library.tesk_destroy(codec)
+
+    def tesk_release_block(self, codec, block):
+        self.released += 1
+        self.library.tesk_release_block(codec, block)
 
 
 def test_codecs_end_with_their_threads(monkeypatch):
@@ -59,6 +63,78 @@ def test_codecs_end_with_their_threads(monkeypatch):
         thread.join()
     gc.collect()
     assert library.destroyed == 20
+
+
+def test_blocks_end_with_their_calls(monkeypatch):
+    library = CountingLibrary(_native.lib)
+    monkeypatch.setattr(_native, "lib", library)
+    for _ in range(3):
+        tesk.encode(picture(16, 16))
+    assert library.released == 3
+
+
+def all_at_once(work, threads):
+    """Returns: what the calls of so many threads raise."""
+    errors = []
+
+    def call():
+        try:
+            work()
+        except (ValueError, tesk.Error) as error:
+            errors.append(error)
+
+    workers = [threading.Thread(target=call) for _ in range(threads)]
+    for worker in workers:
+        worker.start()
+    for worker in workers:
+        worker.join()
+    return errors
+
+
+def test_threads_may_write_to_one_encoder():
+    """Calls that overlapped would end the process."""
+    rows = picture(100, 800)
+    encoder = tesk.Encoder((6000, 800), "u2", bits=12, verify=False)
+    assert all_at_once(lambda: [encoder.write(rows) for _ in range(20)], 3) == []
+    assert encoder.finish() == tesk.encode(numpy.tile(rows, (60, 1)), bits=12, verify=False)
+
+
+def test_one_of_two_threads_gets_the_stream():
+    image = picture(3000, 800)
+    for _ in range(3):
+        encoder = tesk.Encoder(image.shape, "u2", bits=12)
+        encoder.write(image)
+        streams = []
+        errors = all_at_once(lambda: streams.append(encoder.finish()), 2)
+        assert len(streams) == 1 and [str(error) for error in errors] == ["the Encoder is closed"]
+
+
+def test_threads_may_read_from_one_decoder():
+    decoder = tesk.Decoder(tesk.encode(picture(3000, 800)))
+    blocks = []
+    assert all_at_once(lambda: blocks.extend(decoder.blocks(50)), 3) == []
+    assert sum(map(len, blocks)) == 3000
+
+
+@pytest.mark.parametrize("pause", [0.001, 0.01, 0.03])
+def test_a_thread_may_close_what_another_uses(pause):
+    image = picture(4000, 800)
+    encoder, decoder = tesk.Encoder(image.shape, "u2"), tesk.Decoder(tesk.encode(image, verify=False))
+
+    def work():
+        encoder.write(image)
+        decoder.read(4000)
+
+    def close():
+        time.sleep(pause)
+        encoder.close()
+        decoder.close()
+
+    closer = threading.Thread(target=close)
+    closer.start()
+    errors = all_at_once(work, 1)
+    closer.join()
+    assert all("is closed" in str(error) for error in errors)
 
 
 def test_calls_can_be_awaited():

@@ -67,3 +67,22 @@ def test_it_is_the_picture_of_the_program(tmp_path, height, width):
         pixels = small.read_bytes()
         own = tesk.thumbnail(path.read_bytes(), 64)
         assert pixels.endswith(own.tobytes()) and len(pixels) < own.size + 20
+
+
+@pytest.mark.skipif("TESK_TOOLS" not in os.environ, reason="TESK_TOOLS names no folder with the programs")
+@pytest.mark.parametrize("dtype", ["u1", "u2"])
+@pytest.mark.parametrize("bits", [0, 1, 4, 8, 9, 12, 16, 17, 32, 64, 255])
+def test_any_declared_bits_give_the_picture_of_the_program(tmp_path, dtype, bits):
+    stream = bytearray(tesk.encode(picture(20, 30, dtype, 8 if dtype == "u1" else 12)))
+    stream[5] = bits
+    (tmp_path / "a.tk").write_bytes(stream)
+    convert = [f"{os.environ['TESK_TOOLS']}/tesk-convert", "-q", "--thumbnail", "64"]
+    subprocess.run([*convert, tmp_path / "a.tk", tmp_path / "a.pgm"], check=True)
+    assert (tmp_path / "a.pgm").read_bytes().endswith(tesk.thumbnail(stream, 64).tobytes())
+
+
+def test_samples_above_their_declared_bits_are_not_darker():
+    image = picture(40, 40, bits=11)
+    image[0, 0] = 2047
+    small = tesk.thumbnail(tesk.encode(image, bits=8), 40)
+    numpy.testing.assert_array_equal(small, tesk.thumbnail(tesk.encode(image, bits=11), 40))

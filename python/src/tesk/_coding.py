@@ -2,6 +2,7 @@
 
 from __future__ import annotations
 
+import operator
 from typing import Any
 
 from ._info import geometry_of_stream, require_pixels
@@ -16,20 +17,25 @@ from ._native import (
     new_struct,
     take_block,
 )
-from ._pixels import declared_bits, picture_for, pixels_of
+from ._pixels import declared_bits, picture_for, pixels_of, require_apart
 from ._tesk import ffi, lib
 
 DEFAULT_MAX_PIXELS = 2**28
 _HEAD_BYTES = 16
+# More halvings than any image has.
+_TOO_OFTEN = 99
+# No stream is longer, and size_t holds it.
+_ENDLESS_BYTES = 2**62
 
 
 def checked_budget(budget: int | None) -> int:
     """Returns: the budget for a call, 0 for none."""
     if budget is None:
         return 0
+    budget = operator.index(budget)
     if budget < _HEAD_BYTES:
         raise ValueError(f"budget is {budget}; a stream has at least {_HEAD_BYTES} bytes")
-    return budget
+    return min(budget, _ENDLESS_BYTES)
 
 
 def require_faithful(status: int, result: Any) -> None:
@@ -99,6 +105,7 @@ def decode_prefix(
     geometry = reduced_geometry(geometry_of_stream(stream), reduce)
     require_pixels(geometry, max_pixels)
     pixels = picture_for(out, geometry)
+    require_apart(pixels, view)
     status = lib.tesk_decompress_reduced(
         codec_of_thread(),
         view,
@@ -116,10 +123,11 @@ def decode_prefix(
 
 def reduced_geometry(geometry: Any, reduce: int) -> Any:
     """Raises: ValueError where the image cannot be halved so often."""
+    reduce = operator.index(reduce)
     if reduce < 0:
         raise ValueError(f"reduce is {reduce}; it counts halvings")
     reduced = new_struct("image")
-    if lib.tesk_reduced_image(geometry, reduce, reduced) != lib.TESK_OK:
+    if lib.tesk_reduced_image(geometry, min(reduce, _TOO_OFTEN), reduced) != lib.TESK_OK:
         sides = f"{geometry.width} x {geometry.height}"
         raise ValueError(f"reduce is {reduce}; a picture of {sides} pixels has {levels_of(geometry)} halvings")
     return reduced

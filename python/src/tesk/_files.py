@@ -3,6 +3,7 @@
 from __future__ import annotations
 
 import os
+import secrets
 from collections.abc import Mapping
 from pathlib import Path
 from typing import Any, Union
@@ -48,9 +49,12 @@ def write(path: PathLike, image: Any, *, metadata: Mapping[str, Any] | None = No
 
 
 def _write_at_once(path: Path, data: bytes) -> None:
-    part = path.with_name(f".{path.name}.part-{os.getpid()}")
+    # Other threads may write the same file, and processes in containers often have the same number. 50 characters
+    # of the name: with what is added it must not become too long for a name.
+    part = path.with_name(f".{path.name[:50]}.part-{os.getpid()}-{secrets.token_hex(4)}")
+    file = open(part, "xb")
     try:
-        with open(part, "xb") as file:
+        with file:
             file.write(data)
         os.replace(part, path)
     except BaseException:

@@ -32,6 +32,10 @@ class Info:
             count *= length
         return count * self.dtype.itemsize
 
+    def __reduce__(self) -> Any:
+        # The stream stays behind: it may be large, or a buffer that pickle does not take.
+        return Info, (self.shape, self.dtype, self.bits)
+
     def _repr_html_(self) -> str:
         from .notebook import info_as_html
 

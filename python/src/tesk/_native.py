@@ -16,8 +16,8 @@ Buffer = Union[bytes, bytearray, memoryview, Array]
 
 class Error(ValueError):
     """What tesk refuses. `status` is the number that tesk.h has for the reason: 1 for a stream that is cut, 3 for
-    what is no stream, 4 for an image that no stream holds, 5 for a limit, 6 for memory, 9 for an image that no
-    stream restores."""
+    what is no stream, 4 for an image that no stream holds, 5 for a limit, 9 for an image that no stream restores.
+    Where memory ends it is a MemoryError."""
 
     def __init__(self, message: str, status: int) -> None:
         # Both are arguments, so that the error comes through pickle to another process.

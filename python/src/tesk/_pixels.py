@@ -2,6 +2,7 @@
 
 from __future__ import annotations
 
+import operator
 import sys
 from dataclasses import dataclass
 from typing import Any
@@ -28,7 +29,9 @@ def bytes_per_pixel(array: Array) -> int:
 def _advice(array: Array) -> str:
     if array.dtype.kind == "b":
         return ": view it as uint8"
-    if array.dtype.kind == "i" and array.dtype.itemsize <= 2:
+    if array.dtype.kind not in "iu" or array.dtype.itemsize > 2:
+        return ""
+    if array.dtype.kind == "i":
         return ": view it as unsigned and flip the sign bit"
     if array.ndim == 3 and array.shape[2] in (2, 4):
         return ": leave the alpha channel out, or encode it as an image of its own"
@@ -120,6 +123,7 @@ def declared_bits(bits: int | None, pixels: Pixels) -> int:
 
 
 def checked_bits(bits: int, dtype: numpy.dtype[Any]) -> int:
+    bits = operator.index(bits)
     most = 8 * dtype.itemsize
     if not 1 <= bits <= most:
         raise ValueError(f"bits is {bits}; samples of {dtype.name} have 1 to {most}")
@@ -131,7 +135,7 @@ def picture_for(out: Array | None, geometry: Any) -> Pixels:
     shape, dtype = shape_of(geometry), dtype_of(geometry)
     if out is None:
         return Pixels(numpy.empty(shape, dtype), geometry)
-    if not isinstance(out, numpy.ndarray):
+    if not isinstance(out, numpy.ndarray) or isinstance(out, numpy.ma.MaskedArray):
         raise TypeError(f"out is {type(out).__name__}, not a numpy array")
     if out.shape != shape or out.dtype != dtype:
         raise ValueError(
@@ -142,6 +146,12 @@ def picture_for(out: Array | None, geometry: Any) -> Pixels:
     if not has_adjacent_pixels(out):
         raise ValueError("the pixels of a row of out are not adjacent, or its rows stand backwards")
     return Pixels(out, geometry)
+
+
+def require_apart(pixels: Pixels, stream: Any) -> None:
+    """Raises: ValueError where a picture would overwrite its stream. stream: what bytes_of returns."""
+    if numpy.may_share_memory(pixels.array, numpy.frombuffer(ffi.buffer(stream), numpy.uint8)):
+        raise ValueError("out is where the stream is")
 
 
 assert sys.byteorder == "little", "the library is for little-endian processors"

@@ -2,27 +2,56 @@
 
 from __future__ import annotations
 
-from collections.abc import Iterator
+import functools
+import threading
+from collections.abc import Callable, Iterator
 from types import TracebackType
-from typing import Any
+from typing import Any, TypeVar, cast
 
 import numpy
 
 from ._coding import DEFAULT_MAX_PIXELS, checked_budget, require_faithful
 from ._info import Info, geometry_of_stream, measure, require_pixels
 from ._native import Array, Buffer, Error, bytes_of, error_of, new_codec, new_struct, require_ok, take_block
-from ._pixels import Pixels, bytes_per_pixel, checked_bits, dtype_of, geometry_of, picture_for, pixels_of, shape_of
+from ._pixels import (
+    Pixels,
+    bytes_per_pixel,
+    checked_bits,
+    dtype_of,
+    geometry_of,
+    picture_for,
+    pixels_of,
+    require_apart,
+    shape_of,
+)
 from ._tesk import ffi, lib
+
+
+_Call = TypeVar("_Call", bound=Callable[..., Any])
+
+
+def _one_at_a_time(call: _Call) -> _Call:
+    """A call of a _RowCodec that waits until those of other threads have ended: the library does not look."""
+
+    @functools.wraps(call)
+    def waiting(self: _RowCodec, *args: Any, **named: Any) -> Any:
+        with self._lock:
+            return call(self, *args, **named)
+
+    return cast(_Call, waiting)
 
 
 class _RowCodec:
     """A codec that works on one image from the beginning to the end, for one thread at a time."""
 
     def __init__(self, verify: bool) -> None:
+        # A handler of a signal may call what its thread is in the middle of.
+        self._lock = threading.RLock()
         self._codec = new_codec(verify)
         self._rows_done = 0
         self._is_open = True
 
+    @_one_at_a_time
     def close(self) -> None:
         """Ends the work without a result. Does nothing where it has ended."""
         lib.tesk_abandon(self._codec)
@@ -78,6 +107,7 @@ class Encoder(_RowCodec):
     def __enter__(self) -> Encoder:
         return self
 
+    @_one_at_a_time
     def write(self, rows: Any) -> None:
         """Takes the next rows: an array of shape (n, width) or (n, width, 3)."""
         self._require_open()
@@ -94,6 +124,7 @@ class Encoder(_RowCodec):
             self._end_with(status)
         self._rows_done += len(array)
 
+    @_one_at_a_time
     def finish(self) -> bytes:
         """Returns: the stream. Raises: ValueError where rows are missing, else as tesk.encode."""
         self._require_open()
@@ -128,7 +159,11 @@ class Decoder(_RowCodec):
         self._geometry = geometry
         # The library reads the stream until the end.
         self._view = bytes_of(stream)
-        require_ok(lib.tesk_decompress_begin(self._codec, self._view, len(self._view), ffi.NULL))
+        begun = new_struct("image")
+        require_ok(lib.tesk_decompress_begin(self._codec, self._view, len(self._view), begun))
+        # Rows of another width would not fit into their arrays.
+        if (begun.width, begun.height, begun.bytes_per_pixel) != (geometry.width, geometry.height, geometry.bytes_per_pixel):
+            raise Error("the stream has changed while it was opened", lib.TESK_INVALID_STREAM)
 
     def __enter__(self) -> Decoder:
         return self
@@ -137,6 +172,7 @@ class Decoder(_RowCodec):
         super().close()
         self._view = None
 
+    @_one_at_a_time
     def read(self, count: int, *, out: Array | None = None) -> Array:
         """Returns: the next rows, fewer at the lower edge and none behind it. out: as for tesk.decode."""
         self._require_open()
@@ -147,6 +183,7 @@ class Decoder(_RowCodec):
         part.width, part.bytes_per_pixel = self._geometry.width, self._geometry.bytes_per_pixel
         part.height = min(count, height - self._rows_done)
         pixels: Pixels = picture_for(out, part)
+        require_apart(pixels, self._view)
         status = lib.tesk_decompress_rows(self._codec, pixels.address, pixels.row_stride_bytes, part.height)
         if status != lib.TESK_OK:
             self._end_with(status)

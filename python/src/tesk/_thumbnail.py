@@ -6,7 +6,7 @@ from typing import Any
 
 import numpy
 
-from ._coding import DEFAULT_MAX_PIXELS, decode_prefix, reduced_geometry, levels_of
+from ._coding import DEFAULT_MAX_PIXELS, decode_prefix, levels_of, reduced_geometry
 from ._info import geometry_of_stream
 from ._native import Array, Buffer
 
@@ -14,8 +14,8 @@ from ._native import Array, Buffer
 def thumbnail(stream: Buffer, side: int, *, max_pixels: int = DEFAULT_MAX_PIXELS) -> Array:
     """Decodes a stream, or the beginning of one, to a picture whose sides are at most `side` pixels.
 
-    Returns: uint8 of shape (h, w) or (h, w, 3); 16-bit samples are scaled by their declared bits. An image that
-        is smaller keeps its size.
+    Returns: uint8 of shape (h, w) or (h, w, 3); gray samples are scaled by their declared bits, or more where they
+        have more. An image that is smaller keeps its size.
     Raises: as tesk.decode. max_pixels counts the pixels that are decoded: up to 4 * side * side, or more where an
         image is more than 64 times as long as side."""
     if side < 1:
@@ -36,13 +36,19 @@ def _halvings(geometry: Any, side: int) -> int:
     return 0
 
 
-def as_bytes(picture: Array, bits: int) -> Array:
+def settled_bits(picture: Array, declared: int) -> int:
+    """Returns: those that the samples have, at least: a stream may declare any number."""
+    most = 8 * picture.itemsize
+    used = int(picture.max(initial=0)).bit_length()
+    return max(declared if 1 <= declared <= most else most, used)
+
+
+def as_bytes(picture: Array, declared_bits: int) -> Array:
     """Brings samples to 0 to 255 by the largest value that their bits can have."""
-    most = (1 << bits) - 1
+    most = (1 << settled_bits(picture, declared_bits)) - 1
     if most == 255:
         return picture.astype(numpy.uint8)
-    samples = numpy.minimum(picture, most).astype(numpy.uint32)
-    return ((samples * 255 + most // 2) // most).astype(numpy.uint8)
+    return ((picture.astype(numpy.uint32) * 255 + most // 2) // most).astype(numpy.uint8)
 
 
 def averaged(picture: Array, side: int) -> Array:

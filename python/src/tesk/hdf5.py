@@ -13,8 +13,10 @@ import numpy
 
 from ._chunks import as_picture, is_signed, picture_shape, samples_of
 from ._coding import DEFAULT_MAX_PIXELS, encode
-from ._native import Array
+from ._info import probe
+from ._native import Array, Error
 from ._pixels import bytes_per_pixel, checked_bits, geometry_of
+from ._tesk import lib
 
 FILTER = 32799
 """The number of the filter, for use inside a house until The HDF Group gives it one."""
@@ -66,24 +68,48 @@ def write_chunk(
 
 def read_chunk(dataset: Any, offset: tuple[int, ...], *, max_pixels: int = DEFAULT_MAX_PIXELS) -> Array:
     """Returns: the samples of the chunk that begins at `offset`, in the shape of the dataset's chunks.
-    Raises: Error unless it is a complete stream and nothing else."""
+    Raises: Error unless it is a complete stream of such a chunk and nothing else."""
     _require_filter(dataset)
     _, chunk = dataset.id.read_direct_chunk(offset)
     # Chunks that do not shrink may be stored as they are. (h5py 3.7 gives no mask of filters with the chunk.)
     if dataset.id.get_chunk_info_by_coord(offset).filter_mask:
-        return numpy.frombuffer(chunk, dataset.dtype).reshape(dataset.chunks)
+        return _plain_samples(chunk, dataset)
+    _require_picture(chunk, dataset)
     return samples_of(chunk, is_signed(dataset.dtype), max_pixels).reshape(dataset.chunks)
+
+
+def _plain_samples(chunk: bytes, dataset: Any) -> Array:
+    samples = numpy.empty(dataset.chunks, dataset.dtype)
+    if len(chunk) != samples.nbytes:
+        raise Error(f"the chunk has {len(chunk)} bytes; its samples have {samples.nbytes}", lib.TESK_INVALID_STREAM)
+    samples.reshape(-1).view(numpy.uint8)[:] = numpy.frombuffer(chunk, numpy.uint8)
+    return samples
+
+
+def _require_picture(chunk: bytes, dataset: Any) -> None:
+    """A stream of another picture may have as many samples, in other places."""
+    found = probe(chunk)
+    shape, dtype = picture_shape(dataset.chunks, dataset.dtype), _unsigned(dataset.dtype)
+    if found.shape != shape or found.dtype != dtype:
+        raise Error(
+            f"the chunk is {found.dtype} of shape {found.shape}, not {dtype} of shape {shape}",
+            lib.TESK_INVALID_STREAM,
+        )
+
+
+def _unsigned(dtype: numpy.dtype[Any]) -> numpy.dtype[Any]:
+    """Returns: the type of the samples in a stream."""
+    return numpy.dtype(f"u{dtype.itemsize}") if is_signed(dtype) else dtype
 
 
 def _filter_values(chunks: tuple[int, ...], dtype: numpy.dtype[Any], bits: int) -> tuple[int, ...]:
     """Returns: version, bytes per pixel, columns, rows, bits, flags: what the plugin writes."""
-    signed = is_signed(dtype)
-    unsigned = numpy.dtype(f"u{dtype.itemsize}") if signed else dtype
+    unsigned = _unsigned(dtype)
     shape = picture_shape(chunks, dtype)
     geometry = geometry_of(shape, bytes_per_pixel(numpy.broadcast_to(numpy.zeros((), unsigned), shape)))
     if bits:
         checked_bits(bits, unsigned)
-    flags = _SIGNED if signed else 0
+    flags = _SIGNED if is_signed(dtype) else 0
     return (_VERSION, geometry.bytes_per_pixel, geometry.width, geometry.height, bits, flags)
 
 

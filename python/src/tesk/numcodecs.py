@@ -25,11 +25,15 @@ class Tesk(Codec):  # type: ignore[misc]
         self.verify = verify
 
     def encode(self, buf: Any) -> bytes:
-        """Raises: TypeError, ValueError, Error for chunks that are no pictures."""
+        """Raises: TypeError, ValueError, Error for chunks that are no pictures, or larger than decode allows."""
         chunk = _in_memory_order(ensure_ndarray(buf))
         if (chunk.dtype.kind == "i") != self.signed:
             raise TypeError(f"a chunk of {chunk.dtype.name} with signed={self.signed}")
-        return encode(as_picture(chunk), bits=self.bits, verify=self.verify)
+        picture = as_picture(chunk)
+        rows, columns = picture.shape[:2]
+        if rows * columns > DEFAULT_MAX_PIXELS:
+            raise ValueError(f"a chunk of {rows} x {columns} samples; decode allows up to {DEFAULT_MAX_PIXELS}")
+        return encode(picture, bits=self.bits, verify=self.verify)
 
     def decode(self, buf: Any, out: Any = None) -> Any:
         """Returns: the samples, flat. Raises: Error unless the chunk is a complete stream and nothing else."""

@@ -26,6 +26,9 @@ def _accept(prefix: bytes) -> bool:
 class TeskImageFile(ImageFile.ImageFile):  # type: ignore[misc]
     format = "TESK"
     format_description = "tesk stream"
+    fp: Any
+    # Until _open says otherwise: pickle makes images that are loaded, without it.
+    _is_loaded = True
 
     def _open(self) -> None:
         try:
@@ -48,9 +51,9 @@ class TeskImageFile(ImageFile.ImageFile):  # type: ignore[misc]
         if not isinstance(getattr(type(self), "mode", None), property):
             self.mode = mode
 
-    def draft(self, mode: str | None, size: tuple[int, int]) -> tuple[str, tuple[float, ...]] | None:
+    def draft(self, mode: str | None, size: tuple[int, int] | None) -> tuple[str, tuple[float, ...]] | None:
         """Before it is loaded, an image can be halved at little cost: Image.thumbnail asks for it."""
-        if self._is_loaded:
+        if self._is_loaded or size is None:
             return None
         self._reduce = _halvings(self._geometry, size)
         reduced = reduced_geometry(self._geometry, self._reduce)
@@ -64,7 +67,14 @@ class TeskImageFile(ImageFile.ImageFile):  # type: ignore[misc]
             picture, _ = decode_prefix(self._stream, reduce=self._reduce, max_pixels=self.width * self.height)
             self.im = Image.fromarray(picture).im
             self._is_loaded = True
+            self._close_own_file()
         return super().load()
+
+    def _close_own_file(self) -> None:
+        """Pillow does so only for images that it decodes itself. verify has done it before."""
+        if self.fp and self._exclusive_fp:
+            self.fp.close()
+        self.fp = None
 
 
 def _halvings(geometry: Any, size: tuple[int, int]) -> int:

@@ -2,6 +2,7 @@
 
 from __future__ import annotations
 
+import operator
 import struct
 import zlib
 from collections.abc import Callable, Mapping
@@ -19,18 +20,33 @@ _PAIR = struct.Struct("<II")
 _NUMBER = struct.Struct("<I")
 
 
-def _text(value: Any) -> bytes:
-    return str(value).encode()
+def _bytes(value: Any) -> bytes:
+    return bytes(memoryview(value))
+
+
+def _text(value: Any, encoding: str = "utf-8") -> bytes:
+    if not isinstance(value, str):
+        raise TypeError(f"text is needed, not {type(value).__name__}")
+    return value.encode(encoding)
+
+
+def _number(value: Any) -> bytes:
+    return _NUMBER.pack(operator.index(value))
+
+
+def _pair(values: Any) -> bytes:
+    across, down = values
+    return _number(across) + _number(down)
 
 
 _WRITERS: dict[str, Callable[[Any], bytes]] = {
-    "icc": bytes,
-    "exif": bytes,
+    "icc": _bytes,
+    "exif": _bytes,
     "xmp": _text,
     "desc": _text,
-    "res": lambda pair: _PAIR.pack(*pair),
-    "max": _NUMBER.pack,
-    "raw": _text,
+    "res": _pair,
+    "max": _number,
+    "raw": lambda value: _text(value, "ascii"),
 }
 _READERS: dict[str, Callable[[memoryview], Any]] = {
     "icc": bytes,
@@ -43,20 +59,30 @@ _READERS: dict[str, Callable[[memoryview], Any]] = {
 }
 
 
-def join(stream: bytes, metadata: Mapping[str, Any] | None = None) -> bytes:
+def join(stream: Buffer, metadata: Mapping[str, Any] | None = None) -> bytes:
     """Returns: a complete stream with its trailer behind it: a checksum, and metadata by name:
 
     icc, exif: bytes; xmp, desc: text; res: pixels per metre across and down; max: the largest sample value that
     the image may have; raw: the type of the raw file that the image comes from.
 
-    Raises: KeyError for another name, Error where the stream is cut: it has no place for a trailer."""
-    length, is_complete = measure(stream)
-    if not is_complete or length != len(stream):
+    Raises: KeyError for another name, TypeError and ValueError for a value that has no place in its box, Error where
+        the stream is cut: it has no place for a trailer."""
+    view = bytes_view(stream)
+    if measure(view) != (len(view), True):
         raise Error("only a complete stream has a trailer", lib.TESK_CUT)
-    boxes = b"".join(_box(name, _WRITERS[name](value)) for name, value in (metadata or {}).items())
-    checksum = _NUMBER.pack(zlib.crc32(boxes, zlib.crc32(stream)))
+    boxes = b"".join(_box(name, _data(name, value)) for name, value in (metadata or {}).items())
+    checksum = _NUMBER.pack(zlib.crc32(boxes, zlib.crc32(view)))
     trailer = _HEAD + _box("crc", checksum) + boxes
-    return stream + trailer + _NUMBER.pack(len(trailer) + 4 + len(_TAIL)) + _TAIL
+    return b"".join((view, trailer, _NUMBER.pack(len(trailer) + 4 + len(_TAIL)), _TAIL))
+
+
+def _data(name: str, value: Any) -> bytes:
+    try:
+        return _WRITERS[name](value)
+    except TypeError as error:
+        raise TypeError(f"{name}: {error}") from error
+    except (ValueError, struct.error) as error:
+        raise ValueError(f"{name}: {error}") from error
 
 
 def _box(name: str, data: bytes) -> bytes:
