@@ -17,6 +17,11 @@ class Example:
     def __init__(self, folder):
         self.folder = folder
 
+    def environment(self):
+        """With the folders of PYTHONPATH as seen from here: programs start elsewhere."""
+        folders = os.environ.get("PYTHONPATH", "").split(os.pathsep)
+        return dict(os.environ, PYTHONPATH=os.pathsep.join(map(os.path.abspath, filter(None, folders))))
+
     def command(self, name, *arguments):
         return [sys.executable, "-B", str(EXAMPLES / name), *map(str, arguments)]
 
@@ -27,7 +32,7 @@ class Example:
             text=True,
             stdout=subprocess.PIPE,
             stderr=subprocess.STDOUT,
-            env=dict(os.environ, OMP_NUM_THREADS="1"),
+            env=self.environment(),
         )
 
     def run(self, name, *arguments, status=0):

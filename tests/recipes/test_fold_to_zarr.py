@@ -72,10 +72,10 @@ def totals(printed):
     return int(files), Counter({word: int(count) for count, word in re.findall(r"(\d+) (\w+)", outcomes)})
 
 
-def wait_for(holds):
+def wait_for_chunks(example, process, count):
     end = time.monotonic() + SECONDS
-    while not holds():
-        assert time.monotonic() < end
+    while len(chunks_of(example.folder)) <= count:
+        assert process.poll() is None and time.monotonic() < end
         time.sleep(0.005)
 
 
@@ -113,7 +113,7 @@ def test_nothing_is_lost_or_done_twice_when_a_worker_dies(example):
     count = 160
     make_files(example.folder, count, {"npy": numpy.save})
     with start(example) as process:
-        wait_for(lambda: len(chunks_of(example.folder)) > 10)
+        wait_for_chunks(example, process, 10)
         killed = workers_of(process)[0]
         killed.send_signal(signal.SIGKILL)
         done = len(chunks_of(example.folder))
@@ -132,7 +132,7 @@ def test_a_run_that_was_killed_is_finished_by_the_next(example):
     count = 160
     make_files(example.folder, count, {"npy": numpy.save})
     with start(example) as process:
-        wait_for(lambda: len(chunks_of(example.folder)) > 10)
+        wait_for_chunks(example, process, 10)
         workers = workers_of(process)
         process.send_signal(signal.SIGKILL)
         process.communicate()
