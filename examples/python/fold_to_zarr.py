@@ -144,36 +144,48 @@ def remove_parts(store):
         part.unlink(missing_ok=True)
 
 
-def outcome_of(future):
-    try:
-        return future.result()
-    except KilledWorker as error:
-        # Several workers have died over it, for lack of memory perhaps.
-        return "failed", str(error)
+class Tally:
+    """How many files had each outcome; tells of those that want attention, and of the progress."""
+
+    def __init__(self, file_count):
+        self.counts, self.file_count, self.shown = collections.Counter(), file_count, 0.0
+
+    def add(self, outcome, words):
+        self.counts[outcome] += 1
+        if words:
+            print(f"\r{outcome}: {words}", file=sys.stderr)
+        if time.monotonic() > self.shown + 0.2:
+            self.shown = time.monotonic()
+            print(f"\r{sum(self.counts.values())} of {self.file_count}", end="", file=sys.stderr, flush=True)
 
 
 def run(client, store, paths, only_verify):
     """Returns: how many files had each outcome."""
-    counts = collections.Counter()
+    tally, suspects = Tally(len(paths)), []
 
     def submit(number):
         # Not pure: dask would take the task of an earlier run for this one.
-        return client.submit(fold, number, paths[number], store, only_verify, pure=False)
+        future = client.submit(fold, number, paths[number], store, only_verify, pure=False)
+        future.number = number
+        return future
 
-    numbers, shown = iter(range(len(paths))), 0.0
+    numbers = iter(range(len(paths)))
     under_way = as_completed([submit(number) for number, _ in zip(numbers, range(TASKS_AHEAD))])
     for future in under_way:
-        outcome, words = outcome_of(future)
-        counts[outcome] += 1
-        if words:
-            print(f"\r{outcome}: {words}", file=sys.stderr)
-        if time.monotonic() > shown + 0.2:
-            shown = time.monotonic()
-            print(f"\r{sum(counts.values())} of {len(paths)}", end="", file=sys.stderr, flush=True)
+        try:
+            tally.add(*future.result())
+        except KilledWorker:
+            suspects.append(future.number)
         for number, _ in zip(numbers, range(1)):
             under_way.add(submit(number))
+    # Several workers have died with these, for lack of memory perhaps; some were only near the one to blame.
+    for number in suspects:
+        try:
+            tally.add(*submit(number).result())
+        except KilledWorker as error:
+            tally.add("failed", f"{paths[number]}: {error}")
     print(file=sys.stderr)
-    return counts
+    return tally.counts
 
 
 def arguments():
