@@ -66,6 +66,21 @@ def test_other_datasets_are_refused_in_words(file, chunks, dtype, words):
         hdf5.create_dataset(file, "frames", chunks, dtype, chunks)
 
 
+def test_bits_that_no_sample_has_are_refused(file):
+    for dtype, bits in (("u1", 9), ("i1", 9), ("u2", 17), ("u2", -1)):
+        with pytest.raises(ValueError, match=f"bits is {bits}"):
+            hdf5.create_dataset(file, "frames", (40, 30), dtype, (40, 30), bits=bits)
+
+
+@pytest.mark.parametrize("verify", [True, False])
+def test_arguments_of_encode_go_through(file, monkeypatch, verify):
+    given = []
+    monkeypatch.setattr(hdf5, "encode", lambda _, **options: given.append(options) or tesk.encode(picture(40, 30)))
+    dataset = hdf5.create_dataset(file, "frames", (40, 30), "u2", (40, 30))
+    hdf5.write_chunk(dataset, (0, 0), picture(40, 30), bits=12, verify=verify)
+    assert given == [{"bits": 12, "verify": verify}]
+
+
 def test_samples_that_are_no_chunk_are_refused(file):
     dataset = hdf5.create_dataset(file, "frames", (4, 40, 30), "u2", (1, 40, 30))
     for image in (picture(30, 40), picture(40, 30, "u1", 8), picture(20, 30)):
@@ -79,6 +94,12 @@ def test_datasets_with_other_filters_are_refused(file):
         hdf5.write_chunk(plain, (0, 0, 0), picture(40, 30))
     with pytest.raises(ValueError, match="not 32799 alone"):
         hdf5.read_chunk(plain, (0, 0, 0))
+    creation = hdf5.create_dataset(file, "alone", (40, 30), "u2", (40, 30)).id.get_create_plist().copy()
+    creation.set_fletcher32()
+    space = h5py.h5s.create_simple((40, 30))
+    both = h5py.Dataset(h5py.h5d.create(file.id, b"both", h5py.h5t.NATIVE_UINT16, space, creation))
+    with pytest.raises(ValueError, match=r"\[32799, 3\], not 32799 alone"):
+        hdf5.write_chunk(both, (0, 0), picture(40, 30))
 
 
 @pytest.mark.parametrize("image", [

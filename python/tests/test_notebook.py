@@ -39,6 +39,15 @@ def test_an_info_without_its_bytes_shows_words():
     assert "(30, 30)" in page and shown_picture(page) is None
 
 
+def test_an_info_without_pixels_shows_words():
+    page = tesk.probe(tesk.encode(numpy.zeros((0, 5), "u1")))._repr_html_()
+    assert "(0, 5)" in page and "bits per sample" in page and shown_picture(page) is None
+
+
+def test_words_are_no_html():
+    assert "<td style='text-align:left'>&lt;b&gt;</td>" in notebook._as_html([("name", "<b>")], None)
+
+
 @pytest.mark.parametrize("array", [picture(300, 200), picture(30, 20, "u1", 8), picture(300, 200, "u1", 8, colour=True)])
 def test_arrays_show_numbers_and_a_picture(array):
     page = notebook.array_as_html(array)

@@ -80,6 +80,14 @@ def test_bits_and_verify_go_through():
     assert Tesk(verify=False).encode(image) == Tesk().encode(image)
 
 
+@pytest.mark.parametrize("verify", [True, False])
+def test_verify_goes_through(monkeypatch, verify):
+    given = []
+    monkeypatch.setattr("tesk.numcodecs.encode", lambda picture, **options: given.append(options) or b"")
+    Tesk(bits=12, verify=verify).encode(picture(40, 30))
+    assert given == [{"bits": 12, "verify": verify}]
+
+
 @pytest.mark.parametrize("array, words", [
     (numpy.zeros((4, 4), "f4"), "float32"),
     (numpy.zeros((4, 4), "u4"), "uint32"),
