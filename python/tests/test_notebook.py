@@ -58,7 +58,7 @@ def test_arrays_show_numbers_and_a_picture(array):
 
 @pytest.mark.parametrize("array", [
     numpy.zeros(5, "u1"), numpy.zeros((4, 4)), numpy.zeros((4, 4, 4), "u1"), numpy.zeros((0, 4), "u1"),
-    numpy.zeros((4, 4, 3), "u2"), numpy.zeros((4, 4), "i2"),
+    numpy.zeros((4, 4, 3), "u2"), numpy.zeros((4, 4), "i2"), numpy.ma.masked_array(picture(30, 20), mask=True),
 ])
 def test_other_arrays_keep_their_words(array):
     assert notebook.array_as_html(array) is None

@@ -27,7 +27,7 @@ def array_as_html(array: Array) -> str | None:
     """Returns: a small picture and words on an array that tesk can hold, of two pixels or more; else nothing."""
     is_gray = array.ndim == 2 and array.dtype in (numpy.uint8, numpy.uint16)
     is_colour = array.ndim == 3 and array.shape[2] == 3 and array.dtype == numpy.uint8
-    if not (is_gray or is_colour) or array.size < 2:
+    if not (is_gray or is_colour) or array.size < 2 or isinstance(array, numpy.ma.MaskedArray):
         return None
     rows: list[tuple[str, Any]] = [
         ("shape", array.shape),
