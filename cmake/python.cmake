@@ -8,11 +8,14 @@ endif()
 find_program(TESK_PYTHON python3 PATHS /usr/bin NO_DEFAULT_PATH REQUIRED)
 set(TESK_PYTHON_STAGE "${PROJECT_BINARY_DIR}/python")
 set(python_source "${PROJECT_SOURCE_DIR}/python")
-file(GLOB python_files CONFIGURE_DEPENDS "${python_source}/*.py" "${python_source}/src/tesk/*.py")
+file(GLOB python_files CONFIGURE_DEPENDS
+  "${python_source}/*.py" "${python_source}/pyproject.toml" "${python_source}/setup.cfg" "${python_source}/src/tesk/*.*")
 
 # The flags of the build, so that a module with the sanitizers can be made.
 string(TOUPPER "CMAKE_CXX_FLAGS_${CMAKE_BUILD_TYPE}" flags_name)
 add_custom_command(OUTPUT "${TESK_PYTHON_STAGE}/stamp"
+  # Modules that are gone would stay.
+  COMMAND ${CMAKE_COMMAND} -E rm -rf "${TESK_PYTHON_STAGE}" "${PROJECT_BINARY_DIR}/python-build"
   COMMAND ${CMAKE_COMMAND} -E env
     "TESK_BUILD_TREE=${PROJECT_BINARY_DIR}" "CC=${CMAKE_C_COMPILER}" "CFLAGS=${${flags_name}}"
     "LDFLAGS=${${flags_name}}" "LDSHARED=${CMAKE_C_COMPILER} -shared"

@@ -141,3 +141,23 @@ def test_damaged_chunks_are_errors(file):
         dataset.id.write_direct_chunk((0, 0, 0), damaged)
         with pytest.raises(tesk.Error):
             hdf5.read_chunk(dataset, (0, 0, 0))
+
+
+def test_chunks_have_the_bits_of_their_dataset(file):
+    image = picture(40, 30, bits=9)
+    dataset = hdf5.create_dataset(file, "frames", (4, 40, 30), "u2", (1, 40, 30), bits=14)
+    for offset, bits, declared in (((0, 0, 0), None, 14), ((1, 0, 0), 11, 11)):
+        hdf5.write_chunk(dataset, offset, image, bits=bits)
+        assert tesk.probe(dataset.id.read_direct_chunk(offset)[1]).bits == declared
+
+
+def test_chunks_that_were_never_written_are_named(file):
+    dataset = hdf5.create_dataset(file, "frames", (4, 40, 30), "u2", (1, 40, 30))
+    with pytest.raises(ValueError, match=r"chunk \(2, 0, 0\) was never written"):
+        hdf5.read_chunk(dataset, (2, 0, 0))
+
+
+def test_masks_are_not_lost_without_a_word(file):
+    dataset = hdf5.create_dataset(file, "frames", (4, 40, 30), "u2", (1, 40, 30))
+    with pytest.raises(TypeError, match="mask"):
+        hdf5.write_chunk(dataset, (0, 0, 0), numpy.ma.masked_array(picture(40, 30)))

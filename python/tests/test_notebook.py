@@ -4,6 +4,7 @@ import base64
 import io
 import re
 import sys
+import tracemalloc
 
 import numpy
 import pytest
@@ -90,3 +91,12 @@ def test_the_extension_registers_arrays():
     tesk.load_ipython_extension(shell)
     formatter = shell.display_formatter.formatters["text/html"]
     assert formatter[numpy.ndarray](picture(30, 20)).startswith("<div")
+
+
+def test_large_arrays_take_little_memory():
+    array = picture(3000, 3000)
+    tracemalloc.start()
+    notebook.array_as_html(array)
+    _, peak = tracemalloc.get_traced_memory()
+    tracemalloc.stop()
+    assert peak < array.nbytes

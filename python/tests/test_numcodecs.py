@@ -147,6 +147,13 @@ def test_the_configuration_makes_the_codec_again():
     assert numcodecs.get_codec({"id": "tesk"}) == Tesk()
 
 
+def test_bits_are_looked_at_when_the_codec_is_made():
+    for bits in (0, 17):
+        with pytest.raises(ValueError, match=f"bits is {bits}"):
+            Tesk(bits=bits)
+    assert type(Tesk(bits=numpy.int64(12)).get_config()["bits"]) is int
+
+
 @pytest.mark.parametrize("threads", [4])
 def test_threads_may_share_an_array(threads):
     from concurrent.futures import ThreadPoolExecutor

@@ -5,7 +5,7 @@ from __future__ import annotations
 import operator
 from typing import Any
 
-from ._info import geometry_of_stream, require_pixels
+from ._info import cut_error, geometry_of_stream, require_pixels
 from ._native import (
     Array,
     Buffer,
@@ -88,9 +88,7 @@ def decode(
     Raises: Error for what is no stream, for a cut one unless partial, for too many pixels."""
     picture, is_complete = decode_prefix(stream, out=out, reduce=reduce, max_pixels=max_pixels)
     if not is_complete and not partial:
-        raise Error(
-            "the stream is cut: partial=True decodes it to an approximation", lib.TESK_CUT
-        )
+        raise cut_error()
     return picture
 
 

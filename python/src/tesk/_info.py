@@ -55,7 +55,15 @@ def probe(stream: Buffer) -> Info:
 
     Raises: Error where they are no stream."""
     geometry = geometry_of_stream(stream)
+    return info_of(geometry, stream)
+
+
+def info_of(geometry: Any, stream: Buffer) -> Info:
     return Info(shape_of(geometry), dtype_of(geometry), int(geometry.bits_per_pixel), stream)
+
+
+def cut_error() -> Error:
+    return Error("the stream is cut: partial=True decodes it to an approximation", lib.TESK_CUT)
 
 
 def measure(stream: Buffer) -> tuple[int, bool]:

@@ -11,18 +11,16 @@ from typing import Any, TypeVar, cast
 import numpy
 
 from ._coding import DEFAULT_MAX_PIXELS, checked_budget, require_faithful
-from ._info import Info, geometry_of_stream, measure, require_pixels
+from ._info import cut_error, geometry_of_stream, info_of, measure, require_pixels
 from ._native import Array, Buffer, Error, bytes_of, error_of, new_codec, new_struct, require_ok, take_block
 from ._pixels import (
     Pixels,
     bytes_per_pixel,
     checked_bits,
-    dtype_of,
     geometry_of,
     picture_for,
     pixels_of,
     require_apart,
-    shape_of,
 )
 from ._tesk import ffi, lib
 
@@ -151,10 +149,10 @@ class Decoder(_RowCodec):
     def __init__(self, stream: Buffer, *, partial: bool = False, max_pixels: int = DEFAULT_MAX_PIXELS) -> None:
         geometry = geometry_of_stream(stream)
         require_pixels(geometry, max_pixels)
-        self.info = Info(shape_of(geometry), dtype_of(geometry), int(geometry.bits_per_pixel), stream)
+        self.info = info_of(geometry, stream)
         _, self.is_complete = measure(stream)
         if not self.is_complete and not partial:
-            raise Error("the stream is cut: partial=True decodes it to an approximation", lib.TESK_CUT)
+            raise cut_error()
         super().__init__(verify=True)
         self._geometry = geometry
         # The library reads the stream until the end.
@@ -194,5 +192,8 @@ class Decoder(_RowCodec):
         """Returns: the rows that are left, row_count at a time, fewer at the lower edge."""
         if row_count < 1:
             raise ValueError(f"row_count is {row_count}; a block has at least a row")
+        return self._blocks(row_count)
+
+    def _blocks(self, row_count: int) -> Iterator[Array]:
         while self._rows_done < self.info.shape[0]:
             yield self.read(row_count)

@@ -59,11 +59,13 @@ def averaged(picture: Array, side: int) -> Array:
         return picture
     rows = _edges(height, _scaled(height, longer, side))
     columns = _edges(width, _scaled(width, longer, side))
-    sums = numpy.add.reduceat(picture, rows, axis=0, dtype=numpy.uint64)
+    # One after the other: reduceat would take a copy of the picture in 64 bits.
+    bands = (picture[top:bottom] for top, bottom in zip(rows, numpy.append(rows[1:], height)))
+    sums = numpy.stack([band.sum(axis=0, dtype=numpy.uint64) for band in bands])
     sums = numpy.add.reduceat(sums, columns, axis=1)
     counts = numpy.outer(numpy.diff(rows, append=height), numpy.diff(columns, append=width)).astype(numpy.uint64)
     counts = counts.reshape(counts.shape + (1,) * (picture.ndim - 2))
-    result: Array = ((sums + counts // numpy.uint64(2)) // counts).astype(numpy.uint8)
+    result: Array = ((sums + counts // numpy.uint64(2)) // counts).astype(picture.dtype)
     return result
 
 

@@ -33,11 +33,11 @@ def create_dataset(
     chunks: tuple[int, ...],
     *,
     maxshape: tuple[int | None, ...] | None = None,
-    bits: int = 0,
+    bits: int | None = None,
 ) -> Any:
     """Creates a dataset with the filter, whether or not the plugin is there.
 
-    parent: a file or group of h5py. bits: significant bits of a sample, 0 to find them for each chunk.
+    parent: a file or group of h5py. bits: significant bits of a sample; found for each chunk unless given.
     Returns: the dataset. Raises: TypeError, ValueError where no stream holds such chunks."""
     kind = numpy.dtype(dtype)
     creation = h5py.h5p.create(h5py.h5p.DATASET_CREATE)
@@ -54,8 +54,11 @@ def write_chunk(
     """Encodes the chunk of a dataset that begins at `offset`, and stores it.
 
     samples: an array of the dataset's type, of the shape of its chunks; axes of length 1 may be missing.
-    bits, verify: as for tesk.encode. Raises: ValueError where the dataset has other chunks or filters."""
-    _require_filter(dataset)
+    bits: those of the dataset unless given. verify: as for tesk.encode.
+    Raises: ValueError where the dataset has other chunks or filters."""
+    bits_of_dataset = _filter_bits(dataset)
+    if isinstance(samples, numpy.ma.MaskedArray):
+        raise TypeError("a chunk has no place for the mask of a masked array: write its .data")
     array = numpy.asarray(samples)
     if _longer_axes(dataset.chunks) != _longer_axes(array.shape) or dataset.dtype != array.dtype:
         raise ValueError(
@@ -63,16 +66,19 @@ def write_chunk(
             f"chunks are {dataset.dtype} of shape {dataset.chunks}"
         )
     picture = as_picture(array.reshape(dataset.chunks))
-    dataset.id.write_direct_chunk(offset, encode(picture, bits=bits, verify=verify))
+    dataset.id.write_direct_chunk(offset, encode(picture, bits=bits or bits_of_dataset, verify=verify))
 
 
 def read_chunk(dataset: Any, offset: tuple[int, ...], *, max_pixels: int = DEFAULT_MAX_PIXELS) -> Array:
     """Returns: the samples of the chunk that begins at `offset`, in the shape of the dataset's chunks.
-    Raises: Error unless it is a complete stream of such a chunk and nothing else."""
-    _require_filter(dataset)
+    Raises: Error unless it is a complete stream of such a chunk and nothing else, ValueError where it was never written."""
+    _filter_bits(dataset)
+    info = dataset.id.get_chunk_info_by_coord(offset)
+    if info.byte_offset is None:
+        raise ValueError(f"chunk {offset} was never written")
     _, chunk = dataset.id.read_direct_chunk(offset)
     # Chunks that do not shrink may be stored as they are. (h5py 3.7 gives no mask of filters with the chunk.)
-    if dataset.id.get_chunk_info_by_coord(offset).filter_mask:
+    if info.filter_mask:
         return _plain_samples(chunk, dataset)
     _require_picture(chunk, dataset)
     return samples_of(chunk, is_signed(dataset.dtype), max_pixels).reshape(dataset.chunks)
@@ -102,22 +108,26 @@ def _unsigned(dtype: numpy.dtype[Any]) -> numpy.dtype[Any]:
     return numpy.dtype(f"u{dtype.itemsize}") if is_signed(dtype) else dtype
 
 
-def _filter_values(chunks: tuple[int, ...], dtype: numpy.dtype[Any], bits: int) -> tuple[int, ...]:
+def _filter_values(chunks: tuple[int, ...], dtype: numpy.dtype[Any], bits: int | None) -> tuple[int, ...]:
     """Returns: version, bytes per pixel, columns, rows, bits, flags: what the plugin writes."""
     unsigned = _unsigned(dtype)
     shape = picture_shape(chunks, dtype)
     geometry = geometry_of(shape, bytes_per_pixel(numpy.broadcast_to(numpy.zeros((), unsigned), shape)))
-    if bits:
-        checked_bits(bits, unsigned)
+    found = 0 if bits is None else checked_bits(bits, unsigned)
     flags = _SIGNED if is_signed(dtype) else 0
-    return (_VERSION, geometry.bytes_per_pixel, geometry.width, geometry.height, bits, flags)
+    return (_VERSION, geometry.bytes_per_pixel, geometry.width, geometry.height, found, flags)
 
 
-def _require_filter(dataset: Any) -> None:
+def _filter_bits(dataset: Any) -> int | None:
+    """Returns: the bits of a sample that the dataset was created with. Raises: ValueError where its chunks go through
+    anything but the filter."""
     creation = dataset.id.get_create_plist()
-    filters = [creation.get_filter(i)[0] for i in range(creation.get_nfilters())]
-    if filters != [FILTER]:
-        raise ValueError(f"the dataset has the filters {filters}, not {FILTER} alone")
+    filters = [creation.get_filter(i) for i in range(creation.get_nfilters())]
+    numbers = [number for number, *_ in filters]
+    if numbers != [FILTER]:
+        raise ValueError(f"the dataset has the filters {numbers}, not {FILTER} alone")
+    values = filters[0][2]
+    return values[4] or None
 
 
 def _longer_axes(shape: tuple[int, ...]) -> list[int]:

@@ -34,7 +34,7 @@ def array_as_html(array: Array) -> str | None:
         ("type", array.dtype.name),
         ("samples", f"{array.min()} to {array.max()}, mean {array.mean():.4g}"),
     ]
-    return _as_html(rows, averaged(_windowed(array), _SIDE))
+    return _as_html(rows, _windowed(averaged(array, _SIDE)))
 
 
 def info_as_html(info: Info, stream: Any) -> str:

@@ -2,6 +2,7 @@
 
 from __future__ import annotations
 
+import operator
 from typing import Any
 
 from numcodecs.abc import Codec
@@ -10,6 +11,8 @@ from numcodecs.compat import ensure_ndarray, ndarray_copy
 from ._chunks import as_picture, samples_of
 from ._coding import DEFAULT_MAX_PIXELS, encode
 from ._native import Array
+
+_MOST_BITS = 16
 
 
 class Tesk(Codec):  # type: ignore[misc]
@@ -20,7 +23,10 @@ class Tesk(Codec):  # type: ignore[misc]
     codec_id = "tesk"
 
     def __init__(self, bits: int | None = None, signed: bool = False, verify: bool = True) -> None:
-        self.bits = bits
+        if bits is not None and not 1 <= operator.index(bits) <= _MOST_BITS:
+            raise ValueError(f"bits is {bits}; samples have 1 to {_MOST_BITS}")
+        # The configuration goes into JSON.
+        self.bits = None if bits is None else operator.index(bits)
         self.signed = signed
         self.verify = verify
 

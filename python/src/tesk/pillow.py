@@ -67,6 +67,7 @@ class TeskImageFile(ImageFile.ImageFile):  # type: ignore[misc]
             picture, _ = decode_prefix(self._stream, reduce=self._reduce, max_pixels=self.width * self.height)
             self.im = Image.fromarray(picture).im
             self._is_loaded = True
+            del self._stream
             self._close_own_file()
         return super().load()
 
