@@ -65,6 +65,10 @@ add_library(tesk_conversion OBJECT EXCLUDE_FROM_ALL
 set_target_properties(tesk_conversion PROPERTIES CXX_EXTENSIONS OFF)
 target_link_libraries(tesk_conversion PUBLIC
   tesk_settings tesk_trailer PNG::PNG TIFF::TIFF CLI11::CLI11 Threads::Threads)
+precompile_standard_headers(tesk_conversion)
+# Half of the time of all others together when it is optimised, and smaller when it is not.
+set_source_files_properties(src/convert/ConvertArguments.cpp PROPERTIES
+  COMPILE_OPTIONS "-Os;${cold_options}" SKIP_PRECOMPILE_HEADERS ON)
 
 add_executable(tesk_convert src/convert/tesk_convert.cpp)
 set_target_properties(tesk_convert PROPERTIES OUTPUT_NAME tesk-convert)
