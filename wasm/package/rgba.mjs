@@ -1,0 +1,23 @@
+// Samples to the pixels of a canvas.
+
+/** Returns: what becomes of each value of a sample: 0 up to the lower end of the window, 255 from the upper on. */
+function shades([low, high], count) {
+  const table = new Uint8Array(count);
+  const scale = 255 / Math.max(high - low, 1);
+  for (let value = 0; value < count; ++value)
+    table[value] = Math.max(0, Math.min(255, Math.round((value - low) * scale)));
+  return table;
+}
+
+export function toRgba(picture, window = [0, 2 ** picture.bitsPerSample - 1]) {
+  const { samples, bytesPerPixel, width, height } = picture;
+  const shade = shades(window, bytesPerPixel === 2 ? 65536 : 256);
+  const rgba = new Uint8ClampedArray(4 * width * height);
+  // Whole pixels are four times as fast as bytes; all browsers run on little-endian machines.
+  const pixels = new Uint32Array(rgba.buffer);
+  if (bytesPerPixel === 3)
+    for (let i = 0, k = 0; i < pixels.length; ++i, k += 3)
+      pixels[i] = 0xff000000 | (shade[samples[k + 2]] << 16) | (shade[samples[k + 1]] << 8) | shade[samples[k]];
+  else for (let i = 0; i < pixels.length; ++i) pixels[i] = 0xff000000 | (shade[samples[i]] * 0x010101);
+  return rgba;
+}
