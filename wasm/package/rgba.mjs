@@ -9,7 +9,10 @@ function shades([low, high], count) {
   return table;
 }
 
-export function toRgba(picture, window = [0, 2 ** picture.bitsPerSample - 1]) {
+/** Streams may declare any number of bits: samples have no more than their bytes. */
+const allValues = ({ bitsPerSample, bytesPerPixel }) => [0, 2 ** Math.min(bitsPerSample, bytesPerPixel === 2 ? 16 : 8) - 1];
+
+export function toRgba(picture, window = allValues(picture)) {
   const { samples, bytesPerPixel, width, height } = picture;
   const shade = shades(window, bytesPerPixel === 2 ? 65536 : 256);
   const rgba = new Uint8ClampedArray(4 * width * height);

@@ -64,6 +64,9 @@ export class Decoder {
   /** Adds what has come. The chunk is copied. Throws: TeskError without memory; the stream is as before. */
   push(chunk: Uint8Array): void;
 
+  /** Returns: the bytes that have come: a view of the decoder's memory, which the next call may take away. */
+  stream(): Uint8Array;
+
   /** Forgets the stream and the picture. */
   reset(): void;
 

@@ -37,6 +37,10 @@ export class Decoder {
     this.#size += chunk.length;
   }
 
+  stream() {
+    return this.#open().bytes(this.#stream, this.#size);
+  }
+
   /** Twice as much as is needed, or exactly that where there is no more. */
   #makeRoom(bytes) {
     if (bytes <= this.#room) return;

@@ -1,0 +1,128 @@
+"""Pictures that arrive: from a slow server, in the demonstration, under the slider."""
+
+import hashlib
+
+import pytest
+from selenium.webdriver.common.keys import Keys
+
+
+def rgba_of(raw, channels):
+    """Returns: opaque pixels of samples of 8 bits."""
+    rgba = bytearray(b"\xff") * (len(raw) // channels * 4)
+    for channel in range(3):
+        rgba[channel::4] = raw[min(channel, channels - 1) :: channels]
+    return bytes(rgba)
+
+
+def bytes_shown(page):
+    return int(page.text("figureBytes").split(" of ")[0].replace(",", "") or 0)
+
+
+def watch_arrival(page):
+    """Returns: the hashes of the canvas until the message says that all has come."""
+    seen = []
+    while not page.text("message").startswith("Complete"):
+        seen.append(page.hash())
+        assert len(seen) < 500, page.describe()
+    return seen
+
+
+@pytest.mark.parametrize("speed, least", [(200_000, 4), (20_000, 8)])
+def test_pictures_sharpen_before_the_end_of_a_slow_answer(viewer, server, speed, least):
+    viewer.open(server.address(f"index.html?file=cat.tk%3Fspeed={speed}"))
+    viewer.wait(lambda: viewer.element("figures").is_displayed())
+    assert bytes_shown(viewer) < 171395
+    assert len(set(watch_arrival(viewer))) >= least
+
+
+@pytest.mark.parametrize("name, width, height, channels", [("g8_photo_161x121", 161, 121, 1), ("rgb_photo_33x65", 33, 65, 3)])
+def test_the_canvas_has_the_samples_of_the_image_at_the_end(viewer, server, golden, name, width, height, channels):
+    viewer.open(server.address(f"index.html?file={name}.c.tk"))
+    viewer.wait_for_message("Every bit of the image is there")
+    viewer.keys("1")
+    viewer.wait(lambda: viewer.text("zoom") == "100 %" and "full size" in viewer.text("figureSize"))
+    expected = rgba_of(golden(f"{name}.raw"), channels)
+    viewer.wait(lambda: viewer.picture(width, height) == expected)
+
+
+def test_the_demonstration_sharpens_beside_the_same_bytes_of_a_png(viewer, server):
+    viewer.open(server.address("index.html"))
+    viewer.wait(lambda: viewer.element("sequential").is_displayed())
+    viewer.wait(lambda: bytes_shown(viewer) > 200_000)
+    assert bytes_shown(viewer) < 1_239_753
+    # The upper part of the PNG is there, its lower part is not.
+    width, height, _ = viewer.pixels([0, 0, 1, 1], "other")
+    middle = [width // 2, 20, 1, 1], [width // 2, height - 20, 1, 1]
+    assert [viewer.pixels(at, "other")[2][3] for at in middle] == [255, 0]
+    assert viewer.pixels(middle[1])[2][3] == 255
+    viewer.choose("speed", "Infinity")
+    viewer.wait_for_message("Complete: 1,239,753 bytes, 20.8 % of 5,972,763 raw bytes.")
+
+
+def test_the_slider_shows_what_any_number_of_bytes_is_worth(viewer, server):
+    viewer.open(server.address("index.html?file=cat.tk"))
+    viewer.wait_for_message("Complete")
+    viewer.wait(lambda: viewer.text("figureDistance") == "every sample equal")
+    decibels = []
+    for position in (950, 800, 600, 300):
+        viewer.choose("bytes", position)
+        viewer.wait(lambda: viewer.text("figureDistance").endswith("dB") and viewer.text("figureDistance") not in decibels)
+        decibels.append(viewer.text("figureDistance"))
+    values = [float(text.split()[0]) for text in decibels]
+    assert values == sorted(values, reverse=True)
+    # What the tool says of 12684 bytes of this stream stands in the README: 34.6 dB.
+    viewer.driver.execute_script("document.getElementById('bytes').step = 'any'")
+    viewer.choose("bytes", 719.38)
+    viewer.wait(lambda: viewer.text("figureDistance") == "34.6 dB")
+    assert viewer.text("figureRate") == "0.250"
+
+
+def test_space_holds_the_arrival_and_lets_it_go_on(viewer, server):
+    viewer.open(server.address("index.html"))
+    viewer.wait(lambda: bytes_shown(viewer) > 1000)
+    viewer.keys(Keys.SPACE)
+    viewer.wait(lambda: viewer.property("play", "ariaLabel") == "Go on")
+    held = viewer.property("arrived", "value")
+    viewer.driver.execute_async_script("setTimeout(arguments[0], 400)")
+    assert viewer.property("arrived", "value") <= held + 0.01
+    viewer.choose("speed", "Infinity")
+    viewer.keys(Keys.SPACE)
+    viewer.wait_for_message("Complete")
+
+
+def test_a_stream_that_was_cut_is_called_one(viewer, server):
+    viewer.open(server.address("index.html?file=cat.tk"))
+    viewer.wait_for_message("Complete")
+    content = (server.folders[-1] / "cat.tk").read_bytes()
+    viewer.drop("cut.tk", content[:20_000])
+    viewer.wait_for_message("The stream ends early, after 20,000 bytes")
+
+
+def test_bytes_behind_a_stream_are_not_counted(viewer, server, golden):
+    viewer.open(server.address("index.html?file=cat.tk"))
+    stream = golden("g8_photo_161x121.c.tk")
+    viewer.drop("two.tk", stream + b"something else")
+    viewer.wait_for_message(f"Complete: {len(stream):,} bytes")
+    assert "14 bytes behind the stream are not part of it" in viewer.text("message")
+
+
+def test_a_thumbnail_takes_the_bytes_that_it_says(viewer, server):
+    viewer.open(server.address("index.html?file=cat.tk"))
+    viewer.wait_for_message("Complete")
+    viewer.click("address")
+    viewer.element("url").send_keys("retina.tk")
+    before = server.sent_bytes
+    viewer.driver.find_element("css selector", "#addressDialog [value=thumbnail]").click()
+    viewer.wait_for_message("in 2 requests")
+    words = viewer.text("message")
+    assert words.startswith("A thumbnail of 177 × 177 pixels from the first ")
+    fetched = int(words.split("first ")[1].split(" of ")[0].replace(",", ""))
+    assert fetched == server.sent_bytes - before < 1_239_753 / 20
+
+
+def test_hashes_differ(viewer, server):
+    """What the other tests rely on: the hash of the canvas is that of its pixels."""
+    viewer.open(server.address("index.html?file=cat.tk"))
+    viewer.wait_for_message("Complete")
+    _, _, pixels = viewer.pixels()
+    assert viewer.hash() == hashlib.sha256(pixels).hexdigest() != hashlib.sha256(bytes(len(pixels))).hexdigest()

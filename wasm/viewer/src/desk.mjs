@@ -1,0 +1,33 @@
+// The page's side of the worker: questions and answers.
+
+export class Desk {
+  #worker;
+  #open = new Map();
+  #count = 0;
+
+  /** The source of the worker and the module stand in the page: it opens from a folder, too. */
+  static async open(source, module) {
+    const desk = new Desk(new Worker(URL.createObjectURL(new Blob([source], { type: "text/javascript" }))));
+    await desk.ask("start", { bytes: module }, [module.buffer]);
+    return desk;
+  }
+
+  constructor(worker) {
+    this.#worker = worker;
+    worker.onmessage = ({ data: { id, answer, error } }) => {
+      const { resolve, reject } = this.#open.get(id);
+      this.#open.delete(id);
+      if (error === undefined) resolve(answer);
+      else reject(new Error(error));
+    };
+  }
+
+  /** Returns: the answer. Throws: Error with the worker's words. */
+  ask(question, values = {}, transfer = []) {
+    const id = ++this.#count;
+    return new Promise((resolve, reject) => {
+      this.#open.set(id, { resolve, reject });
+      this.#worker.postMessage({ id, question, values }, transfer);
+    });
+  }
+}

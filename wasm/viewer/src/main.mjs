@@ -1,0 +1,115 @@
+// The page: buttons, keys, dropped files, and its address.
+
+import { Desk } from "./desk.mjs";
+import { say } from "./labels.mjs";
+import { sourceOfFile, sourceOfThumbnail } from "./opening.mjs";
+import { demonstration, inlineBytes, sourceOfAddress } from "./sources.mjs";
+import { Viewer } from "./viewer.mjs";
+
+const byId = (id) => document.getElementById(id);
+const on = (id, name, does) => byId(id).addEventListener(name, does);
+
+let desk;
+let viewer;
+let isSpeedChosen = false;
+
+const speed = () => Number(byId("speed").value);
+
+/** Whatever goes wrong is said. */
+async function tell(work) {
+  try {
+    await work;
+  } catch (error) {
+    say(error.message, true);
+  }
+}
+
+/** Files of the user come at full speed, unless the user has chosen another. */
+async function show(source) {
+  if (source === null) return;
+  if (!isSpeedChosen) byId("speed").value = source.isDemonstration ? "200000" : "Infinity";
+  byId("save").hidden = true;
+  await viewer.open(source, speed());
+  if (source.words) say(source.words);
+}
+
+const openFile = (file) => tell(sourceOfFile(desk, file).then(show));
+const openDemonstration = () => tell(show(demonstration()));
+
+function openAddress() {
+  const dialog = byId("addressDialog");
+  dialog.returnValue = "cancel";
+  dialog.onclose = () => {
+    const address = byId("url").value;
+    if (dialog.returnValue === "open") tell(show(sourceOfAddress(address)));
+    if (dialog.returnValue === "thumbnail") tell(sourceOfThumbnail(desk, address).then(show));
+  };
+  dialog.showModal();
+}
+
+async function save() {
+  const address = URL.createObjectURL(await viewer.savedStream());
+  Object.assign(document.createElement("a"), { href: address, download: viewer.name }).click();
+  setTimeout(() => URL.revokeObjectURL(address), 60000);
+}
+
+const keys = {
+  " ": () => tell(viewer.play(speed())),
+  "[": () => viewer.step(-20),
+  "]": () => viewer.step(20),
+  a: () => tell(viewer.autoWindow()),
+  f: () => viewer.allValues(),
+};
+
+/** Buttons and fields keep their own keys, and so do dialogs. */
+function pressed(event) {
+  if (event.ctrlKey || event.metaKey || event.altKey || document.querySelector("dialog[open]")) return;
+  if (event.target.matches("button, select, a, input:not([type=range])")) return;
+  const does = keys[event.key.length === 1 ? event.key.toLowerCase() : event.key];
+  if (does !== undefined) does();
+  else if (!viewer.zoom(event.key)) return;
+  event.preventDefault();
+}
+
+function takeDrops() {
+  for (const name of ["dragover", "drop", "dragleave"])
+    addEventListener(name, (event) => {
+      event.preventDefault();
+      document.body.classList.toggle("dropping", name === "dragover");
+      if (name === "drop" && event.dataTransfer.files.length > 0) openFile(event.dataTransfer.files[0]);
+    });
+}
+
+function takeInput() {
+  on("demonstration", "click", openDemonstration);
+  on("file", "change", ({ target }) => target.files.length > 0 && openFile(target.files[0]));
+  on("address", "click", openAddress);
+  on("help", "click", () => byId("helpDialog").showModal());
+  on("play", "click", () => tell(viewer.play(speed())));
+  on("save", "click", () => tell(save()));
+  on("speed", "change", () => {
+    isSpeedChosen = true;
+    viewer.setSpeed(speed());
+  });
+  const zooms = { zoomIn: "+", zoomOut: "-", fit: "0", actual: "1" };
+  for (const [id, key] of Object.entries(zooms)) on(id, "click", () => viewer.zoom(key));
+  addEventListener("keydown", pressed);
+  takeDrops();
+}
+
+/** Opens ?file=, or the demonstration; not by itself for people who want less motion. */
+function openFirst() {
+  const address = new URLSearchParams(location.search).get("file");
+  if (address !== null) return tell(show(sourceOfAddress(address)));
+  if (matchMedia("(prefers-reduced-motion: reduce)").matches) return say("Open a file, or see the demonstration.");
+  return openDemonstration();
+}
+
+async function begin() {
+  desk = await Desk.open(byId("worker").textContent, inlineBytes("module"));
+  viewer = new Viewer(desk);
+  takeInput();
+  await openFirst();
+}
+
+tell(begin());

@@ -1,0 +1,81 @@
+// Window and level of gray pictures, above a histogram.
+
+const byId = (id) => document.getElementById(id);
+
+export class WindowControl {
+  #changed;
+  #most = 255;
+  #bins = null;
+  /** What is black, and what is white. */
+  range = [0, 255];
+
+  /** `changed` is called when the user has chosen another window. */
+  constructor(changed, wantsAuto) {
+    this.#changed = changed;
+    byId("low").addEventListener("input", () => this.#set(Number(byId("low").value), this.range[1]));
+    byId("high").addEventListener("input", () => this.#set(this.range[0], Number(byId("high").value)));
+    byId("auto").addEventListener("click", wantsAuto);
+    byId("full").addEventListener("click", () => this.all());
+  }
+
+  /** Begins with all values that samples of so many bits may have. Colours have no window here. */
+  open(bits, isGray) {
+    byId("window").hidden = !isGray;
+    this.#most = 2 ** bits - 1;
+    this.#bins = null;
+    byId("low").max = byId("high").max = this.#most;
+    this.#show([0, this.#most]);
+  }
+
+  all() {
+    this.#set(0, this.#most);
+  }
+
+  /** The window moves with a drag up and down, and grows with one to the right. Way: parts of the stage. */
+  drag({ x, y }) {
+    const [low, high] = this.range;
+    const level = (y * this.#most) / 2;
+    const growth = (x * this.#most) / 2;
+    this.#set(Math.round(low + level - growth), Math.round(high + level + growth));
+  }
+
+  set([low, high]) {
+    this.#set(low, high);
+  }
+  #set(low, high) {
+    const least = Math.min(Math.max(low, 0), this.#most - 1);
+    this.#show([least, Math.min(Math.max(high, least + 1), this.#most)]);
+    this.#changed();
+  }
+  #show(range) {
+    this.range = range;
+    [byId("low").value, byId("high").value] = range;
+    [byId("lowValue").value, byId("highValue").value] = range;
+    this.#draw();
+  }
+
+  histogram(bins) {
+    this.#bins = bins;
+    this.#draw();
+  }
+
+  /** Heights are square roots: few samples are seen, too. */
+  #draw() {
+    const canvas = byId("histogram");
+    const context = canvas.getContext("2d");
+    const { width, height } = canvas;
+    const style = getComputedStyle(canvas);
+    context.clearRect(0, 0, width, height);
+    context.fillStyle = style.borderTopColor;
+    const [low, high] = this.range.map((value) => (value / this.#most) * width);
+    context.fillRect(low, 0, Math.max(high - low, 1), height);
+    if (this.#bins === null) return;
+    context.fillStyle = style.color;
+    const tallest = Math.sqrt(Math.max(...this.#bins));
+    const barWidth = width / this.#bins.length;
+    this.#bins.forEach((count, i) => {
+      const bar = (Math.sqrt(count) / tallest) * height;
+      context.fillRect(i * barWidth, height - bar, Math.ceil(barWidth), bar);
+    });
+  }
+}
