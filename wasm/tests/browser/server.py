@@ -13,6 +13,9 @@ CHUNKS_PER_SECOND = 20
 class Handler(http.server.SimpleHTTPRequestHandler):
     """The path's query says how: ?speed=BYTES a second, ?ranges=no."""
 
+    def do_HEAD(self):
+        self.do_GET()
+
     def do_GET(self):
         address = urllib.parse.urlsplit(self.path)
         query = dict(urllib.parse.parse_qsl(address.query))
@@ -40,6 +43,8 @@ class Handler(http.server.SimpleHTTPRequestHandler):
         self.send_header("Content-Type", self.guess_type(urllib.parse.urlsplit(self.path).path))
         self.send_header("Content-Length", str(len(body)))
         self.end_headers()
+        if self.command == "HEAD":
+            return
         self.send_slowly(body, int(query.get("speed", 0)) or len(body) * CHUNKS_PER_SECOND)
 
     def send_slowly(self, body, speed):

@@ -59,6 +59,18 @@ def test_the_demonstration_sharpens_beside_the_same_bytes_of_a_png(viewer, serve
     viewer.wait_for_message("Complete: 1,239,753 bytes, 20.8 % of 5,972,763 raw bytes.")
 
 
+def test_the_png_of_the_demonstration_has_the_samples_of_its_stream(viewer, server, tmp_path):
+    """Their streams are equal, and a stream has one image."""
+    viewer.open(server.address("index.html?file=cat.tk"))
+    viewer.wait_for_message("Complete")
+    viewer.driver.execute_cdp_cmd("Browser.setDownloadBehavior", {"behavior": "allow", "downloadPath": str(tmp_path)})
+    viewer.element("file").send_keys(str(server.folders[0] / "retina.png"))
+    viewer.wait_for_message("every sample is equal")
+    viewer.click("save")
+    viewer.wait(lambda: (tmp_path / "retina.png.tk").exists())
+    assert (tmp_path / "retina.png.tk").read_bytes() == (server.folders[0] / "retina.tk").read_bytes()
+
+
 def test_the_slider_shows_what_any_number_of_bytes_is_worth(viewer, server):
     viewer.open(server.address("index.html?file=cat.tk"))
     viewer.wait_for_message("Complete")

@@ -3,6 +3,7 @@
 import pytest
 from conftest import VIEWER
 from selenium.webdriver.common.keys import Keys
+from server import Server
 
 INTERACTIVE = {"button", "slider", "combobox", "textbox", "spinbutton", "link", "image", "progressbar", "status"}
 
@@ -34,7 +35,7 @@ def test_everything_that_can_be_used_has_a_name(page):
 
 def test_the_focus_goes_through_the_page_from_above(page):
     order = []
-    page.driver.execute_script("document.activeElement.blur()")
+    page.driver.execute_script("document.activeElement.blur(); getSelection().collapse(document.body, 0)")
     for _ in range(16):
         page.keys(Keys.TAB)
         order.append(page.driver.execute_script("return document.activeElement.id || document.activeElement.className"))
@@ -127,6 +128,17 @@ def test_the_page_works_from_a_folder(viewer, golden):
     viewer.drop("good.tk", golden("g8_photo_161x121.c.tk"))
     viewer.wait(lambda: "good.tk" in viewer.text("caption"))
     viewer.wait_for_message("Every bit")
+
+
+def test_without_the_demonstration_the_page_says_so(viewer, golden, tmp_path):
+    (tmp_path / "index.html").write_bytes((VIEWER / "index.html").read_bytes())
+    with Server(tmp_path) as bare:
+        viewer.open(bare.address("index.html"))
+        viewer.wait_for_message("the demonstration is not beside this page")
+        assert any("404" in words for words in viewer.complaints())
+        viewer.drop("good.tk", golden("g8_photo_161x121.c.tk"))
+        viewer.wait_for_message("Every bit")
+        bare.shutdown()
 
 
 def test_the_page_asks_for_nothing_but_its_own_files(viewer, server):

@@ -6,20 +6,16 @@ export class Desk {
   #count = 0;
 
   /** The source of the worker and the module stand in the page: it opens from a folder, too. */
-  static async open(source, module) {
-    const desk = new Desk(new Worker(URL.createObjectURL(new Blob([source], { type: "text/javascript" }))));
-    await desk.ask("start", { bytes: module }, [module.buffer]);
-    return desk;
-  }
-
-  constructor(worker) {
-    this.#worker = worker;
-    worker.onmessage = ({ data: { id, answer, error } }) => {
+  constructor(source, module) {
+    this.#worker = new Worker(URL.createObjectURL(new Blob([source], { type: "text/javascript" })));
+    this.#worker.onmessage = ({ data: { id, answer, error } }) => {
       const { resolve, reject } = this.#open.get(id);
       this.#open.delete(id);
       if (error === undefined) resolve(answer);
       else reject(new Error(error));
     };
+    /** Fails where the browser cannot run the module. Questions may be asked before. */
+    this.started = this.ask("start", { bytes: module }, [module.buffer]);
   }
 
   /** Returns: the answer. Throws: Error with the worker's words. */

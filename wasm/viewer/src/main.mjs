@@ -3,15 +3,17 @@
 import { Desk } from "./desk.mjs";
 import { say } from "./labels.mjs";
 import { sourceOfFile, sourceOfThumbnail } from "./opening.mjs";
-import { demonstration, inlineBytes, sourceOfAddress } from "./sources.mjs";
+import { demonstration, hasDemonstration, inlineBytes, sourceOfAddress } from "./sources.mjs";
 import { Viewer } from "./viewer.mjs";
 
 const byId = (id) => document.getElementById(id);
 const on = (id, name, does) => byId(id).addEventListener(name, does);
 
-let desk;
-let viewer;
+const desk = new Desk(byId("worker").textContent, inlineBytes("module"));
+const viewer = new Viewer(desk);
 let isSpeedChosen = false;
+/** Whether the user has opened something: the page then opens nothing by itself any more. */
+let hasChosen = false;
 
 const speed = () => Number(byId("speed").value);
 
@@ -33,16 +35,26 @@ async function show(source) {
   if (source.words) say(source.words);
 }
 
-const openFile = (file) => tell(sourceOfFile(desk, file).then(show));
-const openDemonstration = () => tell(show(demonstration()));
+/** What the user opened has the focus: keys are about the picture from now on. */
+function showChosen(source) {
+  byId("picture").focus({ preventScroll: true });
+  return show(source);
+}
+
+function open(source) {
+  hasChosen = true;
+  tell(Promise.resolve(source).then(showChosen));
+}
+const openFile = (file) => open(sourceOfFile(desk, file));
+const openDemonstration = () => open(demonstration());
 
 function openAddress() {
   const dialog = byId("addressDialog");
   dialog.returnValue = "cancel";
   dialog.onclose = () => {
     const address = byId("url").value;
-    if (dialog.returnValue === "open") tell(show(sourceOfAddress(address)));
-    if (dialog.returnValue === "thumbnail") tell(sourceOfThumbnail(desk, address).then(show));
+    if (dialog.returnValue === "open") open(sourceOfAddress(address));
+    if (dialog.returnValue === "thumbnail") open(sourceOfThumbnail(desk, address));
   };
   dialog.showModal();
 }
@@ -97,19 +109,23 @@ function takeInput() {
   takeDrops();
 }
 
-/** Opens ?file=, or the demonstration; not by itself for people who want less motion. */
-function openFirst() {
+/** Opens ?file=, or the demonstration: not by itself for people who want less motion, nor where it is missing. */
+async function openFirst() {
   const address = new URLSearchParams(location.search).get("file");
-  if (address !== null) return tell(show(sourceOfAddress(address)));
+  if (address !== null) return show(sourceOfAddress(address));
+  const isThere = await hasDemonstration();
+  if (hasChosen) return undefined;
+  if (!isThere) return say("Open a file: the demonstration is not beside this page.");
   if (matchMedia("(prefers-reduced-motion: reduce)").matches) return say("Open a file, or see the demonstration.");
-  return openDemonstration();
+  return show(demonstration());
 }
 
 async function begin() {
-  desk = await Desk.open(byId("worker").textContent, inlineBytes("module"));
-  viewer = new Viewer(desk);
   takeInput();
-  await openFirst();
+  await desk.started.catch((error) => {
+    throw new Error(`This browser cannot run the decoder: ${error.message}`);
+  });
+  if (!hasChosen) await openFirst();
 }
 
 tell(begin());

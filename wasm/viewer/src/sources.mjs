@@ -32,6 +32,13 @@ export function inlineBytes(id) {
   return text === "" ? null : Uint8Array.from(atob(text), (character) => character.charCodeAt(0));
 }
 
+/** Returns: whether the photograph is in the page, or beside it. */
+export async function hasDemonstration() {
+  if (document.getElementById("demo-stream").textContent !== "") return true;
+  const response = await fetch("retina.tk", { method: "HEAD" }).catch(() => null);
+  return response?.ok ?? false;
+}
+
 /** The photograph, and the same samples as PNG: in the page, or beside it. */
 export function demonstration() {
   const bytes = inlineBytes("demo-stream");

@@ -99,12 +99,12 @@ export class Viewer {
     if (!file || arrival !== this.#arrival) return;
     this.#sequential.open(file);
     byId("sequential").hidden = false;
-    this.#showSequential();
+    this.#showSequential(this.#shownBytes());
   }
-  #showSequential() {
+  #showSequential(bytes) {
     if (byId("sequential").hidden) return;
-    labels.sequentialCaption(this.#sequential.sizeBytes, this.#shownBytes());
-    this.#sequential.show(this.#shownBytes());
+    labels.sequentialCaption(this.#sequential.sizeBytes, bytes);
+    this.#sequential.show(bytes);
   }
 
   async #take(part, arrival) {
@@ -189,7 +189,7 @@ export class Viewer {
     this.#stage.show(painted);
     labels.figures(painted, this.#info, this.#total);
     labels.pictureLabel(this.#source.name, this.#info, this.#total === null ? "some" : percentText(bytes, this.#total));
-    this.#showSequential();
+    this.#showSequential(bytes);
     clearTimeout(this.#timer);
     this.#timer = setTimeout(() => this.#whenIdle(bytes, this.#arrival), this.#end === null ? 0 : idle);
   }
