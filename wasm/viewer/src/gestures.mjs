@@ -1,4 +1,4 @@
-// Pointers, wheel and keys that move and zoom a view.
+// What moves and zooms a view: pointers and the wheel on a canvas, keys on the whole page.
 
 const arrows = { ArrowLeft: [1, 0], ArrowRight: [-1, 0], ArrowUp: [0, 1], ArrowDown: [0, -1] };
 const arrowPixels = 80;
@@ -24,7 +24,6 @@ export class Gestures {
       canvas.addEventListener(name, (event) => this.#pointers.delete(event.pointerId));
     canvas.addEventListener("wheel", (event) => this.#wheel(event), { passive: false });
     canvas.addEventListener("dblclick", (event) => this.#zoom(2, this.#at(event)));
-    canvas.addEventListener("keydown", (event) => this.#key(event));
   }
 
   #at({ offsetX, offsetY }) {
@@ -64,19 +63,12 @@ export class Gestures {
     const lines = event.deltaMode === WheelEvent.DOM_DELTA_LINE ? 30 : 1;
     this.#zoom(2 ** (-event.deltaY * lines * 0.002), this.#at(event));
   }
-
-  #key(event) {
-    if (event.ctrlKey || event.metaKey || event.altKey || !(event.key in arrows)) return;
-    const [x, y] = arrows[event.key];
-    event.preventDefault();
-    this.#view.pan(x * arrowPixels, y * arrowPixels);
-    this.#changed();
-  }
 }
 
-/** What the keys of the whole page do to a view. Returns: whether it was such a key. */
-export function zoomByKey(view, key) {
-  if (key === "+" || key === "=") view.zoomBy(keyZoom);
+/** Returns: whether it was a key that does something to a view. */
+export function pressed(view, key) {
+  if (key in arrows) view.pan(...arrows[key].map((way) => way * arrowPixels));
+  else if (key === "+" || key === "=") view.zoomBy(keyZoom);
   else if (key === "-") view.zoomBy(1 / keyZoom);
   else if (key === "0") view.fit();
   else if (key === "1") view.zoomTo(1);

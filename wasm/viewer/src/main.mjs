@@ -31,8 +31,8 @@ async function show(source) {
   if (source === null) return;
   if (!isSpeedChosen) byId("speed").value = source.isDemonstration ? "200000" : "Infinity";
   byId("save").hidden = true;
-  await viewer.open(source, speed());
-  if (source.words) say(source.words);
+  const isShown = await viewer.open(source, speed());
+  if (isShown && source.words) say(source.words);
 }
 
 /** What the user opened has the focus: keys are about the picture from now on. */
@@ -69,17 +69,18 @@ const keys = {
   " ": () => tell(viewer.play(speed())),
   "[": () => viewer.step(-20),
   "]": () => viewer.step(20),
-  a: () => tell(viewer.autoWindow()),
+  a: () => viewer.autoWindow(),
   f: () => viewer.allValues(),
 };
 
-/** Buttons and fields keep their own keys, and so do dialogs. */
+/** Buttons and fields keep their own keys, sliders their arrows, dialogs all. */
 function pressed(event) {
   if (event.ctrlKey || event.metaKey || event.altKey || document.querySelector("dialog[open]")) return;
   if (event.target.matches("button, select, a, input:not([type=range])")) return;
+  if (event.target.matches("input") && event.key.startsWith("Arrow")) return;
   const does = keys[event.key.length === 1 ? event.key.toLowerCase() : event.key];
   if (does !== undefined) does();
-  else if (!viewer.zoom(event.key)) return;
+  else if (!viewer.press(event.key)) return;
   event.preventDefault();
 }
 
@@ -104,7 +105,7 @@ function takeInput() {
     viewer.setSpeed(speed());
   });
   const zooms = { zoomIn: "+", zoomOut: "-", fit: "0", actual: "1" };
-  for (const [id, key] of Object.entries(zooms)) on(id, "click", () => viewer.zoom(key));
+  for (const [id, key] of Object.entries(zooms)) on(id, "click", () => viewer.press(key));
   addEventListener("keydown", pressed);
   takeDrops();
 }

@@ -40,6 +40,8 @@ export class Pictures {
     this.#info = this.#end = this.#shown = this.#complete = null;
   }
   push(chunk) {
+    // The memory that samples are a view of may move.
+    this.#shown = null;
     this.#decoder.push(chunk);
     this.#info ??= this.#decoder.probe();
     return this.#info;
@@ -59,6 +61,7 @@ export class Pictures {
     const begin = performance.now();
     const picture = this.#decoder.decode({ prefix: bytes, reduce });
     this.#shown = { bytes, reduce, picture, milliseconds: performance.now() - begin };
+    if (picture.bytesPerPixel !== 3) this.#shown.histogram = histogramOf(picture);
     return this.#shown;
   }
 
@@ -70,20 +73,11 @@ export class Pictures {
     const isAll = bytes === this.#end;
     const carried = isAll ? 0 : reductionFor(this.#info, bytes);
     const reduce = Math.min(Math.max(reduction, carried), this.#info.reductions);
-    const { picture, milliseconds } = this.#picture(bytes, reduce);
+    const { picture, milliseconds, histogram } = this.#picture(bytes, reduce);
     const part = crop(picture, region, reduce);
     const rgba = toRgba(part, window);
     const { width, height, complete } = picture;
-    return { bytes, reduce, milliseconds, complete, size: { width, height }, rgba, part: placeOf(part, reduce) };
-  }
-
-  /** Returns: how many samples of the picture that was painted have each of 512 ranges of values, and a window for it. */
-  histogram() {
-    const { samples } = this.#shown.picture;
-    const counts = new Uint32Array(2 ** depthOf(this.#info));
-    // Reduced samples are limited, but a stream may hold larger ones than it declares.
-    for (const sample of samples) ++counts[Math.min(sample, counts.length - 1)];
-    return { bins: binsOf(counts, 512), window: windowOf(counts, samples.length) };
+    return { reduce, milliseconds, complete, size: { width, height }, rgba, part: placeOf(part, reduce), histogram };
   }
 
   /** Returns: decibels of all samples of a prefix against the complete picture; null where that is too large to keep. */
@@ -124,6 +118,15 @@ function crop(picture, region, reduce) {
 /** Returns: pixels of a cropped picture, and the place of its corner in the image. */
 function placeOf({ left, top, width, height }, reduce) {
   return { x: left * 2 ** reduce, y: top * 2 ** reduce, width, height };
+}
+
+/** Returns: how many samples of a gray picture have each of up to 512 ranges of values, and a window for it. */
+function histogramOf(picture) {
+  const { samples } = picture;
+  const counts = new Uint32Array(2 ** depthOf(picture));
+  // A stream may hold larger samples than it declares.
+  for (const sample of samples) ++counts[Math.min(sample, counts.length - 1)];
+  return { bins: binsOf(counts, 512), window: windowOf(counts, samples.length) };
 }
 
 function binsOf(counts, most) {

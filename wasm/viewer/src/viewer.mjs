@@ -3,7 +3,7 @@
 import { Arrival } from "./arrival.mjs";
 import { ByteSlider } from "./byteslider.mjs";
 import { bytesText, distanceText, percentText } from "./figures.mjs";
-import { Gestures, zoomByKey } from "./gestures.mjs";
+import { Gestures, pressed } from "./gestures.mjs";
 import * as labels from "./labels.mjs";
 import { Painter } from "./painter.mjs";
 import { Sequential } from "./sequential.mjs";
@@ -45,13 +45,16 @@ export class Viewer {
     this.#sequential = new Sequential(new Stage(byId("other"), this.#view));
     this.#painter = new Painter(desk, (painted, error, wish) => this.#painted(painted, error, wish));
     this.#slider = new ByteSlider((bytes, isAll) => this.#choose(isAll ? null : bytes));
-    this.#window = new WindowControl(() => this.#paint(), () => this.autoWindow());
+    this.#window = new WindowControl(() => this.#paint());
     const drag = ({ x, y }) =>
       this.#info && isGray(this.#info) && this.#window.drag({ x: x / this.#view.stage.width, y: y / this.#view.stage.height });
     for (const id of ["picture", "other"]) new Gestures(byId(id), this.#view, () => this.#viewChanged(), drag);
   }
 
-  /** Shows a source from its first byte at the speed that is chosen. Throws: Error that says what is wrong. */
+  /**
+   * Shows a source from its first byte at the speed that is chosen. Returns: whether all of it is shown, and not
+   * another one by now. Throws: Error that says what is wrong.
+   */
   async open(source, speed) {
     this.#arrival?.cancel();
     const arrival = new Arrival(speed);
@@ -59,9 +62,9 @@ export class Viewer {
     this.#begin(source);
     try {
       await this.#arrive(arrival);
+      return arrival === this.#arrival;
     } catch (error) {
-      // Another source may have been opened since.
-      if (arrival !== this.#arrival) return;
+      if (arrival !== this.#arrival) return false;
       arrival.cancel();
       if (this.#info === null) labels.show(false);
       throw error.message.includes(source.name) ? error : new Error(`${source.name}: ${error.message}`);
@@ -187,42 +190,32 @@ export class Viewer {
     if (this.#info === null) return;
     if (error !== null) return this.#fail(error);
     this.#stage.show(painted);
-    labels.figures(painted, this.#info, this.#total);
+    if (painted.histogram) this.#window.show(painted.histogram);
+    labels.figures({ ...painted, bytes }, this.#info, this.#total);
     labels.pictureLabel(this.#source.name, this.#info, this.#total === null ? "some" : percentText(bytes, this.#total));
     this.#showSequential(bytes);
     clearTimeout(this.#timer);
-    this.#timer = setTimeout(() => this.#whenIdle(bytes, this.#arrival), this.#end === null ? 0 : idle);
+    if (this.#end !== null) this.#timer = setTimeout(() => this.#compare(bytes, this.#arrival), idle);
   }
   #fail(error) {
     this.#arrival.cancel();
     labels.say(`${this.#source.name}: ${error.message}`, true);
   }
 
-  /** What is not worth the time while pictures follow each other. */
-  async #whenIdle(bytes, arrival) {
+  async #compare(bytes, arrival) {
     try {
-      await this.#compare(bytes, arrival);
+      const decibels = await this.#desk.ask("distance", { bytes });
+      if (arrival === this.#arrival && bytes === this.#shownBytes()) labels.distance(distanceText(decibels));
     } catch (error) {
       if (arrival === this.#arrival) this.#fail(error);
     }
   }
-  async #compare(bytes, arrival) {
-    if (isGray(this.#info)) {
-      const { bins } = await this.#desk.ask("histogram");
-      if (arrival === this.#arrival) this.#window.histogram(bins);
-    }
-    if (this.#end === null) return;
-    const decibels = await this.#desk.ask("distance", { bytes });
-    if (arrival === this.#arrival && bytes === this.#shownBytes()) labels.distance(distanceText(decibels));
-  }
 
-  async autoWindow() {
-    if (this.#info === null || !isGray(this.#info)) return;
-    const { window } = await this.#desk.ask("histogram");
-    this.#window.set(window);
+  autoWindow() {
+    if (this.#info !== null && isGray(this.#info)) this.#window.auto();
   }
   allValues() {
-    this.#window.all();
+    if (this.#info !== null && isGray(this.#info)) this.#window.all();
   }
 
   setSpeed(speed) {
@@ -239,8 +232,9 @@ export class Viewer {
   step(count) {
     this.#slider.step(count);
   }
-  zoom(key) {
-    if (!zoomByKey(this.#view, key)) return false;
+  /** Returns: whether it was a key that moves or zooms the picture. */
+  press(key) {
+    if (!pressed(this.#view, key)) return false;
     this.#viewChanged();
     return true;
   }

@@ -5,16 +5,16 @@ const byId = (id) => document.getElementById(id);
 export class WindowControl {
   #changed;
   #most = 255;
-  #bins = null;
+  #histogram = null;
   /** What is black, and what is white. */
   range = [0, 255];
 
   /** `changed` is called when the user has chosen another window. */
-  constructor(changed, wantsAuto) {
+  constructor(changed) {
     this.#changed = changed;
     byId("low").addEventListener("input", () => this.#set(Number(byId("low").value), this.range[1]));
     byId("high").addEventListener("input", () => this.#set(this.range[0], Number(byId("high").value)));
-    byId("auto").addEventListener("click", wantsAuto);
+    byId("auto").addEventListener("click", () => this.auto());
     byId("full").addEventListener("click", () => this.all());
   }
 
@@ -22,11 +22,15 @@ export class WindowControl {
   open(bits, isGray) {
     byId("window").hidden = !isGray;
     this.#most = 2 ** bits - 1;
-    this.#bins = null;
+    this.#histogram = null;
     byId("low").max = byId("high").max = this.#most;
-    this.#show([0, this.#most]);
+    this.#put([0, this.#most]);
   }
 
+  /** The window that the histogram suggests. */
+  auto() {
+    if (this.#histogram !== null) this.#set(...this.#histogram.window);
+  }
   all() {
     this.#set(0, this.#most);
   }
@@ -39,23 +43,21 @@ export class WindowControl {
     this.#set(Math.round(low + level - growth), Math.round(high + level + growth));
   }
 
-  set([low, high]) {
-    this.#set(low, high);
-  }
   #set(low, high) {
     const least = Math.min(Math.max(low, 0), this.#most - 1);
-    this.#show([least, Math.min(Math.max(high, least + 1), this.#most)]);
+    this.#put([least, Math.min(Math.max(high, least + 1), this.#most)]);
     this.#changed();
   }
-  #show(range) {
+  #put(range) {
     this.range = range;
     [byId("low").value, byId("high").value] = range;
     [byId("lowValue").value, byId("highValue").value] = range;
     this.#draw();
   }
 
-  histogram(bins) {
-    this.#bins = bins;
+  /** Takes the histogram of the picture that is shown. */
+  show(histogram) {
+    this.#histogram = histogram;
     this.#draw();
   }
 
@@ -69,11 +71,12 @@ export class WindowControl {
     context.fillStyle = style.borderTopColor;
     const [low, high] = this.range.map((value) => (value / this.#most) * width);
     context.fillRect(low, 0, Math.max(high - low, 1), height);
-    if (this.#bins === null) return;
+    if (this.#histogram === null) return;
+    const { bins } = this.#histogram;
     context.fillStyle = style.color;
-    const tallest = Math.sqrt(Math.max(...this.#bins));
-    const barWidth = width / this.#bins.length;
-    this.#bins.forEach((count, i) => {
+    const tallest = Math.sqrt(Math.max(...bins));
+    const barWidth = width / bins.length;
+    bins.forEach((count, i) => {
       const bar = (Math.sqrt(count) / tallest) * height;
       context.fillRect(i * barWidth, height - bar, Math.ceil(barWidth), bar);
     });

@@ -18,7 +18,6 @@ const answers = {
   push: ({ chunk }) => pictures.push(chunk),
   end: () => pictures.end(),
   paint: (wanted) => pictures.paint(wanted),
-  histogram: () => pictures.histogram(),
   distance: ({ bytes }) => pictures.distance(bytes),
   stream: () => pictures.stream(),
   async thumbnail({ url }) {
