@@ -29,7 +29,8 @@ def build_library(folder):
         return Path(os.environ["TESK_BUILD_TREE"]).resolve()
     if shutil.which("cmake") is None:
         raise SystemExit("tesk is built with CMake, and there is no command cmake: apt-get install cmake g++ make")
-    settings = ["-DCMAKE_BUILD_TYPE=Release", "-DBUILD_SHARED_LIBS=OFF", "-DTESK_BUILD_TOOLS=OFF", "-DTESK_INSTALL=OFF"]
+    settings = ["-DCMAKE_BUILD_TYPE=Release", "-DBUILD_SHARED_LIBS=OFF", "-DTESK_BUILD_TOOLS=OFF", "-DTESK_INSTALL=OFF",
+                "-DCMAKE_UNITY_BUILD=ON"]  # a third of the compiler's time
     subprocess.run(["cmake", "-S", CORE, "-B", folder, *settings], check=True)
     jobs = str(os.cpu_count() or 1)
     subprocess.run(["cmake", "--build", folder, "--target", "tesk_static", "--parallel", jobs], check=True)

@@ -26,8 +26,9 @@ function reductionFor(info, streamBytes) {
 export class Pictures {
   #decoder;
   #info = null;
-  /** Bytes of the complete stream, once all has come. */
+  /** Where the stream ends, once all has come, and whether it is complete. */
   #end = null;
+  #isComplete = false;
   #shown = null;
   #complete = null;
 
@@ -51,6 +52,7 @@ export class Pictures {
   end() {
     const found = this.#decoder.measure();
     this.#end = found.bytes;
+    this.#isComplete = found.complete;
     return { ...found, surplus: this.#decoder.bytes - found.bytes };
   }
 
@@ -70,7 +72,7 @@ export class Pictures {
    * stage has pixels for.
    */
   paint({ bytes, region, reduction, window }) {
-    const isAll = bytes === this.#end;
+    const isAll = this.#isComplete && bytes === this.#end;
     const carried = isAll ? 0 : reductionFor(this.#info, bytes);
     const reduce = Math.min(Math.max(reduction, carried), this.#info.reductions);
     const { picture, milliseconds, histogram } = this.#picture(bytes, reduce);
