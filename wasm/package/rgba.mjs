@@ -3,9 +3,8 @@
 /** Returns: what becomes of each value of a sample: 0 up to the lower end of the window, 255 from the upper on. */
 function shades([low, high], count) {
   const table = new Uint8Array(count);
-  const scale = 255 / Math.max(high - low, 1);
   for (let value = 0; value < count; ++value)
-    table[value] = Math.max(0, Math.min(255, Math.round((value - low) * scale)));
+    table[value] = value <= low ? 0 : value >= high ? 255 : Math.round((255 * (value - low)) / (high - low));
   return table;
 }
 
