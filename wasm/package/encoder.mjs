@@ -5,6 +5,7 @@ import { compile, Library, status, TeskError } from "./instance.mjs";
 export { TeskError };
 
 const unverified = 2;
+const leastBudget = 16;
 
 export async function loadEncoder(source) {
   return new Encoder(await Library.of(await compile(source, "tesk-encoder.wasm")));
@@ -23,6 +24,7 @@ export class Encoder {
   encode(image, { budget = 0, verify = true } = {}) {
     const library = this.#library;
     const bytes = bytesOf(image);
+    if (!(budget === 0 || budget >= leastBudget)) throw library.error(status.invalidArgument, `: a budget of ${budget} bytes`);
     const pixels = library.allocate(bytes.length);
     try {
       library.bytes(pixels, bytes.length).set(bytes);
@@ -55,11 +57,13 @@ export class Encoder {
 }
 
 /** Returns: the samples as bytes. Throws: TeskError where they are not as many as the image has. */
-function bytesOf({ width, height, bytesPerPixel, samples }) {
-  const bytes = new Uint8Array(samples.buffer, samples.byteOffset, samples.byteLength);
+function bytesOf({ width, height, bytesPerPixel, bitsPerSample, samples }) {
+  // A number that is none of a stream would be one in the call.
+  if (![width, height, bytesPerPixel, bitsPerSample ?? 8].every((number) => number >= 0 && number < 65536 && Number.isInteger(number)))
+    throw new TeskError(`${width} x ${height} pixels of ${bytesPerPixel} bytes, ${bitsPerSample} bits`, status.unsupportedFormat);
   const needed = width * height * bytesPerPixel;
-  if (bytes.length === needed) return bytes;
+  const given = samples?.BYTES_PER_ELEMENT === undefined ? "none" : samples.byteLength;
+  if (given === needed) return new Uint8Array(samples.buffer, samples.byteOffset, needed);
   throw new TeskError(
-    `${width} x ${height} pixels of ${bytesPerPixel} bytes are ${needed} bytes, not ${bytes.length}`,
-    status.invalidArgument);
+    `${width} x ${height} pixels of ${bytesPerPixel} bytes are ${needed} bytes, not ${given}`, status.invalidArgument);
 }

@@ -78,6 +78,10 @@ export class Library {
   bytes(pointer, count) {
     return new Uint8Array(this.#exports.memory.buffer, pointer, count);
   }
+  /** Returns: whether an array is a view of the memory. */
+  owns(array) {
+    return array.buffer === this.#exports.memory.buffer;
+  }
   #words(pointer, bytes) {
     return new Uint32Array(this.#exports.memory.buffer, pointer, bytes / 4);
   }

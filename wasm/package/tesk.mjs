@@ -32,9 +32,13 @@ export class Decoder {
   }
 
   push(chunk) {
-    this.#makeRoom(this.#size + chunk.length);
-    this.#open().bytes(this.#stream + this.#size, chunk.length).set(chunk);
-    this.#size += chunk.length;
+    const library = this.#open();
+    if (chunk?.BYTES_PER_ELEMENT !== 1) throw new TeskError("a chunk is no Uint8Array", status.invalidArgument);
+    // Growing moves the memory, and takes views of it away.
+    const bytes = library.owns(chunk) ? chunk.slice() : chunk;
+    this.#makeRoom(this.#size + bytes.length);
+    library.bytes(this.#stream + this.#size, bytes.length).set(bytes);
+    this.#size += bytes.length;
   }
 
   stream() {
@@ -44,7 +48,7 @@ export class Decoder {
   /** Twice as much as is needed, or exactly that where there is no more. */
   #makeRoom(bytes) {
     if (bytes <= this.#room) return;
-    const library = this.#open();
+    const library = this.#library;
     let room = Math.max(2 * bytes, firstRoom);
     try {
       this.#stream = library.grow(this.#stream, room);
@@ -69,8 +73,8 @@ export class Decoder {
   }
 
   probe() {
-    if (this.#size < 16) return null;
     const library = this.#open();
+    if (this.#size < 16) return null;
     const image = library.image();
     const answer = library.call("tesk_probe", this.#stream, this.#size, image);
     if (answer !== status.ok) throw library.error(answer);
@@ -103,7 +107,6 @@ export class Decoder {
     const bytes = info.width * info.height * info.bytesPerPixel;
     this.#freeSamples();
     this.#samples = library.allocate(bytes);
-    // A number that is none of the stream would be one in the call.
     const streamBytes = Math.min(Math.max(Math.trunc(prefix) || 0, 0), this.#size);
     const answer = library.call(
       "tesk_decompress_reduced", this.#codec, this.#stream, streamBytes, reduce, this.#samples, bytes, 0, 0);
@@ -114,10 +117,11 @@ export class Decoder {
   #pictureInfo(reduce, maxPixels) {
     const whole = this.probe();
     if (whole === null) throw this.#library.error(status.invalidStream, `: ${this.#size} bytes`);
-    const info = this.#reduced(whole, reduce);
-    if (info === null)
+    // A number that is none of these would be one in the call.
+    if (!(Number.isInteger(reduce) && reduce >= 0 && reduce <= whole.reductions))
       throw this.#library.error(status.unsupportedFormat, `: ${whole.reductions} reductions, not ${reduce}`);
-    if (info.width * info.height > maxPixels)
+    const info = this.#reduced(whole, reduce);
+    if (!(info.width * info.height <= maxPixels))
       throw this.#library.error(status.limitExceeded, `: ${info.width} x ${info.height}, at most ${maxPixels} pixels`);
     return { ...info, reductions: whole.reductions - reduce };
   }
