@@ -7,13 +7,17 @@ const rangeNotSatisfiable = 416;
 
 export async function fetchThumbnail(decoder, url, { side = 256, bitsPerSample = 2, signal } = {}) {
   const file = new RemoteFile(url, signal);
-  decoder.reset();
-  decoder.push(await file.read(firstBytes));
-  const info = decoder.probe();
-  if (info === null) throw new TeskError(`${url}: ${decoder.bytes} bytes are no stream`, 3);
-  const reduce = reductionFor(info, side);
-  decoder.push(await file.read(bytesFor(info, reduce, bitsPerSample)));
-  await file.close();
+  let reduce;
+  try {
+    decoder.reset();
+    decoder.push(await file.read(firstBytes));
+    const info = decoder.probe();
+    if (info === null) throw new TeskError(`${url}: ${decoder.bytes} bytes are no stream`, 3);
+    reduce = reductionFor(info, side);
+    decoder.push(await file.read(bytesFor(info, reduce, bitsPerSample)));
+  } finally {
+    await file.close();
+  }
   const picture = decoder.decode({ reduce });
   return { picture, reduce, bytes: decoder.bytes, fileBytes: file.totalBytes, requests: file.requests };
 }
@@ -62,10 +66,18 @@ class RemoteFile {
     if (response.status === rangeNotSatisfiable) return new Uint8Array();
     if (!response.ok) throw new Error(`${this.#url}: ${response.status} ${response.statusText}`);
     if (response.status === 206) {
-      this.totalBytes = totalOf(response.headers.get("Content-Range"));
+      this.#checkRange(response.headers.get("Content-Range"), end);
       return new Uint8Array(await response.arrayBuffer());
     }
     return this.#begin(response, end);
+  }
+
+  /** "bytes 0-4095/123456", or * for the last number. Other sites may hide it: CORS. */
+  #checkRange(given, end) {
+    const [, first, total] = /^bytes (\d+)-\d+\/(\d+|\*)$/.exec(given) ?? [];
+    if (first !== undefined && Number(first) !== this.#position)
+      throw new Error(`${this.#url}: ${given} instead of bytes ${this.#position}-${end - 1}`);
+    this.totalBytes = Number.isNaN(Number(total)) ? null : Number(total);
   }
 
   /** A server without ranges sends all of the file: what is not needed stays unread. */
@@ -95,10 +107,4 @@ class RemoteFile {
   async close() {
     await this.#body?.cancel();
   }
-}
-
-/** Of "bytes 0-4095/123456". Returns: null where the server does not tell. */
-function totalOf(contentRange) {
-  const total = Number(contentRange?.split("/")[1]);
-  return Number.isSafeInteger(total) ? total : null;
 }
