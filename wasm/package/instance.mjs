@@ -32,17 +32,17 @@ async function bytesOfResponse(response) {
   return response.arrayBuffer();
 }
 
-async function bytesBeside(fileName) {
-  const url = new URL(fileName, import.meta.url);
+/** Returns: the bytes of a file of the package, in browsers and in Node. */
+export async function bytesOfFile(url) {
   if (url.protocol !== "file:") return bytesOfResponse(await fetch(url));
   // Not a literal: those who bundle for browsers look for it in vain.
   const files = "node:fs/promises";
-  return (await import(files)).readFile(url);
+  return (await import(/* webpackIgnore: true */ /* @vite-ignore */ files)).readFile(url);
 }
 
-/** Returns: the module of a source as `load` takes it; of a file beside this one without a source. */
-export async function compile(source, fileName) {
-  const given = source === undefined ? await bytesBeside(fileName) : await source;
+/** Returns: the module of a source as `load` takes it. */
+export async function compile(source) {
+  const given = await source;
   if (given instanceof WebAssembly.Module) return given;
   const isResponse = typeof Response !== "undefined" && given instanceof Response;
   return WebAssembly.compile(isResponse ? await bytesOfResponse(given) : given);

@@ -1,7 +1,7 @@
 // The decoder: streams of tesk, whole or as far as they have come, to samples.
 // Types and contracts: tesk.d.mts.
 
-import { compile, Library, status, TeskError } from "./instance.mjs";
+import { bytesOfFile, compile, Library, status, TeskError } from "./instance.mjs";
 
 export { toRgba } from "./rgba.mjs";
 export { TeskError };
@@ -10,7 +10,9 @@ const firstRoom = 1 << 16;
 const mostPixels = 2 ** 28;
 
 export async function load(source) {
-  return new Decoder(await Library.of(await compile(source, "tesk-decoder.wasm")));
+  // Written out, so that bundlers see which file is meant.
+  const bytes = source ?? bytesOfFile(new URL("./tesk-decoder.wasm", import.meta.url));
+  return new Decoder(await Library.of(await compile(bytes)));
 }
 
 export class Decoder {

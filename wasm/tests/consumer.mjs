@@ -10,9 +10,10 @@ import { packageFolder } from "./support.mjs";
 export class Consumer {
   folder = mkdtempSync(join(tmpdir(), "tesk-consumer-"));
 
-  constructor() {
+  /** An empty one has the package not yet. */
+  constructor({ empty = false } = {}) {
     mkdirSync(join(this.folder, "node_modules"));
-    symlinkSync(packageFolder, join(this.folder, "node_modules", "tesk"));
+    if (!empty) symlinkSync(packageFolder, join(this.folder, "node_modules", "tesk"));
     this.write("package.json", JSON.stringify({ type: "module", private: true }));
   }
 

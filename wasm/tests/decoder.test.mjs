@@ -64,6 +64,18 @@ test("a chunk may be a view of the decoder's memory, also when that moves", asyn
   assert.ok(copies > pushes, `${copies} copies of ${pushes} chunks`);
 });
 
+test("stream gives back what has come, and may be pushed again", async () => {
+  const decoder = await load();
+  assert.equal(decoder.stream().length, 0);
+  for (let pushes = 1; pushes <= 8; ++pushes) {
+    decoder.push(pushes === 1 ? stream : decoder.stream());
+    const copies = Buffer.concat(Array(2 ** (pushes - 1)).fill(stream));
+    assertSameBytes(decoder.stream(), copies, `${pushes} pushes`);
+  }
+  decoder.reset();
+  assert.equal(decoder.stream().length, 0);
+});
+
 test("reset forgets the stream", async () => {
   const decoder = await load();
   decoded(decoder, stream);
@@ -91,7 +103,7 @@ test("close: every other call throws then", async () => {
   assert.equal(decoder.bytes, 0);
   const calls = [
     () => decoder.push(stream), () => decoder.push(new Uint8Array()), () => decoder.reset(),
-    () => decoder.probe(), () => decoder.measure(), () => decoder.decode(),
+    () => decoder.probe(), () => decoder.measure(), () => decoder.stream(), () => decoder.decode(),
   ];
   for (const call of calls) assert.throws(call, teskError(status.invalidArgument), `${call}`);
   decoder.close();
