@@ -40,6 +40,7 @@ export class FileServer {
 
   #answer(request, response) {
     const path = request.url.slice(1);
+    if (this.#files[path]?.type) response.setHeader("Content-Type", this.#files[path].type);
     this.requests.push({ path, range: request.headers.range });
     const file = this.#files[path];
     if (file === undefined) return response.writeHead(404, "Not Found").end("<html>no such file</html>");
@@ -57,7 +58,7 @@ export class FileServer {
   }
 
   /** In pieces, so that a client can stop it. */
-  #sendAll({ bytes, length = true }, response) {
+  #sendAll({ bytes, length = true, pause = 0 }, response) {
     response.writeHead(200, length ? { "Content-Length": bytes.length } : {});
     let at = 0;
     const send = () => {
@@ -66,6 +67,7 @@ export class FileServer {
         at += piece.length;
         this.sentBytes += piece.length;
         if (!response.write(piece)) return response.once("drain", send);
+        if (pause > 0) return setTimeout(send, pause);
       }
       response.end();
     };
