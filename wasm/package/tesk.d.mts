@@ -28,7 +28,7 @@ export interface Picture extends Info {
 }
 
 export interface DecodeOptions {
-  /** Bytes of the stream to decode, 16 or more. All that have come, if left out. */
+  /** Bytes of the stream to decode, 16 or more; more than have come are these. All that have come, if left out. */
   prefix?: number;
   /** The picture has 1 : 2^reduce of the image's sides, rounded up, in a part of the time. 0, if left out. */
   reduce?: number;
@@ -61,7 +61,11 @@ export class Decoder {
   /** Bytes that have come. */
   readonly bytes: number;
 
-  /** Adds what has come. The chunk is copied. Throws: TeskError without memory; the stream is as before. */
+  /**
+   * Adds what has come. The chunk is copied; it may be a view of the decoder's own memory.
+   *
+   * Throws: TeskError without memory, or when the chunk has no bytes as elements; the stream is as before.
+   */
   push(chunk: Uint8Array): void;
 
   /** Returns: the bytes that have come: a view of the decoder's memory, which the next call may take away. */
@@ -94,8 +98,9 @@ export class Decoder {
 /**
  * Makes the pixels of a canvas: `new ImageData(toRgba(picture), picture.width)`. Opaque.
  *
- * Samples up to the first number of the window are black, from the second on white. Without a window it is
- * all that `bitsPerSample` can say.
+ * Samples up to the first number of the window are black, from the second on white; where the second is not the
+ * larger one, all above the first are white. Without a window it is all that `bitsPerSample` can say, as far as the
+ * samples can.
  */
 export function toRgba(picture: Picture, window?: readonly [number, number]): Uint8ClampedArray;
 

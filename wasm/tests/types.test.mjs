@@ -43,11 +43,9 @@ for (const name of declared) {
   });
 }
 
-for (const resolution of ["node16", "nodenext"])
-  test(`a program compiles against the types, module ${resolution}`, () => {
-    const consumer = new Consumer();
-    consumer.write("program.mts", readFileSync(`${sourceFolder}wasm/tests/types_test.mts`, "utf8"));
-    consumer.run("tsc", "--strict", "--noEmit", "--module", resolution, "--moduleResolution", resolution,
-      "--target", "es2022", "--lib", "es2022,dom", "program.mts");
-    consumer.remove();
-  });
+test("a program compiles against the types", () => {
+  const consumer = new Consumer();
+  consumer.write("program.mts", readFileSync(`${sourceFolder}wasm/tests/types_test.mts`, "utf8"));
+  consumer.run("tsc", "--strict", "--noEmit", "--module", "node16", "--target", "es2022", "--lib", "es2022,dom", "program.mts");
+  consumer.remove();
+});
