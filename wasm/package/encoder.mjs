@@ -26,7 +26,8 @@ export class Encoder {
   encode(image, { budget = 0, verify = true } = {}) {
     const library = this.#library;
     const bytes = bytesOf(image);
-    if (!(budget === 0 || budget >= leastBudget)) throw library.error(status.invalidArgument, `: a budget of ${budget} bytes`);
+    if (!(budget === 0 || budget >= leastBudget))
+      throw library.error(status.invalidArgument, `: a budget of ${budget} bytes`);
     const pixels = library.allocate(bytes.length);
     try {
       library.bytes(pixels, bytes.length).set(bytes);
@@ -58,11 +59,13 @@ export class Encoder {
   }
 }
 
+/** Other numbers would become one of these in the call. */
+const fitsInHeader = (number) => Number.isInteger(number) && number >= 0 && number < 65536;
+
 /** Returns: the samples as bytes. Throws: TeskError where they are not as many as the image has. */
 function bytesOf({ width, height, bytesPerPixel, bitsPerSample, samples }) {
-  // A number that is none of a stream would be one in the call.
-  if (![width, height, bytesPerPixel, bitsPerSample ?? 8].every((number) => number >= 0 && number < 65536 && Number.isInteger(number)))
-    throw new TeskError(`${width} x ${height} pixels of ${bytesPerPixel} bytes, ${bitsPerSample} bits`, status.unsupportedFormat);
+  if (![width, height, bytesPerPixel, bitsPerSample ?? 8].every(fitsInHeader))
+    throw new TeskError(`${width} x ${height} pixels, ${bytesPerPixel} bytes, ${bitsPerSample} bits`, status.unsupportedFormat);
   const needed = width * height * bytesPerPixel;
   const given = samples?.BYTES_PER_ELEMENT === undefined ? "none" : samples.byteLength;
   if (given === needed) return new Uint8Array(samples.buffer, samples.byteOffset, needed);

@@ -6,7 +6,9 @@ import test from "node:test";
 
 import { loadEncoder } from "../../build/wasm/package/encoder.mjs";
 import { load } from "../../build/wasm/package/tesk.mjs";
-import { assertSameBytes, bytesOf, Chance, decoded, decoderWithLibrary, golden, moduleOf, packageFolder, status, teskError } from "./support.mjs";
+import {
+  assertSameBytes, bytesOf, Chance, decoded, decoderWithLibrary, golden, moduleOf, packageFolder, status, teskError,
+} from "./support.mjs";
 
 const stream = golden("g8_photo_161x121.c.tk");
 const raw = golden("g8_photo_161x121.raw");

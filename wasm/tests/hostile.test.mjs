@@ -33,8 +33,11 @@ function assertUsable() {
   assertSameBytes(bytesOf(picture), goodImage);
 }
 
-const streams = ["g8_photo_64x64", "g8_ramp_20x100", "rgb_photo_64x48", "rgb_noise_16x16", "g16_photo16_96x64", "g16_noise16_32x32", "g8_photo_3x100"]
-  .map((image) => golden(`${image}.c.tk`));
+const images = [
+  "g8_photo_64x64", "g8_ramp_20x100", "g8_photo_3x100", "rgb_photo_64x48", "rgb_noise_16x16", "g16_photo16_96x64",
+  "g16_noise16_32x32",
+];
+const streams = images.map((image) => golden(`${image}.c.tk`));
 
 /** Ways to damage a stream, in place or by a new one. */
 const damages = {
@@ -43,7 +46,8 @@ const damages = {
     return stream;
   },
   "many flipped bits": (stream, chance) => {
-    for (let flips = 1 + chance.below(40); flips > 0; --flips) stream[16 + chance.below(stream.length - 16)] ^= 1 << chance.below(8);
+    for (let flips = 1 + chance.below(40); flips > 0; --flips)
+      stream[16 + chance.below(stream.length - 16)] ^= 1 << chance.below(8);
     return stream;
   },
   "a piece of junk": (stream, chance) => {

@@ -12,7 +12,9 @@ const encoder = await loadEncoder();
 const stream = golden("g8_photo_64x64.c.tk");
 const raw = golden("g8_photo_64x64.raw");
 const image = { width: 64, height: 64, bytesPerPixel: 1, bitsPerSample: 8, samples: raw };
-const odd = [NaN, -1, -0.5, 0.5, 1.5, 2 ** 31, 2 ** 32, 2 ** 33, 2 ** 32 + 1, 2 ** 53, -(2 ** 33), Infinity, -Infinity, null, "1", {}];
+const odd = [
+  NaN, -1, -0.5, 0.5, 1.5, 2 ** 31, 2 ** 32, 2 ** 33, 2 ** 32 + 1, 2 ** 53, -(2 ** 33), Infinity, -Infinity, null, "1", {},
+];
 decoder.push(stream);
 
 test("`prefix`: as many bytes as there are", () => {
@@ -44,15 +46,19 @@ test("`budget`: 0, or 16 and more", () => {
   for (const budget of [16, 100, 100.9]) assert.equal(encoder.encode(image, { budget }).length, Math.trunc(budget));
 });
 
+/** The encoder refuses the image, with these numbers in place of its own. */
+function refuses(numbers) {
+  const call = () => encoder.encode({ ...image, ...numbers });
+  assert.throws(call, teskError(status.invalidArgument, status.unsupportedFormat), JSON.stringify(numbers));
+}
+
 test("sizes: whole numbers, and samples that fit", () => {
   for (const name of ["width", "height", "bytesPerPixel"])
-    for (const value of [...odd, 0, 63, undefined])
-      assert.throws(() => encoder.encode({ ...image, [name]: value }), teskError(status.invalidArgument, status.unsupportedFormat), `${name} ${value}`);
+    for (const value of [...odd, 0, 63, undefined]) refuses({ [name]: value });
   // Products that fit are no excuse.
   for (const [width, height] of [[1.5, 2], [2, 1.5], [-2, -2], [0.5, 6], [2 ** 40, 2 ** -38]])
-    assert.throws(() => encoder.encode({ width, height, bytesPerPixel: 1, samples: new Uint8Array(width * height) }), teskError(status.invalidArgument, status.unsupportedFormat), `${width} x ${height}`);
-  for (const bitsPerSample of [NaN, -1, 0, 0.5, 7.5, 9, 2 ** 32 + 8, Infinity, "junk"])
-    assert.throws(() => encoder.encode({ ...image, bitsPerSample }), teskError(status.invalidArgument, status.unsupportedFormat), `${bitsPerSample}`);
+    refuses({ width, height, samples: new Uint8Array(width * height) });
+  for (const bitsPerSample of [NaN, -1, 0, 0.5, 7.5, 9, 2 ** 32 + 8, Infinity, "junk"]) refuses({ bitsPerSample });
   assertSameBytes(encoder.encode({ ...image, bitsPerSample: undefined }), stream);
 });
 
@@ -66,7 +72,8 @@ test("samples: as many bytes as the image has", () => {
 });
 
 test("chunks are bytes", () => {
-  const other = [undefined, null, 5, "words", [1, 2], stream.buffer, new DataView(stream.buffer), new Uint16Array(8), new Float64Array(2)];
+  const { buffer } = stream;
+  const other = [undefined, null, 5, "words", [1, 2], buffer, new DataView(buffer), new Uint16Array(8), new Float64Array(2)];
   for (const chunk of other) assert.throws(() => decoder.push(chunk), teskError(status.invalidArgument), `${chunk}`);
   assert.equal(decoder.bytes, stream.length);
   for (const chunk of [stream, new Uint8ClampedArray(stream), Buffer.from(stream)])

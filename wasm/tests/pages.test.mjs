@@ -38,7 +38,8 @@ const painted = [];
 const canvas = {
   getContext: () => ({
     putImageData: (image) => painted.push(image),
-    getImageData: (x, y, width, height) => ({ width, height, data: new Uint8ClampedArray(4 * width * height).map((_, i) => (i >> 4) & 255) }),
+    getImageData: (x, y, width, height) =>
+      new ImageDataOfPage(new Uint8ClampedArray(4 * width * height).map((_, i) => (i >> 4) & 255), width, height),
   }),
 };
 

@@ -5,14 +5,17 @@ import { createHash } from "node:crypto";
 import test from "node:test";
 
 import { load } from "../../build/wasm/package/tesk.mjs";
-import { assertSameBytes, assertShape, bytesOf, Chance, decoded, golden, goldenStreams, hasGolden, status, teskError } from "./support.mjs";
+import {
+  assertSameBytes, assertShape, bytesOf, Chance, decoded, golden, goldenStreams, hasGolden, status, teskError,
+} from "./support.mjs";
 
 const decoder = await load();
 const headerBytes = 16;
 /** Behind the last bit of a stream: docs/format.md, 9. */
 const mostPadding = 2;
 
-for (const image of ["g8_photo_64x64", "rgb_noise_16x16", "g16_noise16_32x32", "g8_ramp_20x100", "g8_flat_64x64", "g8_zero_64x64"])
+const images = ["g8_photo_64x64", "rgb_noise_16x16", "g16_noise16_32x32", "g8_ramp_20x100", "g8_flat_64x64", "g8_zero_64x64"];
+for (const image of images)
   test(`${image}: every prefix is a picture, the last ones are the image`, () => {
     const stream = golden(`${image}.c.tk`);
     const raw = golden(`${image}.raw`);

@@ -4,7 +4,9 @@ import assert from "node:assert/strict";
 import { readFileSync } from "node:fs";
 import test from "node:test";
 
-import { assertShape, bytesOf, decoded, decoderWithLibrary, golden, header, sourceFolder, status, teskError } from "./support.mjs";
+import {
+  assertShape, bytesOf, decoded, decoderWithLibrary, golden, header, sourceFolder, status, teskError,
+} from "./support.mjs";
 
 const { decoder, library } = await decoderWithLibrary();
 
@@ -12,7 +14,10 @@ const { decoder, library } = await decoderWithLibrary();
 const levelsOf = (width, height) => Math.min(Math.max(Math.floor(Math.log2(Math.min(width, height))) - 1, 0), 5);
 const sizeOf = (side, reduce) => Math.ceil(side / 2 ** reduce);
 
-const images = ["g8_photo_261x1026", "rgb_photo_101x77", "rgb_photo_33x65", "g16_photo16_96x64", "g8_flat_64x64", "g8_ramp_20x100", "g8_photo_3x100", "g8_one_1x1"];
+const images = [
+  "g8_photo_261x1026", "g8_flat_64x64", "g8_ramp_20x100", "g8_photo_3x100", "g8_one_1x1", "rgb_photo_101x77",
+  "rgb_photo_33x65", "g16_photo16_96x64",
+];
 for (const image of images)
   test(`${image}: every reduction has sides rounded up`, () => {
     const stream = golden(`${image}.c.tk`);
@@ -34,7 +39,8 @@ for (const image of images)
   });
 
 test("sizes are those of tesk_reduced_image", () => {
-  for (const [width, height] of [[2, 2], [3, 9], [4, 4], [7, 9], [8, 8], [15, 99], [16, 16], [31, 65], [63, 64], [64, 65], [257, 4096]]) {
+  const sizes = [[2, 2], [3, 9], [4, 4], [7, 9], [8, 8], [15, 99], [16, 16], [31, 65], [63, 64], [64, 65], [257, 4096]];
+  for (const [width, height] of sizes) {
     const { reductions } = decoded(decoder, header(width, height));
     assert.equal(reductions, levelsOf(width, height), `${width} x ${height}`);
     for (let reduce = 0; reduce <= reductions; ++reduce) {

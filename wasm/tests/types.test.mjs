@@ -12,8 +12,8 @@ const read = (name) => readFileSync(packageFolder + name, "utf8");
 
 /** Returns: the values that a declaration exports; types and interfaces are none. */
 function exportsOf(declaration) {
-  const names = [...declaration.matchAll(/^export (?:declare )?(?:async )?(?:function|class|const) (\w+)/gm)].map(([, name]) => name);
-  for (const [, list] of declaration.matchAll(/^export \{([^}]*)\}/gm)) names.push(...list.split(",").map((name) => name.trim()));
+  const names = [...declaration.matchAll(/^export (?:function|class|const) (\w+)/gm)].map(([, name]) => name);
+  for (const [, list] of declaration.matchAll(/^export \{([^}]*)\}/gm)) names.push(...list.trim().split(/\s*,\s*/));
   return names.sort();
 }
 
