@@ -45,6 +45,17 @@ test("`prefix` is as if no more had come", () => {
   }
 });
 
+test("no `prefix` reaches beyond what has come", async () => {
+  const stream = golden("g8_photo_161x121.c.tk");
+  const expected = bytesOf(decoded(await load(), stream.subarray(0, 1000)));
+  // The rest of the stream still stands behind these bytes in the memory.
+  decoded(decoder, stream);
+  decoder.reset();
+  decoder.push(stream.subarray(0, 1000));
+  for (const prefix of [1000, 1001, 1009, 10691, 2 ** 32, Infinity])
+    assertSameBytes(bytesOf(decoder.decode({ prefix })), expected, `${prefix}`);
+});
+
 // The tool makes cut streams by itself: what it does with them is known.
 for (const { stream, hash } of goldenStreams().filter(({ stream }) => stream.includes(".C_"))) {
   const image = stream.split(".")[0];
