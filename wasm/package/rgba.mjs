@@ -1,5 +1,7 @@
 // Samples to the pixels of a canvas.
 
+import { status, TeskError } from "./instance.mjs";
+
 /** Returns: what becomes of each value of a sample: 0 up to the lower end of the window, 255 from the upper on. */
 function shades([low, high], count) {
   const table = new Uint8Array(count);
@@ -13,6 +15,8 @@ const allValues = ({ bitsPerSample, bytesPerPixel }) => [0, 2 ** Math.min(bitsPe
 
 export function toRgba(picture, window = allValues(picture)) {
   const { samples, bytesPerPixel, width, height } = picture;
+  if (samples.length !== width * height * (bytesPerPixel === 3 ? 3 : 1))
+    throw new TeskError("the samples are gone: the decoder has worked since", status.invalidArgument);
   const shade = shades(window, bytesPerPixel === 2 ? 65536 : 256);
   const rgba = new Uint8ClampedArray(4 * width * height);
   // Whole pixels are four times as fast as bytes; all browsers run on little-endian machines.

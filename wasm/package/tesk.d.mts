@@ -101,6 +101,8 @@ export class Decoder {
  * Samples up to the first number of the window are black, from the second on white; where the second is not the
  * larger one, all above the first are white. Without a window it is all that `bitsPerSample` can say, as far as the
  * samples can.
+ *
+ * Throws: TeskError when the decoder has taken the samples away.
  */
 export function toRgba(picture: Picture, window?: readonly [number, number]): Uint8ClampedArray;
 

@@ -4,7 +4,7 @@ import assert from "node:assert/strict";
 import test from "node:test";
 
 import { load, toRgba } from "../../build/wasm/package/tesk.mjs";
-import { decoded, golden } from "./support.mjs";
+import { decoded, golden, status, teskError } from "./support.mjs";
 
 /** Returns: a picture of one row. */
 function row(bytesPerPixel, bitsPerSample, values) {
@@ -82,4 +82,12 @@ test("pictures of streams have their pixels", async () => {
   const deep = new Uint16Array(golden("g16_photo16_96x64.raw").slice().buffer);
   const grayscale = toRgba(decoded(decoder, golden("g16_photo16_96x64.c.tk")));
   assert.ok(deep.every((value, i) => grayscale[4 * i] === Math.round((value * 255) / 65535)));
+});
+
+test("samples that the decoder took away are an error, not a black picture", async () => {
+  const decoder = await load();
+  const picture = decoded(decoder, golden("rgb_photo_33x65.c.tk"));
+  decoder.push(new Uint8Array(1 << 24));
+  assert.equal(picture.samples.length, 0);
+  assert.throws(() => toRgba(picture), teskError(status.invalidArgument));
 });
