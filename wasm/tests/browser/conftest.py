@@ -34,5 +34,13 @@ def viewer(driver, server):
 
 
 @pytest.fixture
+def page(viewer, server):
+    """The page with a photograph that has arrived."""
+    viewer.open(server.address("index.html?file=cat.tk"))
+    viewer.wait_for_message("Every bit")
+    return viewer
+
+
+@pytest.fixture
 def golden():
     return lambda name: (ROOT / "tests/golden" / name).read_bytes()

@@ -62,34 +62,30 @@ def test_the_demonstration_sharpens_beside_the_same_bytes_of_a_png(viewer, serve
     viewer.wait_for_message("Complete: 1,239,753 bytes, 20.8 % of 5,972,763 raw bytes.")
 
 
-def test_the_png_of_the_demonstration_has_the_samples_of_its_stream(viewer, server, tmp_path):
+def test_the_png_of_the_demonstration_has_the_samples_of_its_stream(page, server, tmp_path):
     """Their streams are equal, and a stream has one image."""
-    viewer.open(server.address("index.html?file=cat.tk"))
-    viewer.wait_for_message("Complete")
-    viewer.driver.execute_cdp_cmd("Browser.setDownloadBehavior", {"behavior": "allow", "downloadPath": str(tmp_path)})
-    viewer.element("file").send_keys(str(server.folders[0] / "retina.png"))
-    viewer.wait_for_message("every sample is equal")
-    viewer.click("save")
-    viewer.wait(lambda: (tmp_path / "retina.png.tk").exists())
+    page.driver.execute_cdp_cmd("Browser.setDownloadBehavior", {"behavior": "allow", "downloadPath": str(tmp_path)})
+    page.element("file").send_keys(str(server.folders[0] / "retina.png"))
+    page.wait_for_message("every sample is equal")
+    page.click("save")
+    page.wait(lambda: (tmp_path / "retina.png.tk").exists())
     assert (tmp_path / "retina.png.tk").read_bytes() == (server.folders[0] / "retina.tk").read_bytes()
 
 
-def test_the_slider_shows_what_any_number_of_bytes_is_worth(viewer, server):
-    viewer.open(server.address("index.html?file=cat.tk"))
-    viewer.wait_for_message("Complete")
-    viewer.wait(lambda: viewer.text("figureDistance") == "every sample equal")
+def test_the_slider_shows_what_any_number_of_bytes_is_worth(page, server):
+    page.wait(lambda: page.text("figureDistance") == "every sample equal")
     decibels = []
     for position in (950, 800, 600, 300):
-        viewer.choose("bytes", position)
-        viewer.wait(lambda: viewer.text("figureDistance").endswith("dB") and viewer.text("figureDistance") not in decibels)
-        decibels.append(viewer.text("figureDistance"))
+        page.choose("bytes", position)
+        page.wait(lambda: page.text("figureDistance").endswith("dB") and page.text("figureDistance") not in decibels)
+        decibels.append(page.text("figureDistance"))
     values = [float(text.split()[0]) for text in decibels]
     assert values == sorted(values, reverse=True)
     # What the tool says of 12684 bytes of this stream stands in the README: 34.6 dB.
-    viewer.driver.execute_script("document.getElementById('bytes').step = 'any'")
-    viewer.choose("bytes", 719.38)
-    viewer.wait(lambda: viewer.text("figureDistance") == "34.6 dB")
-    assert viewer.text("figureRate") == "0.250"
+    page.driver.execute_script("document.getElementById('bytes').step = 'any'")
+    page.choose("bytes", 719.38)
+    page.wait(lambda: page.text("figureDistance") == "34.6 dB")
+    assert page.text("figureRate") == "0.250"
 
 
 def test_space_holds_the_arrival_and_lets_it_go_on(viewer, server):
@@ -105,15 +101,14 @@ def test_space_holds_the_arrival_and_lets_it_go_on(viewer, server):
     viewer.wait_for_message("Complete")
 
 
-def test_a_stream_that_was_cut_is_called_one(viewer, server):
-    viewer.open(server.address("index.html?file=cat.tk"))
-    viewer.wait_for_message("Complete")
+def test_a_stream_that_was_cut_is_called_one(page, server):
     content = (server.folders[-1] / "cat.tk").read_bytes()
-    viewer.drop("cut.tk", content[:20_000])
-    viewer.wait_for_message("The stream ends early, after 20,000 bytes")
+    page.drop("cut.tk", content[:20_000])
+    page.wait_for_message("The stream ends early, after 20,000 bytes")
 
 
 def test_bytes_behind_a_stream_are_not_counted(viewer, server, golden):
+    # Dropped before the first file is there: what the user opens counts.
     viewer.open(server.address("index.html?file=cat.tk"))
     stream = golden("g8_photo_161x121.c.tk")
     viewer.drop("two.tk", stream + b"something else")
@@ -121,23 +116,19 @@ def test_bytes_behind_a_stream_are_not_counted(viewer, server, golden):
     assert "14 bytes behind the stream are not part of it" in viewer.text("message")
 
 
-def test_a_thumbnail_takes_the_bytes_that_it_says(viewer, server):
-    viewer.open(server.address("index.html?file=cat.tk"))
-    viewer.wait_for_message("Complete")
-    viewer.click("address")
-    viewer.element("url").send_keys("retina.tk")
+def test_a_thumbnail_takes_the_bytes_that_it_says(page, server):
+    page.click("address")
+    page.element("url").send_keys("retina.tk")
     before = server.sent_bytes
-    viewer.driver.find_element("css selector", "#addressDialog [value=thumbnail]").click()
-    viewer.wait_for_message("in 2 requests")
-    words = viewer.text("message")
+    page.driver.find_element("css selector", "#addressDialog [value=thumbnail]").click()
+    page.wait_for_message("in 2 requests")
+    words = page.text("message")
     assert words.startswith("A thumbnail of 177 × 177 pixels from the first ")
     fetched = int(words.split("first ")[1].split(" of ")[0].replace(",", ""))
     assert fetched == server.sent_bytes - before < 1_239_753 / 20
 
 
-def test_hashes_differ(viewer, server):
+def test_hashes_differ(page, server):
     """What the other tests rely on: the hash of the canvas is that of its pixels."""
-    viewer.open(server.address("index.html?file=cat.tk"))
-    viewer.wait_for_message("Complete")
-    _, _, pixels = viewer.pixels()
-    assert viewer.hash() == hashlib.sha256(pixels).hexdigest() != hashlib.sha256(bytes(len(pixels))).hexdigest()
+    _, _, pixels = page.pixels()
+    assert page.hash() == hashlib.sha256(pixels).hexdigest() != hashlib.sha256(bytes(len(pixels))).hexdigest()

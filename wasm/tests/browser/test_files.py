@@ -7,13 +7,6 @@ import pytest
 from PIL import Image
 
 
-@pytest.fixture
-def page(viewer, server):
-    viewer.open(server.address("index.html?file=g8_photo_161x121.c.tk"))
-    viewer.wait_for_message("Every bit")
-    return viewer
-
-
 def png_of(image):
     content = io.BytesIO()
     image.save(content, "PNG")

@@ -8,13 +8,6 @@ from server import Server
 INTERACTIVE = {"button", "slider", "combobox", "textbox", "spinbutton", "link", "image", "progressbar", "status"}
 
 
-@pytest.fixture
-def page(viewer, server):
-    viewer.open(server.address("index.html?file=cat.tk"))
-    viewer.wait_for_message("Every bit")
-    return viewer
-
-
 def tree(page):
     """Returns: role and name of all that screen readers see and say."""
     nodes = page.driver.execute_cdp_cmd("Accessibility.getFullAXTree", {})["nodes"]

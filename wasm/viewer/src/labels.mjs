@@ -1,12 +1,10 @@
 // The words and figures of the page.
 
 import * as text from "./figures.mjs";
+import { samplesOf } from "./geometry.mjs";
 
 const byId = (id) => document.getElementById(id);
 const put = (id, words) => (byId(id).textContent = words);
-
-export const samplesOf = ({ width, height, bytesPerPixel }) => width * height * (bytesPerPixel === 3 ? 3 : 1);
-export const rawBytesOf = ({ width, height, bytesPerPixel }) => width * height * bytesPerPixel;
 
 /** Read aloud by screen readers: for what has happened, not for every picture. */
 export function say(words, isError = false) {

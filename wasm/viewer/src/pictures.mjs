@@ -2,22 +2,17 @@
 // from the complete picture. Runs in the worker.
 
 import { toRgba } from "../../package/tesk.mjs";
+import { channelsOf, depthOf, isGray, rawBytesOf, samplesOf } from "./geometry.mjs";
 
 /** The complete picture is kept for comparison up to so many samples. */
 const mostCompared = 2 ** 26;
-
-/** Bits of a sample. Streams may declare any number. */
-export const depthOf = ({ bitsPerSample, bytesPerPixel }) =>
-  Math.min(Math.max(bitsPerSample, 1), bytesPerPixel === 2 ? 16 : 8);
-
-const channels = ({ bytesPerPixel }) => (bytesPerPixel === 3 ? 3 : 1);
 
 /**
  * Returns: the reduction whose picture has half a bit for each of its bytes. More pixels would only be
  * blurred ones.
  */
 function reductionFor(info, streamBytes) {
-  const rawBytes = info.width * info.height * info.bytesPerPixel;
+  const rawBytes = rawBytesOf(info);
   let reduce = 0;
   while (reduce < info.reductions && rawBytes / 4 ** reduce > 16 * streamBytes) ++reduce;
   return reduce;
@@ -63,7 +58,7 @@ export class Pictures {
     const begin = performance.now();
     const picture = this.#decoder.decode({ prefix: bytes, reduce });
     this.#shown = { bytes, reduce, picture, milliseconds: performance.now() - begin };
-    if (picture.bytesPerPixel !== 3) this.#shown.histogram = histogramOf(picture);
+    if (isGray(picture)) this.#shown.histogram = histogramOf(picture);
     return this.#shown;
   }
 
@@ -84,8 +79,7 @@ export class Pictures {
 
   /** Returns: decibels of all samples of a prefix against the complete picture; null where that is too large to keep. */
   distance(bytes) {
-    const { width, height } = this.#info;
-    if (width * height * channels(this.#info) > mostCompared) return null;
+    if (samplesOf(this.#info) > mostCompared) return null;
     this.#complete ??= this.#picture(this.#end, 0).picture.samples.slice();
     if (bytes === this.#end) return Infinity;
     const { samples } = this.#picture(bytes, 0).picture;
@@ -108,7 +102,7 @@ function crop(picture, region, reduce) {
   const width = Math.min(Math.ceil((region.x + region.width) / step), picture.width) - left;
   const height = Math.min(Math.ceil((region.y + region.height) / step), picture.height) - top;
   if (width === picture.width && height === picture.height) return { ...picture, left, top };
-  const parts = channels(picture);
+  const parts = channelsOf(picture);
   const samples = new picture.samples.constructor(width * height * parts);
   for (let row = 0; row < height; ++row) {
     const begin = ((top + row) * picture.width + left) * parts;

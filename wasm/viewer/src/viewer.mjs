@@ -3,6 +3,7 @@
 import { Arrival } from "./arrival.mjs";
 import { ByteSlider } from "./byteslider.mjs";
 import { bytesText, distanceText, percentText } from "./figures.mjs";
+import { depthOf, isGray, rawBytesOf } from "./geometry.mjs";
 import { Gestures, pressed } from "./gestures.mjs";
 import * as labels from "./labels.mjs";
 import { Painter } from "./painter.mjs";
@@ -12,8 +13,6 @@ import { View } from "./view.mjs";
 import { WindowControl } from "./window.mjs";
 
 const byId = (id) => document.getElementById(id);
-const isGray = (info) => info.bytesPerPixel !== 3;
-const depthOf = ({ bitsPerSample, bytesPerPixel }) => Math.min(Math.max(bitsPerSample, 1), bytesPerPixel === 2 ? 16 : 8);
 /** The comparison with the end takes a full picture: not for each step of a drag. */
 const idle = 150;
 
@@ -151,7 +150,7 @@ export class Viewer {
   }
 
   #sayEnd(complete, surplus) {
-    const raw = labels.rawBytesOf(this.#info);
+    const raw = rawBytesOf(this.#info);
     const size = `${bytesText(this.#end)} bytes, ${percentText(this.#end, raw)} of ${bytesText(raw)} raw bytes`;
     const trailer = surplus > 0 ? ` ${bytesText(surplus)} bytes behind the stream are not part of it.` : "";
     labels.say(complete ? `Complete: ${size}. Every bit of the image is there.${trailer}`
