@@ -18,7 +18,8 @@ export function caption(name, info) {
 
 export function sequentialCaption(sizeBytes, shownBytes) {
   const part = shownBytes >= sizeBytes ? "all" : text.bytesText(shownBytes);
-  put("otherCaption", `The same samples as PNG: ${part} of ${text.bytesText(sizeBytes)} bytes, as this browser shows them`);
+  const all = text.bytesText(sizeBytes);
+  put("otherCaption", `The same samples as PNG: ${part} of ${all} bytes, as this browser shows them`);
 }
 
 /** The figures of a picture that was painted. total: bytes of the stream, or null while nobody knows. */

@@ -34,15 +34,15 @@ async function converted(desk, file, wanted) {
     throw new Error(`${file.name}: ${error.message}`);
   });
   const back = isEqual ? "decoded again, every sample is equal" : "decoded again, samples differ: please report this";
-  const way = isPicture
-    ? ` (its pixels as a canvas has them: 8 bits${isOpaque ? "" : ", without its transparency"}; the file has ${bytesText(file.size)} bytes)`
-    : "";
+  const loss = isOpaque ? "" : ", without its transparency";
+  const size = `the file has ${bytesText(file.size)} bytes`;
+  const way = isPicture ? ` (its pixels as a canvas has them: 8 bits${loss}; ${size})` : "";
   const words = `${file.name}${way}: ${bytesText(rawBytes)} raw bytes became ${bytesText(stream.length)}, ` +
     `${percentText(stream.length, rawBytes)}, compressed and compared in ${timeText(milliseconds)}; ${back}.`;
   return { ...sourceOfBlob(`${file.name}.tk`, new Blob([stream])), words };
 }
 
-/** Returns: a source for a file; null when the user does not want it after all. Throws: Error with words for the user. */
+/** Returns: a source for a file; null when the user takes it back. Throws: Error that says what is wrong. */
 export async function sourceOfFile(desk, file) {
   if (file.size === 0) throw new Error(`${file.name} is empty`);
   if (await isStream(file)) return sourceOfBlob(file.name, file);

@@ -74,10 +74,11 @@ export class Pictures {
     const part = crop(picture, region, reduce);
     const rgba = toRgba(part, window);
     const { width, height, complete } = picture;
-    return { reduce, milliseconds, complete, size: { width, height }, rgba, part: placeOf(part, reduce), histogram };
+    const size = { width, height };
+    return { reduce, milliseconds, complete, size, rgba, part: placeOf(part, reduce), histogram };
   }
 
-  /** Returns: decibels of all samples of a prefix against the complete picture; null where that is too large to keep. */
+  /** Returns: decibels of a prefix against the complete picture; null where that is too large to keep. */
   distance(bytes) {
     if (samplesOf(this.#info) > mostCompared) return null;
     this.#complete ??= this.#picture(this.#end, 0).picture.samples.slice();
@@ -116,7 +117,7 @@ function placeOf({ left, top, width, height }, reduce) {
   return { x: left * 2 ** reduce, y: top * 2 ** reduce, width, height };
 }
 
-/** Returns: how many samples of a gray picture have each of up to 512 ranges of values, and a window for it. */
+/** Returns: how many samples of a gray picture each of up to 512 ranges of values has, and a window for it. */
 function histogramOf(picture) {
   const { samples } = picture;
   const counts = new Uint32Array(2 ** depthOf(picture));

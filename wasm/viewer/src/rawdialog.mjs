@@ -5,7 +5,7 @@ import { bytesText } from "./figures.mjs";
 const byId = (id) => document.getElementById(id);
 const bytesPerPixel = { gray8: 1, rgb8: 3, gray16le: 2, gray16be: 2 };
 
-/** Returns: the sides of the squarest image of so many pixels, width first; a row of its own when it has no divisors. */
+/** Returns: the sides of the squarest image of so many pixels. */
 export function squarest(pixels) {
   let height = Math.floor(Math.sqrt(pixels));
   while (height > 1 && pixels % height !== 0) --height;
@@ -21,14 +21,19 @@ function chosen() {
   };
 }
 
+function fit(needed, size) {
+  if (needed === size) return "all of the file";
+  return needed < size ? `${bytesText(size - needed)} bytes are left over` : "more than the file has";
+}
+
 /** Says whether the file has as many bytes as that. Returns: whether it has. */
 function check(size) {
   const { width, height, kind, skip } = chosen();
   const needed = skip + width * height * bytesPerPixel[kind];
-  const sum = `${width} × ${height} × ${bytesPerPixel[kind]}${skip ? ` + ${bytesText(skip)}` : ""} = ${bytesText(needed)} bytes`;
+  const before = skip ? ` + ${bytesText(skip)}` : "";
+  const sum = `${width} × ${height} × ${bytesPerPixel[kind]}${before} = ${bytesText(needed)} bytes`;
   const isEnough = needed <= size && byId("rawDialog").querySelector("form").checkValidity();
-  const rest = size === needed ? "all of the file" : needed < size ? `${bytesText(size - needed)} bytes are left over` : "more than the file has";
-  byId("rawAnswer").textContent = `${sum}: ${rest}.`;
+  byId("rawAnswer").textContent = `${sum}: ${fit(needed, size)}.`;
   byId("rawOpen").disabled = !isEnough;
 }
 
@@ -45,8 +50,8 @@ function suggest(size) {
 /** Returns: what the user says, or null. */
 export function askForGeometry(file) {
   const dialog = byId("rawDialog");
-  byId("rawName").textContent =
-    `${file.name}: ${bytesText(file.size)} bytes, neither a stream of tesk nor a picture that this browser opens. What do its samples look like?`;
+  byId("rawName").textContent = `${file.name}: ${bytesText(file.size)} bytes, neither a stream of tesk nor a picture ` +
+    "that this browser opens. What do its samples look like?";
   suggest(file.size);
   byId("rawKind").onchange = () => suggest(file.size);
   for (const id of ["rawWidth", "rawHeight", "rawSkip"]) byId(id).oninput = () => check(file.size);

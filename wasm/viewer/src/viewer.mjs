@@ -45,8 +45,7 @@ export class Viewer {
     this.#painter = new Painter(desk, (painted, error, wish) => this.#painted(painted, error, wish));
     this.#slider = new ByteSlider((bytes, isAll) => this.#choose(isAll ? null : bytes));
     this.#window = new WindowControl(() => this.#paint());
-    const drag = ({ x, y }) =>
-      this.#info && isGray(this.#info) && this.#window.drag({ x: x / this.#view.stage.width, y: y / this.#view.stage.height });
+    const drag = (way) => this.#dragWindow(way);
     for (const id of ["picture", "other"]) new Gestures(byId(id), this.#view, () => this.#viewChanged(), drag);
   }
 
@@ -210,6 +209,10 @@ export class Viewer {
     }
   }
 
+  #dragWindow({ x, y }) {
+    const { width, height } = this.#view.stage;
+    if (this.#info !== null && isGray(this.#info)) this.#window.drag({ x: x / width, y: y / height });
+  }
   autoWindow() {
     if (this.#info !== null && isGray(this.#info)) this.#window.auto();
   }

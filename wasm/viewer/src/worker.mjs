@@ -23,7 +23,8 @@ const answers = {
   async thumbnail({ url }) {
     const decoder = await load(module);
     const { bytes, fileBytes, requests, picture } = await fetchThumbnail(decoder, url);
-    return { bytes, fileBytes, requests, width: picture.width, height: picture.height, stream: decoder.stream().slice() };
+    const { width, height } = picture;
+    return { bytes, fileBytes, requests, width, height, stream: decoder.stream().slice() };
   },
   async convert({ canvas, raw }) {
     const encoder = await loadEncoder(module);
