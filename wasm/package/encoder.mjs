@@ -65,7 +65,7 @@ const fitsInHeader = (number) => Number.isInteger(number) && number >= 0 && numb
 /** Returns: the samples as bytes. Throws: TeskError where they are not as many as the image has. */
 function bytesOf({ width, height, bytesPerPixel, bitsPerSample, samples }) {
   if (![width, height, bytesPerPixel, bitsPerSample ?? 8].every(fitsInHeader))
-    throw new TeskError(`${width} x ${height} pixels, ${bytesPerPixel} bytes, ${bitsPerSample} bits`, status.unsupportedFormat);
+    throw new TeskError(`${width} x ${height} pixels of ${bytesPerPixel} bytes: sides go up to 65535`, status.unsupportedFormat);
   const needed = width * height * bytesPerPixel;
   const given = samples?.BYTES_PER_ELEMENT === undefined ? "none" : samples.byteLength;
   if (given === needed) return new Uint8Array(samples.buffer, samples.byteOffset, needed);

@@ -11,7 +11,7 @@ CHUNKS_PER_SECOND = 20
 
 
 class Handler(http.server.SimpleHTTPRequestHandler):
-    """The path's query says how: ?speed=BYTES a second, ?ranges=no."""
+    """The path's query says how: speed=BYTES a second, ranges=no, length=no, silent=yes, break=AFTER_BYTES."""
 
     def do_HEAD(self):
         self.do_GET()
@@ -24,6 +24,8 @@ class Handler(http.server.SimpleHTTPRequestHandler):
             self.send_error(404)
             return
         content = (found / address.path[1:]).read_bytes()
+        if query.get("silent"):
+            time.sleep(30)
         self.send_content(content, self.part_of(content, query), query)
 
     def part_of(self, content, query):
@@ -41,10 +43,12 @@ class Handler(http.server.SimpleHTTPRequestHandler):
         if part is not None:
             self.send_header("Content-Range", f"bytes {part.start}-{part.stop - 1}/{len(content)}")
         self.send_header("Content-Type", self.guess_type(urllib.parse.urlsplit(self.path).path))
-        self.send_header("Content-Length", str(len(body)))
+        if query.get("length") != "no":
+            self.send_header("Content-Length", str(len(body)))
         self.end_headers()
         if self.command == "HEAD":
             return
+        body = body[: int(query.get("break", len(body)))]
         self.send_slowly(body, int(query.get("speed", 0)) or len(body) * CHUNKS_PER_SECOND)
 
     def send_slowly(self, body, speed):

@@ -123,7 +123,7 @@ def test_a_thumbnail_takes_the_bytes_that_it_says(page, server):
     page.driver.find_element("css selector", "#addressDialog [value=thumbnail]").click()
     page.wait_for_message("in 2 requests")
     words = page.text("message")
-    assert words.startswith("A thumbnail of 177 × 177 pixels from the first ")
+    assert words.startswith("Enough for a thumbnail of 177 × 177 pixels: the first ")
     fetched = int(words.split("first ")[1].split(" of ")[0].replace(",", ""))
     assert fetched == server.sent_bytes - before < 1_239_753 / 20
 
@@ -132,3 +132,75 @@ def test_hashes_differ(page, server):
     """What the other tests rely on: the hash of the canvas is that of its pixels."""
     _, _, pixels = page.pixels()
     assert page.hash() == hashlib.sha256(pixels).hexdigest() != hashlib.sha256(bytes(len(pixels))).hexdigest()
+
+
+def test_a_cut_stream_is_not_called_all_of_it(page, server):
+    page.drop("cut.tk", (server.folders[-1] / "cat.tk").read_bytes()[:20_000])
+    page.wait(lambda: page.text("figureDistance") == "not known: it ends early")
+    assert page.text("figurePercent") == "–"
+    assert page.text("figureBytes") == "20,000"
+    assert "some of its bytes" in page.property("picture", "ariaLabel")
+
+
+def test_once_more_paints_from_the_beginning(page):
+    """While a picture of the end is still on its way."""
+    page.choose("speed", 20_000)
+    page.choose("bytes", 900)
+    page.click("play")
+    page.wait(lambda: "of 171,395" in page.text("figureBytes"))
+    assert bytes_shown(page) < 100_000
+    page.choose("speed", "Infinity")
+    page.wait_for_message("Complete")
+
+
+def test_a_comparison_belongs_to_the_picture_that_is_shown(page):
+    page.wait(lambda: page.text("figureDistance") == "every sample equal")
+    page.choose("bytes", 500)
+    page.wait(lambda: page.text("figurePercent") != "100 %")
+    assert page.text("figureDistance") != "every sample equal"
+    page.wait(lambda: page.text("figureDistance").endswith("dB"))
+
+
+def test_small_pictures_stand_where_the_image_stands(page):
+    """The middle of what is dark stays where it is while the picture sharpens."""
+    width, height = 256, 256
+    rows = [bytes(20 if 100 <= x < 140 and 60 <= y < 100 else 220 for x in range(width)) for y in range(height)]
+    page.drop("square.raw", b"".join(rows))
+    page.wait(lambda: page.element("rawDialog").is_displayed())
+    page.click("rawOpen")
+    page.wait_for_message("every sample is equal")
+    page.keys("1")
+    page.wait(lambda: page.text("zoom") == "100 %")
+    page.choose("bytes", 350)
+    page.wait(lambda: "1 : " in page.text("figureSize"))
+    page.driver.execute_async_script("setTimeout(arguments[0], 300)")
+    shades = page.picture(width, height)[::4]
+    weights = [(220 - shade if shade < 180 else 0, i % width, i // width) for i, shade in enumerate(shades)]
+    total = sum(weight for weight, _, _ in weights)
+    middle = [sum(w[0] * w[axis] for w in weights) / total for axis in (1, 2)]
+    assert abs(middle[0] - 119.5) < 1.5 and abs(middle[1] - 79.5) < 1.5
+
+
+def test_an_answer_without_a_length_has_no_per_cent(viewer, server):
+    viewer.open(server.address("index.html?file=cat.tk%3Flength=no%26speed=50000"))
+    viewer.wait(lambda: viewer.element("figures").is_displayed() and bytes_shown(viewer) > 5000)
+    assert viewer.text("figurePercent") == "–"
+    assert viewer.property("arrived", "position") == -1
+    viewer.wait_for_message("Complete")
+    viewer.wait(lambda: viewer.text("figurePercent") == "100 %")
+
+
+def test_a_server_that_says_nothing_holds_up_nobody(page, server, golden):
+    page.click("address")
+    page.element("url").send_keys("cat.tk?silent=yes")
+    page.driver.find_element("css selector", "#addressDialog [value=thumbnail]").click()
+    page.drop("good.tk", golden("g8_photo_161x121.c.tk"))
+    page.wait(lambda: "good.tk" in page.text("caption"))
+    page.wait_for_message("Every bit")
+
+
+def test_after_an_answer_that_breaks_off_the_source_can_be_tried_again(viewer, server):
+    viewer.open(server.address("index.html?file=cat.tk%3Fbreak=60000"))
+    viewer.wait_for_message("cat.tk: ")
+    viewer.wait(lambda: viewer.property("play", "ariaLabel") == "Once more")
+    assert viewer.complaints() != []

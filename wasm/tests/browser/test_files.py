@@ -53,7 +53,7 @@ def test_raw_samples_are_asked_about(page, kind, order):
     assert page.text("rawAnswer") == "64 × 48 × 2 + 4 = 6,148 bytes: all of the file."
     page.click("rawOpen")
     page.wait_for_message("every sample is equal")
-    assert "16-bit gray, 12 bits used" in page.text("caption")
+    assert "16-bit gray, 12 bits declared" in page.text("caption")
 
 
 def test_more_samples_than_a_raw_file_has_are_refused(page):
@@ -136,3 +136,40 @@ def test_the_stream_can_be_saved(page, golden, tmp_path):
     page.click("save")
     page.wait(lambda: (tmp_path / "good.tk").exists())
     assert (tmp_path / "good.tk").read_bytes() == golden("rgb_photo_33x65.c.tk")
+
+
+def test_what_was_opened_last_is_shown(page, golden):
+    page.drop("slow.png", png_of(pattern("RGB", (900, 700))))
+    page.drop("good.tk", golden("g8_photo_161x121.c.tk"))
+    page.wait(lambda: "good.tk" in page.text("caption"))
+    page.driver.execute_async_script("setTimeout(arguments[0], 1500)")
+    assert "good.tk" in page.text("caption")
+
+
+def test_nothing_of_the_picture_before_stays_with_a_file_that_is_none(page):
+    page.drop("junk.tk", b"TK30" + bytes(range(200)))
+    page.wait_for_message("junk.tk: ")
+    assert page.text("caption") == "junk.tk"
+    assert page.property("picture", "ariaLabel") == "No picture yet"
+    for name in ("figures", "transport", "window"):
+        assert not page.element(name).is_displayed()
+
+
+def test_streams_may_be_larger_than_their_images(page):
+    page.drop("noise.png", png_of(pattern("L", (16, 16))))
+    page.wait_for_message("every sample is equal")
+    assert "256 raw bytes became " in page.text("message")
+    assert float(page.text("message").split(", ")[1].split(" %")[0]) > 100
+
+
+def test_several_files_at_once_are_too_many(page):
+    page.driver.execute_script("""
+      const dataTransfer = new DataTransfer();
+      for (const name of ["a", "b"]) dataTransfer.items.add(new File(["x"], name));
+      document.body.dispatchEvent(new DragEvent("drop", { dataTransfer, bubbles: true, cancelable: true }));""")
+    page.wait_for_message("2 files were dropped: one at a time, please")
+
+
+def test_an_address_that_is_none_is_said(viewer, server):
+    viewer.open(server.address("index.html?file=http://"))
+    viewer.wait_for_message("http:// is no address")

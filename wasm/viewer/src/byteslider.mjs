@@ -8,14 +8,19 @@ export class ByteSlider {
   #progress = document.getElementById("arrived");
   #ticks = document.getElementById("ticks");
   #total = 0;
+  /** Else the total is what has come. */
+  #isTotalKnown = false;
   #arrived = 0;
 
   /** `chosen` takes the bytes that the user chose; those that have come, when that is all of them. */
   constructor(chosen) {
     this.#input.max = steps;
     this.#input.addEventListener("input", () => {
-      const bytes = Math.min(bytesAt(Number(this.#input.value), this.#total), this.#arrived);
-      this.#put(bytes);
+      const wanted = bytesAt(Number(this.#input.value), this.#total);
+      const bytes = Math.min(wanted, this.#arrived);
+      // Else it stays where it was put, also where its steps are less than a byte.
+      if (bytes < wanted) this.#put(bytes);
+      this.#say(bytes);
       chosen(bytes, bytes === this.#arrived);
     });
   }
@@ -23,6 +28,7 @@ export class ByteSlider {
   /** Total: bytes of the file, as far as somebody knows. */
   open(total) {
     this.#total = total ?? 0;
+    this.#isTotalKnown = total !== null;
     this.#arrived = 0;
     this.#put(0);
     this.#ticks.replaceChildren(...ticksOf(this.#total).map(({ text, position }) => {
@@ -33,14 +39,13 @@ export class ByteSlider {
     }));
   }
 
-  arrived(bytes) {
+  /** Shows how many bytes have come, and how many of them are shown. */
+  arrived(bytes, shown) {
     this.#arrived = bytes;
     if (bytes > this.#total) this.#total = bytes;
-    this.#progress.value = positionOf(bytes, this.#total) / steps;
-  }
-
-  show(bytes) {
-    this.#put(bytes);
+    if (this.#isTotalKnown) this.#progress.value = positionOf(bytes, this.#total) / steps;
+    else this.#progress.removeAttribute("value");
+    if (bytes === shown || !this.#isTotalKnown) this.#put(shown);
   }
   step(count) {
     this.#input.value = Number(this.#input.value) + count;
@@ -48,6 +53,10 @@ export class ByteSlider {
   }
   #put(bytes) {
     this.#input.value = Math.ceil(positionOf(bytes, this.#total));
-    this.#input.setAttribute("aria-valuetext", `${bytesText(bytes)} bytes, ${percentText(bytes, this.#total || 1)}`);
+    this.#say(bytes);
+  }
+  #say(bytes) {
+    const part = this.#isTotalKnown && this.#total > 0 ? `, ${percentText(bytes, this.#total)}` : "";
+    this.#input.setAttribute("aria-valuetext", `${bytesText(bytes)} bytes${part}`);
   }
 }

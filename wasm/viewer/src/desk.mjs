@@ -14,6 +14,10 @@ export class Desk {
       if (error === undefined) resolve(answer);
       else reject(new Error(error));
     };
+    this.#worker.onerror = ({ message }) => {
+      for (const { reject } of this.#open.values()) reject(new Error(message));
+      this.#open.clear();
+    };
     /** Fails where the browser cannot run the module. Questions may be asked before. */
     this.started = this.ask("start", { bytes: module }, [module.buffer]);
   }

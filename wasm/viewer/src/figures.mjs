@@ -1,5 +1,7 @@
 // Numbers as people read them.
 
+import { depthOf, isGray } from "./geometry.mjs";
+
 const whole = new Intl.NumberFormat("en-GB");
 
 export const bytesText = (bytes) => whole.format(bytes);
@@ -14,11 +16,18 @@ export function sizeText(bytes) {
 export function percentText(part, all) {
   if (part >= all) return "100 %";
   const percent = (100 * part) / all;
+  if (percent < 0.001) return "below 0.001 %";
   if (percent < 1) return `${percent.toPrecision(2)} %`;
   return `${Math.min(percent, 99.9).toFixed(1)} %`;
 }
 
-export const rateText = (bytes, samples) => ((8 * bytes) / samples).toPrecision(3);
+/** A size beside another one, which may be smaller. */
+export const ratioText = (bytes, others) => `${((100 * bytes) / others).toFixed(1)} %`;
+
+export function rateText(bytes, samples) {
+  const rate = (8 * bytes) / samples;
+  return rate < 0.0001 ? "below 0.0001" : rate.toPrecision(3);
+}
 
 export const timeText = (milliseconds) =>
   milliseconds < 10 ? `${milliseconds.toFixed(1)} ms` : `${Math.round(milliseconds)} ms`;
@@ -29,9 +38,9 @@ export function distanceText(decibels) {
   return decibels === Infinity ? "every sample equal" : `${decibels.toFixed(1)} dB`;
 }
 
-export function kindText({ bytesPerPixel, bitsPerSample }) {
-  if (bytesPerPixel === 3) return "8-bit red, green, blue";
-  return bytesPerPixel === 2 ? `16-bit gray, ${bitsPerSample} bits used` : "8-bit gray";
+export function kindText(info) {
+  if (!isGray(info)) return "8-bit red, green, blue";
+  return info.bytesPerPixel === 2 ? `16-bit gray, ${depthOf(info)} bits declared` : "8-bit gray";
 }
 
 export const zoomText = (scale) => `${scale < 0.1 ? (100 * scale).toPrecision(2) : Math.round(100 * scale)} %`;

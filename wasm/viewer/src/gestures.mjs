@@ -66,7 +66,7 @@ export class Gestures {
 }
 
 /** Returns: whether it was a key that does something to a view. */
-export function pressed(view, key) {
+export function moveByKey(view, key) {
   if (key in arrows) view.pan(...arrows[key].map((way) => way * arrowPixels));
   else if (key === "+" || key === "=") view.zoomBy(keyZoom);
   else if (key === "-") view.zoomBy(1 / keyZoom);

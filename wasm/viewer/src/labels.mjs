@@ -9,7 +9,17 @@ const put = (id, words) => (byId(id).textContent = words);
 /** Read aloud by screen readers: for what has happened, not for every picture. */
 export function say(words, isError = false) {
   put("message", words);
+  byId("message").setAttribute("role", isError ? "alert" : "status");
   byId("message").classList.toggle("error", isError);
+}
+
+/** Says that something is opened, and nothing of what was there before. */
+export function clear(name) {
+  for (const id of ["figureBytes", "figurePercent", "figureRate", "figureSize", "figureTime"]) put(id, "–");
+  distance("known at the end");
+  put("caption", name);
+  byId("picture").setAttribute("aria-label", "No picture yet");
+  say(`${name}: opening`);
 }
 
 export function caption(name, info) {

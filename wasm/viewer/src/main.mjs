@@ -14,6 +14,7 @@ const viewer = new Viewer(desk);
 let isSpeedChosen = false;
 /** Whether the user has opened something: the page then opens nothing by itself any more. */
 let hasChosen = false;
+let newest = null;
 
 const speed = () => Number(byId("speed").value);
 
@@ -30,7 +31,6 @@ async function tell(work) {
 async function show(source) {
   if (source === null) return;
   if (!isSpeedChosen) byId("speed").value = source.isDemonstration ? "200000" : "Infinity";
-  byId("save").hidden = true;
   const isShown = await viewer.open(source, speed());
   if (isShown && source.words) say(source.words);
 }
@@ -41,9 +41,16 @@ function showChosen(source) {
   return show(source);
 }
 
-function open(source) {
+/** What was chosen last is shown, also when another one takes longer to get ready. */
+async function open(source) {
   hasChosen = true;
-  tell(Promise.resolve(source).then(showChosen));
+  newest = source;
+  try {
+    const found = await source;
+    if (newest === source) await showChosen(found);
+  } catch (error) {
+    if (newest === source) say(error.message, true);
+  }
 }
 const openFile = (file) => open(sourceOfFile(desk, file));
 const openDemonstration = () => open(demonstration());
@@ -60,8 +67,9 @@ function openAddress() {
 }
 
 async function save() {
-  const address = URL.createObjectURL(await viewer.savedStream());
-  Object.assign(document.createElement("a"), { href: address, download: viewer.name }).click();
+  const { name, file } = await viewer.savedStream();
+  const address = URL.createObjectURL(file);
+  Object.assign(document.createElement("a"), { href: address, download: name }).click();
   setTimeout(() => URL.revokeObjectURL(address), 60000);
 }
 
@@ -78,6 +86,7 @@ function pressed(event) {
   if (event.ctrlKey || event.metaKey || event.altKey || document.querySelector("dialog[open]")) return;
   if (event.target.matches("button, select, a, input:not([type=range])")) return;
   if (event.target.matches("input") && event.key.startsWith("Arrow")) return;
+  if (event.key === " " && event.repeat) return;
   const does = keys[event.key.length === 1 ? event.key.toLowerCase() : event.key];
   if (does !== undefined) does();
   else if (!viewer.press(event.key)) return;
@@ -87,15 +96,26 @@ function pressed(event) {
 function takeDrops() {
   for (const name of ["dragover", "drop", "dragleave"])
     addEventListener(name, (event) => {
-      event.preventDefault();
       document.body.classList.toggle("dropping", name === "dragover");
-      if (name === "drop" && event.dataTransfer.files.length > 0) openFile(event.dataTransfer.files[0]);
+      if (!event.dataTransfer.types.includes("Files")) return;
+      event.preventDefault();
+      if (name === "drop") openDropped([...event.dataTransfer.files]);
     });
+}
+
+function openDropped(files) {
+  if (files.length === 1) openFile(files[0]);
+  else say(`${files.length} files were dropped: one at a time, please`, true);
 }
 
 function takeInput() {
   on("demonstration", "click", openDemonstration);
-  on("file", "change", ({ target }) => target.files.length > 0 && openFile(target.files[0]));
+  on("file", "change", ({ target }) => {
+    const [file] = target.files;
+    // So that the same file can be chosen again.
+    target.value = "";
+    if (file) openFile(file);
+  });
   on("address", "click", openAddress);
   on("help", "click", () => byId("helpDialog").showModal());
   on("play", "click", () => tell(viewer.play(speed())));
@@ -113,12 +133,12 @@ function takeInput() {
 /** Opens ?file=, or the demonstration: not by itself for people who want less motion, nor where it is missing. */
 async function openFirst() {
   const address = new URLSearchParams(location.search).get("file");
-  if (address !== null) return show(sourceOfAddress(address));
+  if (address !== null) return show(await sourceOfAddress(address));
   const isThere = await hasDemonstration();
   if (hasChosen) return undefined;
   if (!isThere) return say("Open a file: the demonstration is not beside this page.");
   if (matchMedia("(prefers-reduced-motion: reduce)").matches) return say("Open a file, or see the demonstration.");
-  return show(demonstration());
+  return show(await demonstration());
 }
 
 async function begin() {

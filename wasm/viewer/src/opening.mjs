@@ -1,17 +1,19 @@
 // What becomes of a file: a stream is shown, a picture is compressed by way of a canvas, raw samples are asked about.
 
-import { bytesText, percentText, timeText } from "./figures.mjs";
+import { bytesText, ratioText, timeText } from "./figures.mjs";
 import { say } from "./labels.mjs";
 import { askForGeometry } from "./rawdialog.mjs";
-import { sourceOfBlob } from "./sources.mjs";
+import { nameOf, sourceOfBlob, urlOf } from "./sources.mjs";
 
 const mark = "TK30";
+/** Browsers leave larger canvases empty. */
+const longestSide = 16384;
 
 async function isStream(file) {
   return new TextDecoder("latin1").decode(await file.slice(0, mark.length).arrayBuffer()) === mark;
 }
 
-/** Returns: the pixels of a picture that the browser knows, as a canvas has them; null when it knows it not. */
+/** Returns: the pixels of a picture that the browser knows, as a canvas has them; null when it does not know them. */
 async function pixelsOf(file) {
   let bitmap;
   try {
@@ -19,9 +21,12 @@ async function pixelsOf(file) {
   } catch {
     return null;
   }
+  if (Math.max(bitmap.width, bitmap.height) > longestSide)
+    throw new Error(`${file.name}: ${bitmap.width} × ${bitmap.height} pixels are too many for a canvas`);
   const canvas = Object.assign(document.createElement("canvas"), { width: bitmap.width, height: bitmap.height });
   const context = canvas.getContext("2d", { willReadFrequently: true });
   context.drawImage(bitmap, 0, 0);
+  bitmap.close();
   const { width, height, data } = context.getImageData(0, 0, canvas.width, canvas.height);
   return { width, height, rgba: data };
 }
@@ -38,7 +43,7 @@ async function converted(desk, file, wanted) {
   const size = `the file has ${bytesText(file.size)} bytes`;
   const way = isPicture ? ` (its pixels as a canvas has them: 8 bits${loss}; ${size})` : "";
   const words = `${file.name}${way}: ${bytesText(rawBytes)} raw bytes became ${bytesText(stream.length)}, ` +
-    `${percentText(stream.length, rawBytes)}, compressed and compared in ${timeText(milliseconds)}; ${back}.`;
+    `${ratioText(stream.length, rawBytes)}, compressed and compared in ${timeText(milliseconds)}; ${back}.`;
   return { ...sourceOfBlob(`${file.name}.tk`, new Blob([stream])), words };
 }
 
@@ -56,10 +61,10 @@ export async function sourceOfFile(desk, file) {
 
 /** Returns: a source of the first bytes of a file on a server, as many as a thumbnail takes. */
 export async function sourceOfThumbnail(desk, address) {
-  const url = new URL(address, location.href).href;
-  const { stream, width, height, bytes, fileBytes, requests } = await desk.ask("thumbnail", { url });
+  const url = urlOf(address);
+  const { stream, width, height, bytes, fileBytes, requests } = await desk.ask("thumbnail", { url: url.href });
   const all = fileBytes === null ? "" : ` of ${bytesText(fileBytes)}`;
-  const words = `A thumbnail of ${width} × ${height} pixels from the first ${bytesText(bytes)}${all} bytes, ` +
+  const words = `Enough for a thumbnail of ${width} × ${height} pixels: the first ${bytesText(bytes)}${all} bytes, ` +
     `in ${requests === 1 ? "one request" : `${requests} requests`}.`;
-  return { ...sourceOfBlob(address.split("/").at(-1), new Blob([stream])), words };
+  return { ...sourceOfBlob(nameOf(url), new Blob([stream])), words };
 }

@@ -46,10 +46,11 @@ export class Painter {
     const wish = this.#wish;
     this.#wish = null;
     this.#isBusy = true;
+    // Not when the answer is there: it may be about a stream of before.
+    this.#bytes = wish.bytes;
     const begin = performance.now();
     try {
       const answer = await this.#desk.ask("paint", wish);
-      this.#bytes = wish.bytes;
       this.#painted(answer, null, wish);
     } catch (error) {
       this.#painted(null, error, wish);

@@ -6,6 +6,8 @@ import { channelsOf, depthOf, isGray, rawBytesOf, samplesOf } from "./geometry.m
 
 /** The complete picture is kept for comparison up to so many samples. */
 const mostCompared = 2 ** 26;
+/** Larger pictures are painted reduced. */
+const mostPixels = 2 ** 27;
 
 /**
  * Returns: the reduction whose picture has half a bit for each of its bytes. More pixels would only be
@@ -15,6 +17,13 @@ function reductionFor(info, streamBytes) {
   const rawBytes = rawBytesOf(info);
   let reduce = 0;
   while (reduce < info.reductions && rawBytes / 4 ** reduce > 16 * streamBytes) ++reduce;
+  return reduce;
+}
+
+/** Returns: the least reduction that the decoder takes without being asked for more pixels. */
+function reductionForMemory({ width, height }) {
+  let reduce = 0;
+  while ((width * height) / 4 ** reduce > mostPixels) ++reduce;
   return reduce;
 }
 
@@ -69,7 +78,7 @@ export class Pictures {
   paint({ bytes, region, reduction, window }) {
     const isAll = this.#isComplete && bytes === this.#end;
     const carried = isAll ? 0 : reductionFor(this.#info, bytes);
-    const reduce = Math.min(Math.max(reduction, carried), this.#info.reductions);
+    const reduce = Math.min(Math.max(reduction, carried, reductionForMemory(this.#info)), this.#info.reductions);
     const { picture, milliseconds, histogram } = this.#picture(bytes, reduce);
     const part = crop(picture, region, reduce);
     const rgba = toRgba(part, window);

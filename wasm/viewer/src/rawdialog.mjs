@@ -21,6 +21,8 @@ function chosen() {
   };
 }
 
+const areSides = (side) => Number.isInteger(side) && side >= 1 && side <= 65535;
+
 function fit(needed, size) {
   if (needed === size) return "all of the file";
   return needed < size ? `${bytesText(size - needed)} bytes are left over` : "more than the file has";
@@ -33,7 +35,8 @@ function check(size) {
   const before = skip ? ` + ${bytesText(skip)}` : "";
   const sum = `${width} × ${height} × ${bytesPerPixel[kind]}${before} = ${bytesText(needed)} bytes`;
   const isEnough = needed <= size && byId("rawDialog").querySelector("form").checkValidity();
-  byId("rawAnswer").textContent = `${sum}: ${fit(needed, size)}.`;
+  byId("rawAnswer").textContent = areSides(width) && areSides(height) ? `${sum}: ${fit(needed, size)}.`
+    : "Sides are whole numbers from 1 to 65,535.";
   byId("rawOpen").disabled = !isEnough;
 }
 

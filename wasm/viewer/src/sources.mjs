@@ -6,16 +6,32 @@ export function sourceOfBlob(name, blob) {
 }
 
 /** A source of a file on a server. */
-export function sourceOfAddress(address) {
-  const url = new URL(address, location.href);
-  const name = decodeURIComponent(url.pathname.split("/").at(-1)) || url.href;
-  return { name, open: () => fetched(url) };
+export async function sourceOfAddress(address) {
+  const url = urlOf(address);
+  return { name: nameOf(url), open: (signal) => fetched(url, signal) };
 }
 
-async function fetched(url) {
+/** Throws: Error that says what is wrong. */
+export function urlOf(address) {
+  try {
+    return new URL(address, location.href);
+  } catch {
+    throw new Error(`${address} is no address`);
+  }
+}
+export function nameOf(url) {
+  const last = url.pathname.split("/").at(-1) || url.href;
+  try {
+    return decodeURIComponent(last);
+  } catch {
+    return last;
+  }
+}
+
+async function fetched(url, signal) {
   let response;
   try {
-    response = await fetch(url);
+    response = await fetch(url, { signal });
   } catch {
     const isOwn = url.origin === location.origin;
     throw new Error(`${url}: ${isOwn ? "cannot be fetched" : "this page fetches files of its own server only"}`);
@@ -40,9 +56,9 @@ export async function hasDemonstration() {
 }
 
 /** The photograph, and the same samples as PNG: in the page, or beside it. */
-export function demonstration() {
+export async function demonstration() {
   const bytes = inlineBytes("demo-stream");
-  const source = bytes ? sourceOfBlob("retina.tk", new Blob([bytes])) : sourceOfAddress("retina.tk");
+  const source = bytes ? sourceOfBlob("retina.tk", new Blob([bytes])) : await sourceOfAddress("retina.tk");
   return { ...source, isDemonstration: true, sequential: demonstrationPng };
 }
 

@@ -20,9 +20,27 @@ class Tile {
     context.imageSmoothingEnabled = this.reduce > 0 || (scale !== 1 && scale < 2);
     context.imageSmoothingQuality = "high";
     const { x, y, width, height } = this.part;
-    context.drawImage(
-      this.#canvas, corner.x + x * view.scale, corner.y + y * view.scale, width * scale, height * scale);
+    const left = corner.x + x * view.scale;
+    const top = corner.y + y * view.scale;
+    context.save();
+    context.beginPath();
+    context.rect(corner.x, corner.y, view.image.width * view.scale, view.image.height * view.scale);
+    context.clip();
+    // Sample k of a reduced picture belongs to pixel k * step, not to the middle of a block. Drawn first where it
+    // leaves no gap at the right and lower edges.
+    const shift = ((step - 1) / 2) * view.scale;
+    for (const back of shift > 0 ? [0, shift] : [0])
+      context.drawImage(this.#canvas, left - back, top - back, width * scale, height * scale);
+    context.restore();
   }
+}
+
+/** Returns: width and height in pixels of the device; a browser that does not tell rounds them itself. */
+function deviceSizeOf({ devicePixelContentBoxSize, contentRect }) {
+  const [box] = devicePixelContentBoxSize ?? [];
+  const width = box?.inlineSize ?? Math.round(contentRect.width * devicePixelRatio);
+  const height = box?.blockSize ?? Math.round(contentRect.height * devicePixelRatio);
+  return { width: Math.max(width, 1), height: Math.max(height, 1) };
 }
 
 export class Stage {
@@ -35,12 +53,16 @@ export class Stage {
   constructor(canvas, view, resized = () => {}) {
     this.#canvas = canvas;
     this.#view = view;
-    new ResizeObserver(() => {
-      canvas.width = Math.max(Math.round(canvas.clientWidth * devicePixelRatio), 1);
-      canvas.height = Math.max(Math.round(canvas.clientHeight * devicePixelRatio), 1);
+    const observer = new ResizeObserver(([entry]) => {
+      Object.assign(canvas, deviceSizeOf(entry));
       resized({ width: canvas.width, height: canvas.height });
       this.draw();
-    }).observe(canvas);
+    });
+    try {
+      observer.observe(canvas, { box: "device-pixel-content-box" });
+    } catch {
+      observer.observe(canvas);
+    }
   }
 
   clear() {

@@ -2,9 +2,9 @@
 
 import { Arrival } from "./arrival.mjs";
 import { ByteSlider } from "./byteslider.mjs";
-import { bytesText, distanceText, percentText } from "./figures.mjs";
+import { bytesText, distanceText, percentText, ratioText } from "./figures.mjs";
 import { depthOf, isGray, rawBytesOf } from "./geometry.mjs";
-import { Gestures, pressed } from "./gestures.mjs";
+import { Gestures, moveByKey } from "./gestures.mjs";
 import * as labels from "./labels.mjs";
 import { Painter } from "./painter.mjs";
 import { Sequential } from "./sequential.mjs";
@@ -16,6 +16,36 @@ const byId = (id) => document.getElementById(id);
 /** The comparison with the end takes a full picture: not for each step of a drag. */
 const idle = 150;
 
+/** All that is known of one source from its opening on. Another opening makes another one. */
+class Showing {
+  info = null;
+  /** Bytes that have come, and bytes of all of it as far as somebody knows. */
+  arrived = 0;
+  total = null;
+  /** What the worker said when no more came: bytes of the stream, and whether it is complete. */
+  end = null;
+  hasFailed = false;
+  /** The bytes to show; null: all that have come. */
+  chosen = null;
+  /** The bytes whose distance from the end is shown, or asked for. */
+  compared = null;
+
+  constructor(source, speed) {
+    this.source = source;
+    this.arrival = new Arrival(speed);
+  }
+  get shownBytes() {
+    return this.chosen ?? this.arrived;
+  }
+  get isOver() {
+    return this.end !== null || this.hasFailed;
+  }
+  /** Bytes of the complete stream, or null: a stream that ends early does not say how long it was. */
+  get completeBytes() {
+    return this.end?.complete === false ? null : this.total;
+  }
+}
+
 export class Viewer {
   #desk;
   #view = new View();
@@ -25,15 +55,7 @@ export class Viewer {
   #painter;
   #window;
   #timer = null;
-  #source = null;
-  #arrival = null;
-  // Of the stream that is shown: its geometry, bytes that have come, bytes of all of it as far as known, where
-  // it ends, and the bytes to show; null: all that have come.
-  #info = null;
-  #arrived = 0;
-  #total = null;
-  #end = null;
-  #chosen = null;
+  #showing = null;
 
   constructor(desk) {
     this.#desk = desk;
@@ -54,53 +76,46 @@ export class Viewer {
    * another one by now. Throws: Error that says what is wrong.
    */
   async open(source, speed) {
-    this.#arrival?.cancel();
-    const arrival = new Arrival(speed);
-    this.#arrival = arrival;
-    this.#begin(source);
+    this.#showing?.arrival.cancel();
+    const showing = new Showing(source, speed);
+    this.#showing = showing;
+    this.#begin();
     try {
-      await this.#arrive(arrival);
-      return arrival === this.#arrival;
+      return await this.#arrive(showing);
     } catch (error) {
-      if (arrival !== this.#arrival) return false;
-      arrival.cancel();
-      if (this.#info === null) labels.show(false);
+      if (showing !== this.#showing) return false;
+      this.#fail();
       throw error.message.includes(source.name) ? error : new Error(`${source.name}: ${error.message}`);
     }
   }
 
-  #begin(source) {
+  #begin() {
     clearTimeout(this.#timer);
-    this.#source = source;
-    this.#info = this.#end = this.#total = this.#chosen = null;
-    this.#arrived = 0;
     this.#painter.reset();
     this.#stage.clear();
-    byId("sequential").hidden = true;
-    labels.say(`${source.name}: opening`);
-    labels.distance("known at the end");
+    byId("sequential").hidden = byId("window").hidden = byId("save").hidden = true;
+    labels.clear(this.#showing.source.name);
     labels.playButton("arriving");
   }
 
-  async #arrive(arrival) {
-    const [{ stream, total }] = await Promise.all([this.#source.open(), this.#desk.ask("reset")]);
-    if (arrival !== this.#arrival) return;
-    this.#total = total;
+  async #arrive(showing) {
+    const { source, arrival } = showing;
+    const [{ stream, total }] = await Promise.all([source.open(arrival.signal), this.#desk.ask("reset")]);
+    if (showing !== this.#showing) return false;
+    showing.total = total;
     this.#slider.open(total);
-    this.#openSequential(this.#source);
-    const pushes = [];
-    const isThere = await arrival.run(stream, (part) => pushes.push(this.#take(part, arrival)));
-    await Promise.all(pushes);
-    if (isThere) await this.#ended(arrival);
+    this.#openSequential(showing).catch(() => {});
+    const isThere = await arrival.run(stream, (part) => this.#take(part, showing));
+    return isThere && this.#ended(showing);
   }
 
-  async #openSequential({ sequential }) {
-    const arrival = this.#arrival;
-    const file = await sequential?.();
-    if (!file || arrival !== this.#arrival) return;
+  /** Without the other file the picture is shown alone. */
+  async #openSequential(showing) {
+    const file = await showing.source.sequential?.();
+    if (!file || showing !== this.#showing) return;
     this.#sequential.open(file);
     byId("sequential").hidden = false;
-    this.#showSequential(this.#shownBytes());
+    this.#showSequential(showing.shownBytes);
   }
   #showSequential(bytes) {
     if (byId("sequential").hidden) return;
@@ -108,74 +123,72 @@ export class Viewer {
     this.#sequential.show(bytes);
   }
 
-  async #take(part, arrival) {
+  async #take(part, showing) {
     const chunk = part.slice();
     const bytes = chunk.length;
-    const info = await this.#desk.ask("push", { chunk }, [chunk.buffer]).catch((error) => {
-      arrival.cancel();
-      throw error;
-    });
-    if (arrival !== this.#arrival) return;
-    this.#arrived += bytes;
-    this.#slider.arrived(this.#arrived);
+    const info = await this.#desk.ask("push", { chunk }, [chunk.buffer]);
+    if (showing !== this.#showing) return;
+    showing.arrived += bytes;
+    this.#slider.arrived(showing.arrived, showing.shownBytes);
     if (info === null) return;
-    if (this.#info === null) this.#know(info);
-    if (this.#chosen !== null) return;
-    this.#slider.show(this.#arrived);
-    this.#painter.arrived(this.#arrived, () => this.#wish());
+    if (showing.info === null) this.#know(info);
+    if (showing.chosen === null) this.#painter.arrived(showing.arrived, () => this.#wish());
   }
 
   #know(info) {
-    this.#info = info;
+    if (info.width * info.height === 0) throw new Error(`an image of ${info.width} × ${info.height} has no pixels`);
+    const showing = this.#showing;
+    showing.info = info;
     this.#view.show(info);
     this.#window.open(depthOf(info), isGray(info));
-    labels.caption(this.#source.name, info);
+    labels.caption(showing.source.name, info);
     labels.show(true);
     labels.zoom(this.#view.scale);
-    labels.say(`${this.#source.name} is arriving`);
+    labels.say(`${showing.source.name} is arriving`);
   }
 
-  async #ended(arrival) {
-    const { bytes, complete, surplus } = await this.#desk.ask("end");
-    if (arrival !== this.#arrival) return;
-    this.#end = this.#total = this.#arrived = bytes;
-    if (this.#chosen >= bytes) this.#chosen = null;
-    this.#slider.open(bytes);
-    this.#slider.arrived(bytes);
-    this.#slider.show(this.#shownBytes());
+  /** Returns: whether this is still shown. */
+  async #ended(showing) {
+    const end = await this.#desk.ask("end");
+    if (showing !== this.#showing) return false;
+    const surplus = Math.max(showing.total ?? 0, showing.arrived) - end.bytes;
+    showing.end = end;
+    showing.total = showing.arrived = end.bytes;
+    if (showing.chosen >= end.bytes) showing.chosen = null;
+    this.#slider.open(end.bytes);
+    this.#slider.arrived(end.bytes, showing.shownBytes);
     labels.playButton("over");
-    this.#sayEnd(complete, surplus);
+    this.#sayEnd(showing, surplus);
     this.#paint();
+    return true;
   }
 
-  #sayEnd(complete, surplus) {
-    const raw = rawBytesOf(this.#info);
-    const size = `${bytesText(this.#end)} bytes, ${percentText(this.#end, raw)} of ${bytesText(raw)} raw bytes`;
+  #sayEnd({ info, end }, surplus) {
+    const raw = rawBytesOf(info);
+    const size = `${bytesText(end.bytes)} bytes, ${ratioText(end.bytes, raw)} of ${bytesText(raw)} raw bytes`;
     const trailer = surplus > 0 ? ` ${bytesText(surplus)} bytes behind the stream are not part of it.` : "";
-    labels.say(complete ? `Complete: ${size}. Every bit of the image is there.${trailer}`
-      : `The stream ends early, after ${bytesText(this.#end)} bytes: this is an approximation.`);
+    labels.say(end.complete ? `Complete: ${size}. Every bit of the image is there.${trailer}`
+      : `The stream ends early, after ${bytesText(end.bytes)} bytes: this is an approximation.`);
     byId("save").hidden = false;
   }
 
-  #shownBytes() {
-    return this.#chosen ?? this.#arrived;
-  }
   #choose(bytes) {
-    this.#chosen = bytes;
+    if (!this.#showing?.info) return;
+    this.#showing.chosen = bytes;
     this.#paint();
   }
 
   #wish() {
+    const { info, shownBytes } = this.#showing;
     return {
-      bytes: this.#shownBytes(),
+      bytes: shownBytes,
       region: this.#view.region(),
       reduction: this.#view.reduction(),
-      window: isGray(this.#info) ? this.#window.range : undefined,
+      window: isGray(info) ? this.#window.range : undefined,
     };
   }
   #paint() {
-    if (this.#info === null) return;
-    this.#painter.now(this.#wish());
+    if (this.#showing?.info) this.#painter.now(this.#wish());
   }
   #viewChanged() {
     labels.zoom(this.#view.scale);
@@ -185,50 +198,71 @@ export class Viewer {
   }
 
   #painted(painted, error, { bytes }) {
-    if (this.#info === null) return;
-    if (error !== null) return this.#fail(error);
+    const showing = this.#showing;
+    if (!showing.info) return;
+    if (error !== null) {
+      this.#fail();
+      labels.say(`${showing.source.name}: ${error.message}`, true);
+      return;
+    }
     this.#stage.show(painted);
     if (painted.histogram) this.#window.show(painted.histogram);
-    labels.figures({ ...painted, bytes }, this.#info, this.#total);
-    labels.pictureLabel(this.#source.name, this.#info, this.#total === null ? "some" : percentText(bytes, this.#total));
+    labels.figures({ ...painted, bytes }, showing.info, showing.completeBytes);
+    const all = showing.completeBytes;
+    labels.pictureLabel(showing.source.name, showing.info, all === null ? "some" : percentText(bytes, all));
     this.#showSequential(bytes);
-    clearTimeout(this.#timer);
-    if (this.#end !== null) this.#timer = setTimeout(() => this.#compare(bytes, this.#arrival), idle);
-  }
-  #fail(error) {
-    this.#arrival.cancel();
-    labels.say(`${this.#source.name}: ${error.message}`, true);
+    // What comes behind a complete stream is something else.
+    if (painted.complete) showing.arrival.finish();
+    this.#compareSoon(bytes, showing);
   }
 
-  async #compare(bytes, arrival) {
-    try {
-      const decibels = await this.#desk.ask("distance", { bytes });
-      if (arrival === this.#arrival && bytes === this.#shownBytes()) labels.distance(distanceText(decibels));
-    } catch (error) {
-      if (arrival === this.#arrival) this.#fail(error);
-    }
+  /** Nothing more comes of this source. */
+  #fail() {
+    this.#showing.hasFailed = true;
+    this.#showing.arrival.cancel();
+    labels.playButton("over");
+    if (this.#showing.info !== null) return;
+    labels.show(false);
+    byId("window").hidden = true;
+  }
+
+  #compareSoon(bytes, showing) {
+    if (showing.end === null || bytes === showing.compared) return;
+    showing.compared = bytes;
+    clearTimeout(this.#timer);
+    if (!showing.end.complete) return labels.distance("not known: it ends early");
+    labels.distance("…");
+    this.#timer = setTimeout(() => this.#compare(bytes, showing), idle);
+  }
+  async #compare(bytes, showing) {
+    const words = await this.#desk.ask("distance", { bytes }).then(distanceText, () => "not computed");
+    if (showing === this.#showing && bytes === showing.compared) labels.distance(words);
   }
 
   #dragWindow({ x, y }) {
     const { width, height } = this.#view.stage;
-    if (this.#info !== null && isGray(this.#info)) this.#window.drag({ x: x / width, y: y / height });
+    if (this.#hasWindow()) this.#window.drag({ x: x / width, y: y / height });
   }
   autoWindow() {
-    if (this.#info !== null && isGray(this.#info)) this.#window.auto();
+    if (this.#hasWindow()) this.#window.auto();
   }
   allValues() {
-    if (this.#info !== null && isGray(this.#info)) this.#window.all();
+    if (this.#hasWindow()) this.#window.all();
+  }
+  #hasWindow() {
+    return this.#showing?.info && isGray(this.#showing.info);
   }
 
   setSpeed(speed) {
-    if (this.#arrival !== null) this.#arrival.speed = speed;
+    if (this.#showing !== null) this.#showing.arrival.speed = speed;
   }
   /** Holds what arrives, lets it go on, or shows the source once more. */
   async play(speed) {
-    if (this.#source === null) return;
-    if (this.#end !== null) return this.open(this.#source, speed);
-    this.#arrival.isHeld = !this.#arrival.isHeld;
-    labels.playButton(this.#arrival.isHeld ? "held" : "arriving");
+    if (this.#showing === null) return;
+    const { source, arrival, isOver } = this.#showing;
+    if (isOver) return void (await this.open(source, speed));
+    arrival.isHeld = !arrival.isHeld;
+    labels.playButton(arrival.isHeld ? "held" : "arriving");
   }
 
   step(count) {
@@ -236,14 +270,13 @@ export class Viewer {
   }
   /** Returns: whether it was a key that moves or zooms the picture. */
   press(key) {
-    if (!pressed(this.#view, key)) return false;
+    if (!moveByKey(this.#view, key)) return false;
     this.#viewChanged();
     return true;
   }
+  /** Returns: name and bytes of the stream that is shown. */
   async savedStream() {
-    return new Blob([await this.#desk.ask("stream")]);
-  }
-  get name() {
-    return this.#source.name;
+    const { name } = this.#showing.source;
+    return { name, file: new Blob([await this.#desk.ask("stream")]) };
   }
 }

@@ -6,8 +6,9 @@ export class WindowControl {
   #changed;
   #most = 255;
   #histogram = null;
-  /** What is black, and what is white. */
+  /** What is black, and what is white, in whole numbers; of a drag the parts count, too. */
   range = [0, 255];
+  #exact = [0, 255];
 
   /** `changed` is called when the user has chosen another window. */
   constructor(changed) {
@@ -37,10 +38,10 @@ export class WindowControl {
 
   /** The window moves with a drag up and down, and grows with one to the right. Way: parts of the stage. */
   drag({ x, y }) {
-    const [low, high] = this.range;
+    const [low, high] = this.#exact;
     const level = (y * this.#most) / 2;
     const growth = (x * this.#most) / 2;
-    this.#set(Math.round(low + level - growth), Math.round(high + level + growth));
+    this.#set(low + level - growth, high + level + growth);
   }
 
   #set(low, high) {
@@ -49,9 +50,10 @@ export class WindowControl {
     this.#changed();
   }
   #put(range) {
-    this.range = range;
-    [byId("low").value, byId("high").value] = range;
-    [byId("lowValue").value, byId("highValue").value] = range;
+    this.#exact = range;
+    this.range = range.map(Math.round);
+    [byId("low").value, byId("high").value] = this.range;
+    [byId("lowValue").value, byId("highValue").value] = this.range;
     this.#draw();
   }
 

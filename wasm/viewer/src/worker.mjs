@@ -39,13 +39,17 @@ const transferable = (answer) =>
 // Questions are answered in order, also those whose answer takes time.
 let last = Promise.resolve();
 
-self.onmessage = ({ data: { id, question, values } }) => {
-  last = last.then(async () => {
-    try {
-      const answer = await answers[question](values);
-      self.postMessage({ id, answer }, transferable(answer));
-    } catch (error) {
-      self.postMessage({ id, error: error.message });
-    }
-  });
+async function answer({ id, question, values }) {
+  try {
+    const found = await answers[question](values);
+    self.postMessage({ id, answer: found }, transferable(found));
+  } catch (error) {
+    self.postMessage({ id, error: error.message });
+  }
+}
+
+self.onmessage = ({ data }) => {
+  const answered = last.then(() => answer(data));
+  // A thumbnail waits for a server, with a decoder of its own: nobody waits for it.
+  if (data.question !== "thumbnail") last = answered;
 };
