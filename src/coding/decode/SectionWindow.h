@@ -19,8 +19,9 @@ inline constexpr std::uint64_t kLoadBits = 128;
 ///
 ///  - taken <= filled <= nextNew; filled is nextNew or kGroupSize more than the capacity
 ///  - bits taken to filled - 1 of `fresh` and `negatives` say which candidates are new and which of
-///    those are negative, the others have 0 there; in front of a refill all bits behind filled are 0
+///    those are negative, the others have 0 there
 ///  - the candidates from filled to nextNew - 1 are not new, nextNew is: its sign has not been read
+///  - bits behind filled do not count; in front of a refill all are 0 but those of nextNew, which may be set
 struct SectionWindow {
     /// Bytes of a bitmap beyond its capacity: batches of runs and loads of words reach over it.
     static constexpr std::size_t kSlackBytes = 32;

@@ -40,7 +40,8 @@ constexpr Cut kCuts[] = {kWhole, {0, 2}, {2, 2}, {3, 1}, {1, 5}, {9, 16}};
 template <class T>
 struct CodedOrder {
     explicit CodedOrder(Density density)
-        : folded(test::foldedData<T>(density, kMostCoefficients, 1)) {
+        : CodedOrder(test::foldedData<T>(density, kMostCoefficients, 1)) {}
+    explicit CodedOrder(std::vector<T> foldedValues) : folded(std::move(foldedValues)) {
         const reference::FoldedValues values(folded.begin(), folded.end());
         std::int64_t all = 0;
         for (const std::int64_t value : values)
@@ -155,6 +156,31 @@ TEST_P(DecodeKernelsTest, RowsOfAllLengthsBetweenGuardPagesAreDecoded) {
         expectLines<short>(GetParam(), density);
         expectLines<int>(GetParam(), density);
     }
+}
+
+/// Folded values of 0 and magnitudes of 1 bit: runs of zeros up to the longest that so many bits hold, each
+/// number of bits as often as another one.
+std::vector<short> valuesBetweenRuns(unsigned mostRunBits, std::uint64_t seed) {
+    test::Random random(seed);
+    std::vector<short> folded(kMostCoefficients);
+    for (std::size_t i = 0; i < folded.size();
+         i += 1 + random.below(std::uint64_t{1} << random.below(mostRunBits + 1)))
+        folded[i] = static_cast<short>(2 + random.below(2));
+    return folded;
+}
+
+// Batches of look-ups that begin at all distances from the end of a window, with short runs behind them that fill
+// the words that are stored, and long ones that end anywhere behind the window: runs of 0 to 9 zeros and a suffix stand
+// in a look-up, others do not.
+TEST_P(DecodeKernelsTest, RunsOfAllLengthsEndWindowsBetweenGuardPages) {
+    for (const unsigned mostRunBits : {1U, 3U, 4U, 5U, 8U, 9U, 10U, 12U})
+        for (const Side side : test::kBothSides)
+            for (std::uint64_t seed = 1; seed <= 5; ++seed) {
+                const CodedOrder<short> coded(valuesBetweenRuns(mostRunBits, seed));
+                ASSERT_EQ(decodeRows(GetParam(), coded, kWhole, kLines[0], side),
+                          expectedRows(coded.folded, kLines[0]))
+                    << mostRunBits << ", seed " << seed;
+            }
 }
 
 INSTANTIATE_TEST_SUITE_P(Levels, DecodeKernelsTest, test::allCpuLevels(), test::cpuLevelName());
