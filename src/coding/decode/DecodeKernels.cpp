@@ -16,6 +16,8 @@ namespace {
 #include "coding/decode/WindowRefill.inl"
 
 constexpr auto* kRefillWindows = refill;
+// An empty bit plane takes longer than asking for it.
+constexpr std::uint32_t kSteadyShare = 1;
 
 inline int countOnes(std::uint64_t mask) {
     return std::popcount(mask);

