@@ -4,9 +4,9 @@
 //   kSteadyShare           one group in so many has new coefficients in the bit plane where groups usually begin
 //   countOnes(mask)        number of set bits
 //   deposit(bits, mask)    bit i of bits at the place of the i-th set bit of mask
-//   Lanes<T>               kGroupSize magnitudes that start as 0: shiftIn(mask) appends one bit to each,
-//                          store(out, negatives) gives them their signs and stores them to all
-//                          elements of out, storeToEven(...) to every second one
+//   Lanes<T>(top)          kGroupSize magnitudes below 2^(top + 1): shiftIn(mask, p) gives bit p to each, for all
+//                          planes from top down to 0, store(out, negatives) gives them their signs and stores
+//                          them to all elements of out, storeToEven(...) to every second one
 //
 // Plain way: ask for each coefficient, from the top plane down, whether the n section's run is used up;
 // where it is, read a sign and one bit of each u section below. Here the same is asked of 64
@@ -103,10 +103,10 @@ QMX_TARGET inline int skipEmptyPlanes(OrderWindows<T>& s, const GroupState& grou
 template <class T>
 QMX_TARGET inline void decodeWhole(OrderWindows<T>& s, int top, GroupState& group,
                                    Lanes<T>& lanes) {
-    lanes.shiftIn(takeFresh(s.windows[top], group));
+    lanes.shiftIn(takeFresh(s.windows[top], group), top);
     for (int p = top - 1; p >= 0; --p) {
         const std::uint64_t refined = refine(s.refinements[p], group);
-        lanes.shiftIn(refined | takeFresh(s.windows[p], group));
+        lanes.shiftIn(refined | takeFresh(s.windows[p], group), p);
     }
 }
 
@@ -131,7 +131,7 @@ QMX_TARGET void decodeCut(OrderWindows<T>& s, int top, GroupState& group, Lanes<
     }
     if (s.unrefined >= 1) planes[s.unrefined - 1] |= newAbove;
     for (int p = top; p >= 0; --p)
-        lanes.shiftIn(planes[p]);
+        lanes.shiftIn(planes[p], p);
 }
 
 /// Stores the first count coefficients to every step-th element of out.
@@ -151,7 +151,7 @@ QMX_TARGET inline void decodeGroup(OrderWindows<T>& s, T* out, int step, int lef
     GroupState group{~std::uint64_t{0} >> (kGroupSize - count), count};
     const int top = skipEmptyPlanes(s, group);
     if (top < 0) return;
-    Lanes<T> lanes;
+    Lanes<T> lanes(top);
     if (s.lowest == 0 && s.unrefined < 0)
         decodeWhole(s, top, group, lanes);
     else
