@@ -18,17 +18,21 @@
 /// Returns: 64 bits of a bitmap from any bit on.
 QMX_TARGET inline std::uint64_t bitsAt(const unsigned char* bytes, std::uint64_t bit) {
     const unsigned char* place = bytes + bit / 64 * 8;
-    const unsigned shift = bit % 64;
-    return (loadWord(place) >> shift) | (loadWord(place + 8) << 1 << (63 - shift));
+    return (loadWord(place) >> bit % 64) | (loadWord(place + 8) << 1 << ~bit % 64);
 }
 
-/// Returns: the next bits of a u section, count of which belong to it.
+/// Returns: the next bits of a u section, count of which belong to it. Requires: kLoadBits stand in memory.
+QMX_TARGET inline std::uint64_t takeLoadedRefinement(RefinementBits& bits, std::uint64_t count) {
+    const std::uint64_t next = bits.span.next;
+    const unsigned char* place = bits.span.bytes + next / 8;
+    bits.span.next = next + count;
+    return (loadWord(place) >> next % 8) | (std::uint64_t{place[8]} << 1 << (63 - next % 8));
+}
+
+/// The same, wherever the bits stand.
 QMX_TARGET inline std::uint64_t takeRefinement(RefinementBits& bits, int count) {
     if (bits.span.next + kLoadBits > bits.span.end) return readRefinementLiterally(bits, count);
-    const unsigned char* place = bits.span.bytes + bits.span.next / 8;
-    const unsigned shift = bits.span.next % 8;
-    bits.span.next += static_cast<unsigned>(count);
-    return (loadWord(place) >> shift) | (std::uint64_t{place[8]} << 1 << (63 - shift));
+    return takeLoadedRefinement(bits, static_cast<unsigned>(count));
 }
 
 /// What is known of a group while its bit planes are read: one bit for each coefficient.
@@ -42,9 +46,9 @@ struct GroupState {
 
 /// Returns: the newly significant coefficients of a bit plane; notes their signs.
 QMX_TARGET inline std::uint64_t takeFresh(SectionWindow& w, GroupState& group) {
-    const std::uint64_t candidates = group.valid & ~group.significant;
+    const std::uint64_t candidates = ~group.significant & group.valid;
     const std::uint64_t fresh = deposit(bitsAt(w.fresh, w.taken), candidates);
-    group.negatives |= fresh & deposit(bitsAt(w.negatives, w.taken), candidates);
+    group.negatives |= deposit(bitsAt(w.negatives, w.taken), candidates);
     w.taken += static_cast<unsigned>(group.count - group.significantCount);
     group.significant |= fresh;
     group.significantCount = countOnes(group.significant);
@@ -72,6 +76,7 @@ QMX_TARGET void refillOrder(OrderWindows<T>& s) {
     for (int p = s.liveTop + 1; p <= s.highest; ++p)
         s.windows[p].taken += s.takenAbove;
     s.takenAbove = 0;
+    s.groupsLoaded = 0;
     s.groupsReady = kRefillWindows(s.windows + s.lowest, s.windows + s.highest, s.capacity);
     s.liveTop = s.lowest - 1;
     for (int p = s.usualTop = s.highest; p >= s.lowest; s.usualTop = --p) {
@@ -99,15 +104,32 @@ QMX_TARGET inline int skipEmptyPlanes(OrderWindows<T>& s, const GroupState& grou
     return s.usualTop >= s.lowest ? s.usualTop : -1;
 }
 
-/// Decodes a group of which all sections have come, from bit plane `top` down.
+/// Returns: groups for which the bits of all u sections stand in memory, if all sections have come.
 template <class T>
-QMX_TARGET inline void decodeWhole(OrderWindows<T>& s, int top, GroupState& group,
-                                   Lanes<T>& lanes) {
+QMX_TARGET std::uint64_t countLoaded(const OrderWindows<T>& s) {
+    if (s.lowest != 0 || s.unrefined >= 0) return 0;
+    std::uint64_t groups = ~std::uint64_t{0};
+    for (int p = 0; p < s.liveTop; ++p) {
+        const BitSpan& span = s.refinements[p].span;
+        if (span.next + kLoadBits > span.end) return 0;
+        groups = std::min(groups, (span.end - span.next - kLoadBits) / kGroupSize);
+    }
+    return groups;
+}
+
+/// Decodes a group of which all sections have come and stand in memory, from bit plane `top` down. Without
+/// a call among them, masks and lanes stay in registers.
+template <class T>
+QMX_TARGET inline GroupState decodeLoaded(OrderWindows<T>& s, int top, GroupState group,
+                                          Lanes<T>& lanes) {
     lanes.shiftIn(takeFresh(s.windows[top], group), top);
     for (int p = top - 1; p >= 0; --p) {
-        const std::uint64_t refined = refine(s.refinements[p], group);
+        const std::uint64_t bits =
+            takeLoadedRefinement(s.refinements[p], static_cast<unsigned>(group.significantCount));
+        const std::uint64_t refined = deposit(bits, group.significant);
         lanes.shiftIn(refined | takeFresh(s.windows[p], group), p);
     }
+    return group;
 }
 
 /// The same for any sections.
@@ -115,7 +137,7 @@ QMX_TARGET inline void decodeWhole(OrderWindows<T>& s, int top, GroupState& grou
 /// Rounding, as masks: the bit below the planes that are refined is set in all coefficients that became
 /// significant above; those that do in the planes below have a bit set two planes further down.
 template <class T>
-QMX_TARGET void decodeCut(OrderWindows<T>& s, int top, GroupState& group, Lanes<T>& lanes) {
+QMX_TARGET GroupState decodeAny(OrderWindows<T>& s, int top, GroupState group, Lanes<T>& lanes) {
     std::uint64_t planes[kTableBitPlanes<T>] = {};
     std::uint64_t newAbove = 0;
     for (int p = top; p >= std::min(s.lowest, s.unrefined + 1); --p) {
@@ -132,6 +154,7 @@ QMX_TARGET void decodeCut(OrderWindows<T>& s, int top, GroupState& group, Lanes<
     if (s.unrefined >= 1) planes[s.unrefined - 1] |= newAbove;
     for (int p = top; p >= 0; --p)
         lanes.shiftIn(planes[p], p);
+    return group;
 }
 
 /// Stores the first count coefficients to every step-th element of out.
@@ -152,10 +175,13 @@ QMX_TARGET inline void decodeGroup(OrderWindows<T>& s, T* out, int step, int lef
     const int top = skipEmptyPlanes(s, group);
     if (top < 0) return;
     Lanes<T> lanes(top);
-    if (s.lowest == 0 && s.unrefined < 0)
-        decodeWhole(s, top, group, lanes);
-    else
-        decodeCut(s, top, group, lanes);
+    if (s.groupsLoaded == 0) s.groupsLoaded = countLoaded(s);
+    if (s.groupsLoaded != 0) {
+        --s.groupsLoaded;
+        group = decodeLoaded(s, top, group, lanes);
+    } else {
+        group = decodeAny(s, top, group, lanes);
+    }
     if (group.significant == 0) return;
     // storeToEven writes the element behind the last coefficient again: there must be one.
     if (step == 1 && count == kGroupSize) {

@@ -58,6 +58,8 @@ struct OrderWindows {
     int usualTop;
     /// Candidates that were taken since then from all bit planes above liveTop, whose windows do not know yet.
     std::uint32_t takenAbove;
+    /// Groups for which the bits of all u sections below liveTop stand in memory; 0 while not all sections have come.
+    std::uint64_t groupsLoaded;
     SectionWindow windows[kTableBitPlanes<T>];
     RefinementBits refinements[kTableBitPlanes<T>];
 };
