@@ -69,6 +69,11 @@ struct Vec<unsigned char> : AnyVec {
         const Lanes isSet = _mm256_cmpeq_epi8(both(spread, select), select);
         return _mm256_sub_epi8(_mm256_add_epi8(v, v), isSet);
     }
+    /// a0 b0 a1 b1 .. of the lanes of two vectors: the first half, and the second.
+    QMX_TARGET static void zip(Lanes a, Lanes b, Lanes* both) {
+        both[0] = _mm256_unpacklo_epi8(apart(a), apart(b));
+        both[1] = _mm256_unpackhi_epi8(apart(a), apart(b));
+    }
 };
 
 template <>
@@ -115,14 +120,9 @@ struct Vec<short> : AnyVec {
         return inOrder(
             _mm256_packus_epi32(_mm256_srli_epi32(first, 16), _mm256_srli_epi32(second, 16)));
     }
-    /// Halves of lanes, the lower ones from low, the others from high: the first lanes and the second ones.
-    QMX_TARGET static void zip(Lanes low, Lanes high, Lanes* both) {
-        both[0] = _mm256_unpacklo_epi8(apart(low), apart(high));
-        both[1] = _mm256_unpackhi_epi8(apart(low), apart(high));
-    }
-    /// Replaces the evens of the pairs in memory.
-    QMX_TARGET static void putEvens(short* pairs, Half evens) {
-        store(pairs, _mm256_blend_epi16(_mm256_cvtepu16_epi32(evens), load(pairs), 0xAA));
+    QMX_TARGET static void zip(Lanes a, Lanes b, Lanes* both) {
+        both[0] = _mm256_unpacklo_epi16(apart(a), apart(b));
+        both[1] = _mm256_unpackhi_epi16(apart(a), apart(b));
     }
     /// -v in lane i where bit i is set: (v ^ -1) - -1.
     QMX_TARGET static Lanes negatedWhere(Lanes v, std::uint64_t bits) {
@@ -173,13 +173,9 @@ struct Vec<int> : AnyVec {
     QMX_TARGET static Lanes oddsOf(Lanes first, Lanes second) {
         return picked<0xDD>(first, second);
     }
-    /// Halves of lanes, the lower ones from low, the others from high: the first lanes and the second ones.
-    QMX_TARGET static void zip(Lanes low, Lanes high, Lanes* both) {
-        both[0] = _mm256_unpacklo_epi16(apart(low), apart(high));
-        both[1] = _mm256_unpackhi_epi16(apart(low), apart(high));
-    }
-    QMX_TARGET static void putEvens(int* pairs, Half evens) {
-        store(pairs, _mm256_blend_epi32(_mm256_cvtepu32_epi64(evens), load(pairs), 0xAA));
+    QMX_TARGET static void zip(Lanes a, Lanes b, Lanes* both) {
+        both[0] = _mm256_unpacklo_epi32(apart(a), apart(b));
+        both[1] = _mm256_unpackhi_epi32(apart(a), apart(b));
     }
     QMX_TARGET static Lanes negatedWhere(Lanes v, std::uint64_t bits) {
         const Lanes isSet = whereSet(bits);

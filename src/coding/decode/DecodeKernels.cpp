@@ -106,12 +106,12 @@ struct Lanes {
         }
     }
 
-    void storeToEven(T* out, std::uint64_t negatives) const {
+    void storeApart(T* evens, T* odds, std::uint64_t negatives) const {
         T all[kGroupSize];
         store(all, negatives);
-        for (const T coefficient : all) {
-            *out = coefficient;
-            out += 2;
+        for (int i = 0; i < kGroupSize / 2; ++i) {
+            evens[i] = all[2 * i];
+            odds[i] = all[2 * i + 1];
         }
     }
 

@@ -6,7 +6,7 @@
 //   deposit(bits, mask)    bit i of bits at the place of the i-th set bit of mask
 //   Lanes<T>(top)          kGroupSize magnitudes below 2^(top + 1): shiftIn(mask, p) gives bit p to each, for all
 //                          planes from top down to 0, store(out, negatives) gives them their signs and stores
-//                          them to all elements of out, storeToEven(...) to every second one
+//                          them, storeApart(evens, odds, ...) by turns to both
 //
 // Plain way: ask for each coefficient, from the top plane down, whether the n section's run is used up;
 // where it is, read a sign and one bit of each u section below. Here the same is asked of 64
@@ -157,19 +157,36 @@ QMX_TARGET GroupState decodeAny(OrderWindows<T>& s, int top, GroupState group, L
     return group;
 }
 
-/// Stores the first count coefficients to every step-th element of out.
+/// Where the coefficients of a line go: all to `all`, or where odds is not null its even ones there.
 template <class T>
-QMX_TARGET void storeSome(const Lanes<T>& lanes, std::uint64_t negatives, T* out, int step,
+struct LinePlace {
+    T* all;
+    T* odds;
+
+    /// Passes over a group.
+    QMX_TARGET void advance() {
+        all += odds == nullptr ? kGroupSize : kGroupSize / 2;
+        if (odds != nullptr) odds += kGroupSize / 2;
+    }
+};
+
+/// Stores the first count coefficients.
+template <class T>
+QMX_TARGET void storeSome(const Lanes<T>& lanes, std::uint64_t negatives, const LinePlace<T>& place,
                           int count) {
     T all[kGroupSize];
     lanes.store(all, negatives);
-    for (int i = 0; i < count; ++i, out += step)
-        *out = all[i];
+    if (place.odds == nullptr) {
+        std::copy_n(all, count, place.all);
+        return;
+    }
+    for (int i = 0; i < count; ++i)
+        (i % 2 == 0 ? place.all : place.odds)[i / 2] = all[i];
 }
 
 /// Decodes the next group of a line, which has left coefficients left.
 template <class T>
-QMX_TARGET inline void decodeGroup(OrderWindows<T>& s, T* out, int step, int left) {
+QMX_TARGET inline void decodeGroup(OrderWindows<T>& s, const LinePlace<T>& place, int left) {
     const int count = std::min(left, kGroupSize);
     GroupState group{~std::uint64_t{0} >> (kGroupSize - count), count};
     const int top = skipEmptyPlanes(s, group);
@@ -183,25 +200,24 @@ QMX_TARGET inline void decodeGroup(OrderWindows<T>& s, T* out, int step, int lef
         group = decodeAny(s, top, group, lanes);
     }
     if (group.significant == 0) return;
-    // storeToEven writes the element behind the last coefficient again: there must be one.
-    if (step == 1 && count == kGroupSize) {
-        lanes.store(out, group.negatives);
-    } else if (step == 2 && left > kGroupSize) {
-        lanes.storeToEven(out, group.negatives);
+    if (count < kGroupSize) {
+        storeSome(lanes, group.negatives, place, count);
+    } else if (place.odds == nullptr) {
+        lanes.store(place.all, group.negatives);
     } else {
-        storeSome(lanes, group.negatives, out, step, count);
+        lanes.storeApart(place.all, place.odds, group.negatives);
     }
 }
 
 template <class T>
-QMX_TARGET void decodeLine(OrderWindows<T>& s, T* row, const ScanLine& line, int width) {
+QMX_TARGET void decodeLine(OrderWindows<T>& s, T* line, T* odds, int coefficients) {
     if (s.highest < s.lowest) return;
-    T* out = row + line.firstColumn;
-    for (int left = line.countFrom(line.firstColumn, width); left > 0; left -= kGroupSize) {
+    LinePlace<T> place{line, odds};
+    for (int left = coefficients; left > 0; left -= kGroupSize) {
         if (s.groupsReady == 0) refillOrder(s);
         --s.groupsReady;
-        decodeGroup(s, out, line.stepColumns, left);
-        out += static_cast<std::ptrdiff_t>(kGroupSize) * line.stepColumns;
+        decodeGroup(s, place, left);
+        place.advance();
     }
 }
 

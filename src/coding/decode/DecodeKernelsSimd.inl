@@ -39,12 +39,12 @@ struct Lanes {
         for (std::size_t i = 0; i < kVectors; ++i)
             V::store(out + i * V::kSamples, lanes[i]);
     }
-    QMX_TARGET void storeToEven(T* out, std::uint64_t negatives) const {
+    QMX_TARGET void storeApart(T* evens, T* odds, std::uint64_t negatives) const {
         Lane lanes[kVectors];
         withSigns(lanes, negatives);
-        for (std::size_t i = 0; i < kVectors; ++i, out += 2 * V::kSamples) {
-            V::putEvens(out, V::lowHalf(lanes[i]));
-            V::putEvens(out + V::kSamples, V::highHalf(lanes[i]));
+        for (std::size_t i = 0; i < kVectors; i += 2) {
+            V::store(evens + i / 2 * V::kSamples, V::evensOf(lanes[i], lanes[i + 1]));
+            V::store(odds + i / 2 * V::kSamples, V::oddsOf(lanes[i], lanes[i + 1]));
         }
     }
 
@@ -59,7 +59,7 @@ private:
     /// Joins two bytes of all coefficients, from byte `low` on, to 2 kByteVectors vectors of shorts.
     QMX_TARGET void joinBytes(Lane* shorts, std::size_t low) const {
         for (std::size_t i = 0; i < kByteVectors; ++i)
-            Shorts::zip(bytes[low][i], bytes[low + 1][i], shorts + 2 * i);
+            Bytes::zip(bytes[low][i], bytes[low + 1][i], shorts + 2 * i);
     }
     QMX_TARGET void joinAll(Lane* lanes) const {
         if constexpr (std::is_same_v<T, short>) {
@@ -77,7 +77,7 @@ private:
             Lane high[kShortVectors];
             joinBytes(high, 2);
             for (std::size_t i = 0; i < kShortVectors; ++i)
-                V::zip(low[i], high[i], lanes + 2 * i);
+                Shorts::zip(low[i], high[i], lanes + 2 * i);
         }
     }
     QMX_TARGET void withSigns(Lane* lanes, std::uint64_t negatives) const {
