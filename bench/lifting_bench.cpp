@@ -48,18 +48,15 @@ void addKernels(CpuLevel level) {
     constexpr std::size_t kCount = kLineSamples;
     addKernel<T>("filterLine", level, kCount,
                  [](const auto& k, auto& lines) { k.filterLine(lines[0], kCount); });
-    addKernel<T>("unfilterLine", level, kCount,
-                 [](const auto& k, auto& lines) { k.unfilterLine(lines[0], kCount); });
+    addKernel<T>("joinLine", level, kCount, [](const auto& k, auto& lines) {
+        k.joinLine(lines[0], lines[1], lines[2], kCount);
+    });
     addKernel<T>("filterRows", level, 2 * kCount, [](const auto& k, auto& lines) {
         k.filterRows(lines[0], lines[1], lines[2], lines[3], kCount);
     });
     addKernel<T>("unfilterRows", level, 2 * kCount, [](const auto& k, auto& lines) {
         k.unfilterRows(lines[0], lines[1], lines[2], lines[3], kCount);
     });
-    addKernel<T>("takeEvens", level, kCount,
-                 [](const auto& k, auto& lines) { k.takeEvens(lines[1], lines[0], kCount / 2); });
-    addKernel<T>("putEvens", level, kCount,
-                 [](const auto& k, auto& lines) { k.putEvens(lines[1], lines[0], kCount / 2); });
 }
 
 template <class T>

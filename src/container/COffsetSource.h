@@ -29,7 +29,7 @@ public:
             fillCoefficients(row, samples);
             return true;
         });
-        const T* offsets = offset.rows().row(0, offset.slotOf(r));
+        const T* offsets = offset.rows().row(0, 0);
         T* samples = rows.row(0, slot);
         for (int c = 0; c < width; ++c)
             samples[c] = static_cast<T>(samples[c] + offsets[c]);
@@ -39,7 +39,7 @@ private:
     void fillCoefficients(int row, T* samples) {
         if (row % stepColumns != 0) return;
         for (int c = 0; c < width; c += stepColumns, ++next)
-            samples[c] = static_cast<T>(unfold<T>(newValues[next]) - unfold<T>(oldValues[next]));
+            *samples++ = static_cast<T>(unfold<T>(newValues[next]) - unfold<T>(oldValues[next]));
     }
 
     IRowSource<T>& image;

@@ -47,7 +47,7 @@ public:
 
     void load(CImageData<T>& rows, int slot, int) override {
         decoder.restoreRow();
-        std::copy_n(decoder.rows().row(0, decoder.slot()), rows.x, rows.row(0, slot));
+        std::copy_n(decoder.rows().row(0, 0), rows.x, rows.row(0, slot));
     }
 
 private:

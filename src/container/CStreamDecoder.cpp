@@ -21,8 +21,7 @@ int CStreamDecoder<T>::open() {
 template <class T>
 bool CStreamDecoder<T>::storeNext(unsigned char* out) {
     if (!rows->restoreRow()) return false;
-    if (job.header.xSize != 0)
-        storeRow(rows->rows(), rows->slot(), job.header.bytesPerPixel, *limit, out);
+    if (job.header.xSize != 0) storeRow(rows->rows(), 0, job.header.bytesPerPixel, *limit, out);
     return !job.stop.isSet();
 }
 

@@ -47,10 +47,34 @@ struct AnyVec {
     }
     /// f0 s0 f1 s1 -> f0 f1 s0 s1: packs work on each 128-bit half by itself.
     QMX_TARGET static Lanes inOrder(Lanes v) { return _mm256_permute4x64_epi64(v, 0xD8); }
+    /// Undoes inOrder.
+    QMX_TARGET static Lanes apart(Lanes v) { return _mm256_permute4x64_epi64(v, 0xD8); }
 };
 
 template <class T>
 struct Vec;
+
+template <>
+struct Vec<unsigned char> : AnyVec {
+    using Sample = unsigned char;
+    static constexpr std::size_t kSamples = 32;
+
+    /// 2 v, and 1 more in lane i where bit i is set; bits behind the lanes do not count.
+    QMX_TARGET static Lanes twiceAndBits(Lanes v, std::uint64_t bits) {
+        // Each 128-bit half gets the byte that its lanes ask for: 0 and 1, or 2 and 3.
+        const Lanes places =
+            _mm256_setr_epi64x(0, 0x0101010101010101, 0x0202020202020202, 0x0303030303030303);
+        const Lanes select = _mm256_set1_epi64x(static_cast<long long>(0x8040201008040201));
+        const Lanes spread = _mm256_shuffle_epi8(_mm256_set1_epi32(static_cast<int>(bits)), places);
+        const Lanes isSet = _mm256_cmpeq_epi8(both(spread, select), select);
+        return _mm256_sub_epi8(_mm256_add_epi8(v, v), isSet);
+    }
+    /// a0 b0 a1 b1 .. of the lanes of two vectors: the first half, and the second.
+    QMX_TARGET static void zip(Lanes a, Lanes b, Lanes* both) {
+        both[0] = _mm256_unpacklo_epi8(apart(a), apart(b));
+        both[1] = _mm256_unpackhi_epi8(apart(a), apart(b));
+    }
+};
 
 template <>
 struct Vec<short> : AnyVec {
@@ -96,13 +120,9 @@ struct Vec<short> : AnyVec {
         return inOrder(
             _mm256_packus_epi32(_mm256_srli_epi32(first, 16), _mm256_srli_epi32(second, 16)));
     }
-    /// Replaces the evens of the pairs in memory.
-    QMX_TARGET static void putEvens(short* pairs, Half evens) {
-        store(pairs, _mm256_blend_epi16(_mm256_cvtepu16_epi32(evens), load(pairs), 0xAA));
-    }
-    /// 2 v, and 1 more in lane i where bit i is set; bits behind the lanes do not count.
-    QMX_TARGET static Lanes twiceAndBits(Lanes v, std::uint64_t bits) {
-        return sub(add(v, v), whereSet(bits));
+    QMX_TARGET static void zip(Lanes a, Lanes b, Lanes* both) {
+        both[0] = _mm256_unpacklo_epi16(apart(a), apart(b));
+        both[1] = _mm256_unpackhi_epi16(apart(a), apart(b));
     }
     /// -v in lane i where bit i is set: (v ^ -1) - -1.
     QMX_TARGET static Lanes negatedWhere(Lanes v, std::uint64_t bits) {
@@ -153,11 +173,9 @@ struct Vec<int> : AnyVec {
     QMX_TARGET static Lanes oddsOf(Lanes first, Lanes second) {
         return picked<0xDD>(first, second);
     }
-    QMX_TARGET static void putEvens(int* pairs, Half evens) {
-        store(pairs, _mm256_blend_epi32(_mm256_cvtepu32_epi64(evens), load(pairs), 0xAA));
-    }
-    QMX_TARGET static Lanes twiceAndBits(Lanes v, std::uint64_t bits) {
-        return sub(add(v, v), whereSet(bits));
+    QMX_TARGET static void zip(Lanes a, Lanes b, Lanes* both) {
+        both[0] = _mm256_unpacklo_epi32(apart(a), apart(b));
+        both[1] = _mm256_unpackhi_epi32(apart(a), apart(b));
     }
     QMX_TARGET static Lanes negatedWhere(Lanes v, std::uint64_t bits) {
         const Lanes isSet = whereSet(bits);

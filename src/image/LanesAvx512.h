@@ -56,10 +56,29 @@ struct AnyVec {
     QMX_TARGET static Lanes inOrder(Lanes v) {
         return _mm512_permutexvar_epi64(_mm512_setr_epi64(0, 2, 4, 6, 1, 3, 5, 7), v);
     }
+    /// Undoes inOrder.
+    QMX_TARGET static Lanes apart(Lanes v) {
+        return _mm512_permutexvar_epi64(_mm512_setr_epi64(0, 4, 1, 5, 2, 6, 3, 7), v);
+    }
 };
 
 template <class T>
 struct Vec;
+
+template <>
+struct Vec<unsigned char> : AnyVec {
+    using Sample = unsigned char;
+    static constexpr std::size_t kSamples = 64;
+
+    QMX_TARGET static Lanes twiceAndBits(Lanes v, std::uint64_t bits) {
+        const Lanes twice = _mm512_add_epi8(v, v);
+        return _mm512_mask_sub_epi8(twice, bits, twice, _mm512_set1_epi8(-1));
+    }
+    QMX_TARGET static void zip(Lanes a, Lanes b, Lanes* both) {
+        both[0] = _mm512_unpacklo_epi8(apart(a), apart(b));
+        both[1] = _mm512_unpackhi_epi8(apart(a), apart(b));
+    }
+};
 
 template <>
 struct Vec<short> : AnyVec {
@@ -109,12 +128,9 @@ struct Vec<short> : AnyVec {
         return inOrder(
             _mm512_packus_epi32(_mm512_srli_epi32(first, 16), _mm512_srli_epi32(second, 16)));
     }
-    QMX_TARGET static void putEvens(short* pairs, Half evens) {
-        _mm512_mask_storeu_epi16(pairs, kEvens, _mm512_cvtepu16_epi32(evens));
-    }
-    QMX_TARGET static Lanes twiceAndBits(Lanes v, std::uint64_t bits) {
-        const Lanes twice = add(v, v);
-        return _mm512_mask_sub_epi16(twice, static_cast<Mask>(bits), twice, all(-1));
+    QMX_TARGET static void zip(Lanes a, Lanes b, Lanes* both) {
+        both[0] = _mm512_unpacklo_epi16(apart(a), apart(b));
+        both[1] = _mm512_unpackhi_epi16(apart(a), apart(b));
     }
     QMX_TARGET static Lanes negatedWhere(Lanes v, std::uint64_t bits) {
         return _mm512_mask_sub_epi16(v, static_cast<Mask>(bits), zero(), v);
@@ -163,12 +179,9 @@ struct Vec<int> : AnyVec {
             _mm512_setr_epi32(1, 3, 5, 7, 9, 11, 13, 15, 17, 19, 21, 23, 25, 27, 29, 31);
         return _mm512_permutex2var_epi32(first, places, second);
     }
-    QMX_TARGET static void putEvens(int* pairs, Half evens) {
-        _mm512_mask_storeu_epi32(pairs, kEvens, _mm512_cvtepu32_epi64(evens));
-    }
-    QMX_TARGET static Lanes twiceAndBits(Lanes v, std::uint64_t bits) {
-        const Lanes twice = add(v, v);
-        return _mm512_mask_sub_epi32(twice, static_cast<Mask>(bits), twice, all(-1));
+    QMX_TARGET static void zip(Lanes a, Lanes b, Lanes* both) {
+        both[0] = _mm512_unpacklo_epi32(apart(a), apart(b));
+        both[1] = _mm512_unpackhi_epi32(apart(a), apart(b));
     }
     QMX_TARGET static Lanes negatedWhere(Lanes v, std::uint64_t bits) {
         return _mm512_mask_sub_epi32(v, static_cast<Mask>(bits), zero(), v);

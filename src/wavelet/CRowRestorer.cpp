@@ -9,8 +9,7 @@ namespace qmx {
 namespace {
 
 int sweptLevels(const ImageShape& shape, int reduction) {
-    const int levels = levelCount(shape.width, shape.height);
-    return reduction == 0 ? std::max(levels, 1) : levels - reduction;
+    return levelsToRestore(levelCount(shape.width, shape.height), reduction);
 }
 
 /// Returns: how many rows of coefficients behind row r have to be there when row r is restored.
@@ -41,11 +40,12 @@ CRowRestorer<T>::CRowRestorer(const ImageShape& imageShape, std::pmr::memory_res
                               int reduction)
     : shape(imageShape.reducedBy(reduction)),
       rowsAhead(aheadFor(sweptLevels(imageShape, reduction))),
-      ring(shape.width, ringRows(shape.height, rowsAhead), shape.planes, memory) {
+      ring(shape.width, ringRows(shape.height, rowsAhead), shape.planes, memory),
+      restored(shape.width, 1, shape.planes, memory) {
     const int levels = sweptLevels(imageShape, reduction);
     const LevelGeometry finest{imageShape.width, imageShape.height, 1 << reduction};
     for (int p = 0; levels != 0 && p < shape.planes; ++p)
-        planes[p] = makeObject<Plane>(memory, finest, levels, ring, p, memory);
+        sweeps[p] = makeObject<CInverseSweep<T>>(memory, finest, levels, ring, p, memory);
 }
 
 template class CRowRestorer<short>;

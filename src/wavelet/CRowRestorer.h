@@ -6,7 +6,6 @@
 #include "image/CImageData.h"
 #include "image/ImageShape.h"
 #include "wavelet/CInverseSweep.h"
-#include "wavelet/CLevelLines.h"
 
 namespace qmx {
 
@@ -15,6 +14,13 @@ namespace qmx {
 ///
 /// An image without levels is filtered once all the same (Quirk 4). A reduced picture is what the finest
 /// levels would be given: its coefficients are those of the orders from `reduction` up.
+///
+/// Coefficients of a row come apart, as the sweep works on them: those that deeper levels restore, of as many
+/// columns as the next level has, and behind them the odd columns of this one; the first part in the same way, as far as
+/// the row belongs to the next level and that is restored. Row 4 of a picture of 8 columns and 2 levels:
+///
+///     column   0   4   2   6   1   3   5   7        rows 1 and 3: 0 2 4 6 1 3 5 7, row 2: 0 4 2 6 1 3 5 7
+///     order    2   2   1   1   0   0   0   0
 /// Format: docs/format.md, 6.6 Inverse transform and 17 Reduced pictures.
 template <class T>
 class CRowRestorer {
@@ -25,32 +31,23 @@ public:
                  int reduction = 0);
 
     /// Restores row r. First calls fill(plane, row, samples) for the rows that are missing, each of them
-    /// once and in their order: the samples are 0 and become the coefficients of the row.
+    /// once and in their order: the samples are 0 and become the coefficients of the row, apart.
     /// Requires: all rows, from 0 on. Returns: false when fill has returned false, which ends the work.
     /// Throws: what fill throws.
     template <class Fill>
     bool restore(int r, Fill fill);
 
-    /// Where row r stands once it is restored, until the next one is.
-    const CImageData<T>& rows() const { return ring; }
-    int slotOf(int r) const { return r % ring.y; }
+    /// The row that was restored last: row 0 of these.
+    const CImageData<T>& rows() const { return restored; }
 
 private:
-    struct Plane {
-        Plane(const LevelGeometry& finest, int levels, CImageData<T>& ring, int plane,
-              std::pmr::memory_resource* memory)
-            : lines(finest, levels, ring, plane, memory), sweep(lines) {}
-
-        CLevelLines<T> lines;
-        CInverseSweep<T> sweep;
-    };
-
     /// Of the picture.
     ImageShape shape;
     int rowsAhead;
     CImageData<T> ring;
+    CImageData<T> restored;
     /// None where no level is left to restore.
-    MemoryObject<Plane> planes[CImageData<T>::kMaxPlanes];
+    MemoryObject<CInverseSweep<T>> sweeps[CImageData<T>::kMaxPlanes];
     int filled = 0;
 };
 
@@ -59,12 +56,15 @@ template <class Fill>
 bool CRowRestorer<T>::restore(int r, Fill fill) {
     for (; filled < shape.height && filled <= r + rowsAhead; ++filled)
         for (int p = 0; p < shape.planes; ++p) {
-            T* row = ring.row(p, slotOf(filled));
+            T* row = ring.row(p, filled % ring.y);
             std::fill_n(row, ring.stride, T{0});
             if (!fill(p, filled, row)) return false;
         }
-    for (const auto& plane : planes)
-        if (plane) plane->sweep.restoreRow(r);
+    for (int p = 0; p < shape.planes; ++p)
+        if (sweeps[p])
+            sweeps[p]->restoreRow(r, restored.row(p, 0));
+        else
+            std::copy_n(ring.row(p, r % ring.y), shape.width, restored.row(p, 0));
     return true;
 }
 

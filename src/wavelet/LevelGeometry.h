@@ -14,6 +14,12 @@ inline constexpr int kMaxOrders = kMaxLevels + 1;
 /// smaller side is 2 or 3, -1 when it is 0 or 1.
 int levelCount(int width, int height);
 
+/// Returns: how many levels decoders undo for a picture at 1 : 2^reduction of an image of so many levels. An image
+/// without levels is filtered once all the same (Quirk 4).
+constexpr int levelsToRestore(int levels, int reduction) {
+    return reduction == 0 && levels < 1 ? 1 : levels - reduction;
+}
+
 /// One level of the transform of a plane: its samples stand at multiples of step.
 struct LevelGeometry {
     int width;

@@ -11,8 +11,8 @@ void filterLine(T* line, std::size_t samples) {
 }
 
 template <class T>
-void unfilterLine(T* line, std::size_t samples) {
-    unfilterWholeLine(line, static_cast<int>(samples));
+void joinLine(T* line, T* evens, const T* odds, std::size_t samples) {
+    joinWholeLine(line, evens, odds, samples);
 }
 
 template <class T>
@@ -30,20 +30,7 @@ void unfilterRows(T* smooth, T* detailBefore, const T* smoothBefore, const T* de
 }
 
 template <class T>
-void takeEvens(T* __restrict evens, const T* __restrict line, std::size_t count) {
-    for (std::size_t i = 0; i < count; ++i)
-        evens[i] = line[2 * i];
-}
-
-template <class T>
-void putEvens(T* __restrict line, const T* __restrict evens, std::size_t count) {
-    for (std::size_t i = 0; i < count; ++i)
-        line[2 * i] = evens[i];
-}
-
-template <class T>
-constexpr LiftingKernels<T> kTable{filterLine<T>,   unfilterLine<T>, filterRows<T>,
-                                   unfilterRows<T>, takeEvens<T>,    putEvens<T>};
+constexpr LiftingKernels<T> kTable{filterLine<T>, joinLine<T>, filterRows<T>, unfilterRows<T>};
 
 }  // namespace
 

@@ -15,8 +15,8 @@ struct LiftingKernels {
 
     /// Filters one line in place. Requires: samples >= 4.
     void (*filterLine)(T* line, std::size_t samples);
-    /// Undoes filterLine.
-    void (*unfilterLine)(T* line, std::size_t samples);
+    /// Undoes filterLine for a line of any length, whose evens and odds stand apart. Changes the evens.
+    void (*joinLine)(T* line, T* evens, const T* odds, std::size_t samples);
     /// A step down the columns:
     /// detail -= half(smooth + smoothAfter), then smooth += quarter(detailBefore + detail).
     void (*filterRows)(T* smooth, T* detail, const T* detailBefore, const T* smoothAfter,
@@ -25,10 +25,6 @@ struct LiftingKernels {
     /// smooth -= quarter(detailBefore + detail), then detailBefore += half(smoothBefore + smooth).
     void (*unfilterRows)(T* smooth, T* detailBefore, const T* smoothBefore, const T* detail,
                          std::size_t columns);
-    /// evens[i] = line[2 * i] for i < count. Reads no sample behind the last one of these.
-    void (*takeEvens)(T* evens, const T* line, std::size_t count);
-    /// line[2 * i] = evens[i] for i < count. Touches no sample behind the last one of these.
-    void (*putEvens)(T* line, const T* evens, std::size_t count);
 };
 
 extern template struct LiftingKernels<short>;

@@ -2,6 +2,8 @@
 
 #ifdef QMX_X86
 
+#include <algorithm>
+
 #include "image/LanesAvx512.h"
 #include "wavelet/LiftingKernels.h"
 #include "wavelet/LiftingLines.h"

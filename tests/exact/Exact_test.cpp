@@ -122,10 +122,10 @@ RawImage imageOfPatternIn(const ExactKind& kind, int width, int height, test::Ra
     for (int r = 0; r < height; ++r) {
         rows.restore(r, [&](int, int row, T* samples) {
             for (int c = 0; row % step == 0 && c < width; c += step)
-                samples[c] = static_cast<T>(choices[random.below(std::size(choices))]);
+                *samples++ = static_cast<T>(choices[random.below(std::size(choices))]);
             return true;
         });
-        pixels.take(rows.rows(), rows.slotOf(r), r);
+        pixels.take(rows.rows(), 0, r);
     }
     return image;
 }

@@ -2,6 +2,7 @@
 
 #include <memory>
 
+#include "support/ApartRow.h"
 #include "support/CpuLevels.h"
 #include "support/GuardedBuffer.h"
 #include "support/KernelData.h"
@@ -33,11 +34,6 @@ public:
 private:
     std::vector<std::unique_ptr<test::GuardedBuffer<T>>> buffers;
 };
-
-/// Returns: the samples of a line up to the last of count evens.
-constexpr std::size_t spread(std::size_t count) {
-    return count == 0 ? 0 : 2 * count - 1;
-}
 
 class LiftingKernelsTest : public test::AtCpuLevel {
 protected:
@@ -77,12 +73,26 @@ TEST_P(LiftingKernelsTest, LinesAreFilteredLikeThePlainOnes) {
     });
 }
 
-TEST_P(LiftingKernelsTest, LinesAreUnfilteredLikeThePlainOnes) {
-    forAll(4, []<class T>(const LiftingKernels<T>& kernels, auto samples, std::size_t count,
+TEST_P(LiftingKernelsTest, LinesAreJoinedLikeThePlainOnes) {
+    forAll(0, []<class T>(const LiftingKernels<T>& kernels, auto samples, std::size_t count,
                           Side side) {
-        const Buffers<T> line({samples(1, count)}, side);
-        kernels.unfilterLine(line[0], count);
-        return line.contents();
+        const Buffers<T> lines(
+            {samples(1, count), samples(2, (count + 1) / 2), samples(3, count / 2)}, side);
+        kernels.joinLine(lines[0], lines[1], lines[2], count);
+        return lines.contents();
+    });
+}
+
+TEST_P(LiftingKernelsTest, LinesThatWereFilteredComeBack) {
+    forAll(4, []<class T>(const LiftingKernels<T>& kernels, auto samples, std::size_t count, Side) {
+        const std::vector<T> line = samples(1, count);
+        std::vector<T> filtered = line;
+        kernels.filterLine(filtered.data(), count);
+        std::vector<T> apart = test::apartRow(filtered, 1, 1);
+        std::vector<T> joined(count);
+        kernels.joinLine(joined.data(), apart.data(), apart.data() + (count + 1) / 2, count);
+        EXPECT_EQ(joined, line);
+        return joined;
     });
 }
 
@@ -106,24 +116,6 @@ TEST_P(LiftingKernelsTest, RowsAreUnfilteredLikeThePlainOnes) {
     });
 }
 
-TEST_P(LiftingKernelsTest, EvensAreTakenLikeThePlainOnes) {
-    forAll(0, []<class T>(const LiftingKernels<T>& kernels, auto samples, std::size_t count,
-                          Side side) {
-        const Buffers<T> lines({samples(1, count), samples(2, spread(count))}, side);
-        kernels.takeEvens(lines[0], lines[1], count);
-        return lines.contents();
-    });
-}
-
-TEST_P(LiftingKernelsTest, EvensArePutLikeThePlainOnes) {
-    forAll(0, []<class T>(const LiftingKernels<T>& kernels, auto samples, std::size_t count,
-                          Side side) {
-        const Buffers<T> lines({samples(1, spread(count)), samples(2, count)}, side);
-        kernels.putEvens(lines[0], lines[1], count);
-        return lines.contents();
-    });
-}
-
 TEST_P(LiftingKernelsTest, RowsAtOddAddressesAreFilteredLikeThePlainOnes) {
     for (std::size_t offset = 1; offset < 4; ++offset) {
         const auto samples = test::kernelData<short>(Data::random, 4 * test::kLongestRow, offset);
@@ -134,7 +126,7 @@ TEST_P(LiftingKernelsTest, RowsAtOddAddressesAreFilteredLikeThePlainOnes) {
             kernels.filterRows(first, first + 101, first + 202, first + 303, 100);
             kernels.filterLine(first, 100);
             kernels.unfilterRows(first + 202, first + 101, first, first + 303, 99);
-            kernels.unfilterLine(first + 303, 77);
+            kernels.joinLine(first + 403, first + 303, first + 101, 77);
             return rows;
         };
         EXPECT_EQ(run(GetParam()), run(CpuLevel::scalar));

@@ -3,6 +3,7 @@
 #include <array>
 
 #include "reference/ReferenceWavelet.h"
+#include "support/ApartRow.h"
 #include "support/CpuLevels.h"
 #include "support/KernelData.h"
 #include "support/RingLines.h"
@@ -61,19 +62,22 @@ Planes<T> swept(const ImageShape& shape, const Planes<T>& samples) {
 template <class T>
 Planes<T> restored(const ImageShape& shape, const Planes<T>& coefficients) {
     qmx::CRowRestorer<T> restorer(shape, std::pmr::new_delete_resource());
+    const int levels = qmx::levelsToRestore(qmx::levelCount(shape.width, shape.height), 0);
     int asked = 0;
     const auto fill = [&](int p, int row, T* samples) {
         EXPECT_EQ(row * shape.planes + p, asked++);
         EXPECT_EQ(std::count(samples, samples + shape.width, T{0}), shape.width);
-        std::copy_n(coefficients[static_cast<std::size_t>(p)].begin() + row * shape.width,
-                    shape.width, samples);
+        const auto first = coefficients[static_cast<std::size_t>(p)].begin() + row * shape.width;
+        const std::vector<T> apart =
+            test::apartRow(std::vector<T>(first, first + shape.width), row, levels);
+        std::copy(apart.begin(), apart.end(), samples);
         return true;
     };
     Planes<T> result;
     for (int r = 0; r < shape.height; ++r) {
         EXPECT_TRUE(restorer.restore(r, fill));
         for (int p = 0; p < shape.planes; ++p) {
-            const T* row = restorer.rows().row(p, restorer.slotOf(r));
+            const T* row = restorer.rows().row(p, 0);
             auto& plane = result[static_cast<std::size_t>(p)];
             plane.insert(plane.end(), row, row + shape.width);
         }

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "coding/syntax/ScanOrder.h"
+
 namespace qmx {
 namespace {
 
@@ -67,6 +69,8 @@ template <class T>
 CPlaneDecoder<T>::CPlaneDecoder(CReceivedSections<T>& sections, int plane)
     : kernels(&activeKernels<DecodeKernels<T>>()),
       levels(sections.levels()),
+      restoredLevels(
+          levelsToRestore(sections.levels() + sections.reduction(), sections.reduction())),
       width(sections.shape().width),
       orders(sections.memory()),
       bitmaps(sections.memory()) {
@@ -94,7 +98,15 @@ CPlaneDecoder<T>::CPlaneDecoder(CReceivedSections<T>& sections, int plane)
 template <class T>
 void CPlaneDecoder<T>::decodeRow(int row, T* samples) {
     forEachOrder(row, levels, [&](const ScanLine& line) {
-        kernels->decodeLine(orders[static_cast<std::size_t>(line.order)], samples, line, width);
+        OrderWindows<T>& sections = orders[static_cast<std::size_t>(line.order)];
+        const int count = line.countFrom(line.firstColumn, width);
+        // Behind the columns of the next level.
+        T* const odds = samples + ((width - 1) >> (line.order + 1)) + 1;
+        if (line.firstColumn != 0)
+            kernels->decodeLine(sections, odds, nullptr, count);
+        else
+            kernels->decodeLine(sections, samples, line.order < restoredLevels ? odds : nullptr,
+                                count);
     });
 }
 

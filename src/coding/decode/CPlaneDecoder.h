@@ -24,13 +24,14 @@ public:
     CPlaneDecoder(CReceivedSections<T>& sections, int plane);
 
     /// Stores the coefficients of row `row` into as many samples as the image is wide, which are 0
-    /// before. Requires: rows come in rising order. Throws: std::bad_alloc, when a reader needs its file
+    /// before, where CRowRestorer wants them. Requires: rows come in rising order. Throws: std::bad_alloc, when a reader needs its file
     /// window.
     void decodeRow(int row, T* samples);
 
 private:
     const DecodeKernels<T>* kernels;
     int levels;
+    int restoredLevels;
     int width;
     std::pmr::vector<OrderWindows<T>> orders;
     /// Of all windows.

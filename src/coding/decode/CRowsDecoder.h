@@ -18,9 +18,8 @@ public:
     /// Restores the next row. Returns: false when it was stopped, which ends the work.
     /// Requires: there is one. Throws: std::bad_alloc.
     bool restoreRow();
-    /// Where the row that was restored last stands.
+    /// The row that was restored last: row 0 of these.
     const CImageData<T>& rows() const { return restorer.rows(); }
-    int slot() const { return restorer.slotOf(restored - 1); }
     /// Returns: rows that were restored.
     int rowsRestored() const { return restored; }
 

@@ -16,6 +16,8 @@ namespace {
 #include "coding/decode/WindowRefill.inl"
 
 constexpr auto* kRefillWindows = refill;
+// An empty bit plane takes longer than asking for it.
+constexpr std::uint32_t kSteadyShare = 1;
 
 inline int countOnes(std::uint64_t mask) {
     return std::popcount(mask);
@@ -73,13 +75,15 @@ template <class T>
 struct Lanes {
     using Unsigned = std::make_unsigned_t<T>;
 
-    void shiftIn(std::uint64_t mask) { planes[count++] = mask; }
+    explicit Lanes(int topPlane) : top(topPlane) {}
 
-    /// Sets bytes[i] to the bits of coefficient i in the eight planes up to plane last.
-    void gatherBytes(int last, unsigned char* bytes) const {
+    void shiftIn(std::uint64_t mask, int p) { planes[p] = mask; }
+
+    /// Sets bytes[i] to the bits of coefficient i in the eight planes from `lowest` on.
+    void gatherBytes(int lowest, unsigned char* bytes) const {
         for (int first = 0; first < kGroupSize; first += 8) {
             std::uint64_t word = 0;
-            for (int p = std::max(last - 7, 0); p <= last; ++p)
+            for (int p = std::min(lowest + 7, top); p >= lowest; --p)
                 word = 2 * word + kSpread[(planes[p] >> first) % 256];
             storeWord(bytes + first, word);
         }
@@ -88,11 +92,11 @@ struct Lanes {
     void store(T* out, std::uint64_t negatives) const {
         Unsigned magnitudes[kGroupSize] = {};
         unsigned char bytes[kGroupSize];
-        for (int shift = 0; shift < count; shift += 8) {
-            gatherBytes(count - 1 - shift, bytes);
+        for (int p = 0; p <= top; p += 8) {
+            gatherBytes(p, bytes);
             for (int i = 0; i < kGroupSize; ++i)
                 magnitudes[i] =
-                    static_cast<Unsigned>(magnitudes[i] | static_cast<Unsigned>(bytes[i]) << shift);
+                    static_cast<Unsigned>(magnitudes[i] | static_cast<Unsigned>(bytes[i]) << p);
         }
         for (int first = 0; first < kGroupSize; first += 8)
             storeWord(bytes + first, kSpread[(negatives >> first) % 256]);
@@ -102,16 +106,16 @@ struct Lanes {
         }
     }
 
-    void storeToEven(T* out, std::uint64_t negatives) const {
+    void storeApart(T* evens, T* odds, std::uint64_t negatives) const {
         T all[kGroupSize];
         store(all, negatives);
-        for (const T coefficient : all) {
-            *out = coefficient;
-            out += 2;
+        for (int i = 0; i < kGroupSize / 2; ++i) {
+            evens[i] = all[2 * i];
+            odds[i] = all[2 * i + 1];
         }
     }
 
-    int count = 0;
+    int top;
     std::uint64_t planes[kTableBitPlanes<T>];
 };
 

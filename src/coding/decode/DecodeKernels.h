@@ -1,7 +1,6 @@
 #pragma once
 
 #include "coding/decode/SectionWindow.h"
-#include "coding/syntax/ScanOrder.h"
 #include "image/KernelTables.h"
 
 namespace qmx {
@@ -13,10 +12,11 @@ template <class T>
 struct DecodeKernels {
     static const DecodeKernels scalar, avx2, avx512;
 
-    /// Stores the coefficients that line names into a row of width samples, which are 0 before.
-    /// Requires: the sections of one colour plane and the line's order. Throws: std::bad_alloc, when
-    /// a reader needs its file window; the sections are then of no more use.
-    void (*decodeLine)(OrderWindows<T>& sections, T* row, const ScanLine& line, int width);
+    /// Stores the next coefficients of an order into samples that are 0 before: all to line, or where odds is
+    /// not null every second one to odds.
+    /// Requires: the sections of one colour plane and order. Throws: std::bad_alloc, when a reader needs its
+    /// file window; the sections are then of no more use.
+    void (*decodeLine)(OrderWindows<T>& sections, T* line, T* odds, int coefficients);
 };
 
 extern template struct DecodeKernels<short>;

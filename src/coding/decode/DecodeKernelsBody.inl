@@ -1,11 +1,12 @@
 // Bodies of the decoding kernels, included once for each level. What a level defines before:
 //   QMX_TARGET             attribute of every function
 //   kRefillWindows         the parser, see WindowRefill.inl
+//   kSteadyShare           one group in so many has new coefficients in the bit plane where groups usually begin
 //   countOnes(mask)        number of set bits
 //   deposit(bits, mask)    bit i of bits at the place of the i-th set bit of mask
-//   Lanes<T>               kGroupSize magnitudes that start as 0: shiftIn(mask) appends one bit to each,
-//                          store(out, negatives) gives them their signs and stores them to all
-//                          elements of out, storeToEven(...) to every second one
+//   Lanes<T>(top)          kGroupSize magnitudes below 2^(top + 1): shiftIn(mask, p) gives bit p to each, for all
+//                          planes from top down to 0, store(out, negatives) gives them their signs and stores
+//                          them, storeApart(evens, odds, ...) by turns to both
 //
 // Plain way: ask for each coefficient, from the top plane down, whether the n section's run is used up;
 // where it is, read a sign and one bit of each u section below. Here the same is asked of 64
@@ -17,17 +18,21 @@
 /// Returns: 64 bits of a bitmap from any bit on.
 QMX_TARGET inline std::uint64_t bitsAt(const unsigned char* bytes, std::uint64_t bit) {
     const unsigned char* place = bytes + bit / 64 * 8;
-    const unsigned shift = bit % 64;
-    return (loadWord(place) >> shift) | (loadWord(place + 8) << 1 << (63 - shift));
+    return (loadWord(place) >> bit % 64) | (loadWord(place + 8) << 1 << ~bit % 64);
 }
 
-/// Returns: the next bits of a u section, count of which belong to it.
+/// Returns: the next bits of a u section, count of which belong to it. Requires: kLoadBits stand in memory.
+QMX_TARGET inline std::uint64_t takeLoadedRefinement(RefinementBits& bits, std::uint64_t count) {
+    const std::uint64_t next = bits.span.next;
+    const unsigned char* place = bits.span.bytes + next / 8;
+    bits.span.next = next + count;
+    return (loadWord(place) >> next % 8) | (std::uint64_t{place[8]} << 1 << (63 - next % 8));
+}
+
+/// The same, wherever the bits stand.
 QMX_TARGET inline std::uint64_t takeRefinement(RefinementBits& bits, int count) {
     if (bits.span.next + kLoadBits > bits.span.end) return readRefinementLiterally(bits, count);
-    const unsigned char* place = bits.span.bytes + bits.span.next / 8;
-    const unsigned shift = bits.span.next % 8;
-    bits.span.next += static_cast<unsigned>(count);
-    return (loadWord(place) >> shift) | (std::uint64_t{place[8]} << 1 << (63 - shift));
+    return takeLoadedRefinement(bits, static_cast<unsigned>(count));
 }
 
 /// What is known of a group while its bit planes are read: one bit for each coefficient.
@@ -41,9 +46,9 @@ struct GroupState {
 
 /// Returns: the newly significant coefficients of a bit plane; notes their signs.
 QMX_TARGET inline std::uint64_t takeFresh(SectionWindow& w, GroupState& group) {
-    const std::uint64_t candidates = group.valid & ~group.significant;
+    const std::uint64_t candidates = ~group.significant & group.valid;
     const std::uint64_t fresh = deposit(bitsAt(w.fresh, w.taken), candidates);
-    group.negatives |= fresh & deposit(bitsAt(w.negatives, w.taken), candidates);
+    group.negatives |= deposit(bitsAt(w.negatives, w.taken), candidates);
     w.taken += static_cast<unsigned>(group.count - group.significantCount);
     group.significant |= fresh;
     group.significantCount = countOnes(group.significant);
@@ -51,33 +56,80 @@ QMX_TARGET inline std::uint64_t takeFresh(SectionWindow& w, GroupState& group) {
 }
 
 /// The refinement pass of a bit plane. Returns: its bits in the coefficients that are significant above.
-/// Requires: there are some.
 QMX_TARGET inline std::uint64_t refine(RefinementBits& bits, const GroupState& group) {
     return deposit(takeRefinement(bits, group.significantCount), group.significant);
 }
 
-/// Passes over the bit planes in which no coefficient of a group becomes significant. Returns: the first in
-/// which one does, -1 when there is none.
+/// Returns: how many of the next groups of a window have a new coefficient, or about so many.
+QMX_TARGET inline std::uint32_t countLive(const SectionWindow& w, std::uint32_t groups) {
+    // From the byte on that has the next candidate. The last word is the rest of the last group.
+    const unsigned char* word = w.fresh + w.taken / 8;
+    std::uint32_t live = 0;
+    for (std::uint32_t i = 0; i <= groups; ++i, word += kWordBytes)
+        live += loadWord(word) != 0 ? 1U : 0U;
+    return live;
+}
+
+/// Fills the windows, and looks for the bit planes that the next groups begin at.
+template <class T>
+QMX_TARGET void refillOrder(OrderWindows<T>& s) {
+    for (int p = s.liveTop + 1; p <= s.highest; ++p)
+        s.windows[p].taken += s.takenAbove;
+    s.takenAbove = 0;
+    s.groupsLoaded = 0;
+    s.groupsReady = kRefillWindows(s.windows + s.lowest, s.windows + s.highest, s.capacity);
+    s.liveTop = s.lowest - 1;
+    for (int p = s.usualTop = s.highest; p >= s.lowest; s.usualTop = --p) {
+        const std::uint32_t live = countLive(s.windows[p], s.groupsReady);
+        if (live != 0) s.liveTop = std::max(s.liveTop, p);
+        if (live * kSteadyShare > s.groupsReady) break;
+    }
+}
+
+/// Passes over bit planes in which no coefficient of a group becomes significant. Returns: where the group
+/// begins; -1 when it is empty.
+///
+/// Plain way: ask each bit plane from the highest down. Those above the live ones are not even asked before the
+/// next refill: what is taken from them is added up. At the usual one a group begins also if nothing is new
+/// there, which changes nothing: so most groups begin at the same one, which processors foresee. 0.97 of the time
+/// of photographs of 8 bits (2026-11-22).
 template <class T>
 QMX_TARGET inline int skipEmptyPlanes(OrderWindows<T>& s, const GroupState& group) {
-    for (int p = s.highest; p >= s.lowest; --p) {
+    s.takenAbove += static_cast<unsigned>(group.count);
+    for (int p = s.liveTop; p > s.usualTop; --p) {
         SectionWindow& w = s.windows[p];
         if ((bitsAt(w.fresh, w.taken) & group.valid) != 0) return p;
         w.taken += static_cast<unsigned>(group.count);
     }
-    return -1;
+    return s.usualTop >= s.lowest ? s.usualTop : -1;
 }
 
-/// Decodes a group of which all sections have come, from the first bit plane with a newly significant
-/// coefficient, `top`, down.
+/// Returns: groups for which the bits of all u sections stand in memory, if all sections have come.
 template <class T>
-QMX_TARGET inline void decodeWhole(OrderWindows<T>& s, int top, GroupState& group,
-                                   Lanes<T>& lanes) {
-    lanes.shiftIn(takeFresh(s.windows[top], group));
-    for (int p = top - 1; p >= 0; --p) {
-        const std::uint64_t refined = refine(s.refinements[p], group);
-        lanes.shiftIn(refined | takeFresh(s.windows[p], group));
+QMX_TARGET std::uint64_t countLoaded(const OrderWindows<T>& s) {
+    if (s.lowest != 0 || s.unrefined >= 0) return 0;
+    std::uint64_t groups = ~std::uint64_t{0};
+    for (int p = 0; p < s.liveTop; ++p) {
+        const BitSpan& span = s.refinements[p].span;
+        if (span.next + kLoadBits > span.end) return 0;
+        groups = std::min(groups, (span.end - span.next - kLoadBits) / kGroupSize);
     }
+    return groups;
+}
+
+/// Decodes a group of which all sections have come and stand in memory, from bit plane `top` down. Without
+/// a call among them, masks and lanes stay in registers.
+template <class T>
+QMX_TARGET inline GroupState decodeLoaded(OrderWindows<T>& s, int top, GroupState group,
+                                          Lanes<T>& lanes) {
+    lanes.shiftIn(takeFresh(s.windows[top], group), top);
+    for (int p = top - 1; p >= 0; --p) {
+        const std::uint64_t bits =
+            takeLoadedRefinement(s.refinements[p], static_cast<unsigned>(group.significantCount));
+        const std::uint64_t refined = deposit(bits, group.significant);
+        lanes.shiftIn(refined | takeFresh(s.windows[p], group), p);
+    }
+    return group;
 }
 
 /// The same for any sections.
@@ -85,7 +137,7 @@ QMX_TARGET inline void decodeWhole(OrderWindows<T>& s, int top, GroupState& grou
 /// Rounding, as masks: the bit below the planes that are refined is set in all coefficients that became
 /// significant above; those that do in the planes below have a bit set two planes further down.
 template <class T>
-QMX_TARGET void decodeCut(OrderWindows<T>& s, int top, GroupState& group, Lanes<T>& lanes) {
+QMX_TARGET GroupState decodeAny(OrderWindows<T>& s, int top, GroupState group, Lanes<T>& lanes) {
     std::uint64_t planes[kTableBitPlanes<T>] = {};
     std::uint64_t newAbove = 0;
     for (int p = top; p >= std::min(s.lowest, s.unrefined + 1); --p) {
@@ -101,51 +153,71 @@ QMX_TARGET void decodeCut(OrderWindows<T>& s, int top, GroupState& group, Lanes<
     }
     if (s.unrefined >= 1) planes[s.unrefined - 1] |= newAbove;
     for (int p = top; p >= 0; --p)
-        lanes.shiftIn(planes[p]);
+        lanes.shiftIn(planes[p], p);
+    return group;
 }
 
-/// Stores the first count coefficients to every step-th element of out.
+/// Where the coefficients of a line go: all to `all`, or where odds is not null its even ones there.
 template <class T>
-QMX_TARGET void storeSome(const Lanes<T>& lanes, std::uint64_t negatives, T* out, int step,
+struct LinePlace {
+    T* all;
+    T* odds;
+
+    /// Passes over a group.
+    QMX_TARGET void advance() {
+        all += odds == nullptr ? kGroupSize : kGroupSize / 2;
+        if (odds != nullptr) odds += kGroupSize / 2;
+    }
+};
+
+/// Stores the first count coefficients.
+template <class T>
+QMX_TARGET void storeSome(const Lanes<T>& lanes, std::uint64_t negatives, const LinePlace<T>& place,
                           int count) {
     T all[kGroupSize];
     lanes.store(all, negatives);
-    for (int i = 0; i < count; ++i, out += step)
-        *out = all[i];
+    if (place.odds == nullptr) {
+        std::copy_n(all, count, place.all);
+        return;
+    }
+    for (int i = 0; i < count; ++i)
+        (i % 2 == 0 ? place.all : place.odds)[i / 2] = all[i];
 }
 
 /// Decodes the next group of a line, which has left coefficients left.
 template <class T>
-QMX_TARGET inline void decodeGroup(OrderWindows<T>& s, T* out, int step, int left) {
+QMX_TARGET inline void decodeGroup(OrderWindows<T>& s, const LinePlace<T>& place, int left) {
     const int count = std::min(left, kGroupSize);
     GroupState group{~std::uint64_t{0} >> (kGroupSize - count), count};
     const int top = skipEmptyPlanes(s, group);
     if (top < 0) return;
-    Lanes<T> lanes;
-    if (s.lowest == 0 && s.unrefined < 0)
-        decodeWhole(s, top, group, lanes);
-    else
-        decodeCut(s, top, group, lanes);
-    // storeToEven writes the element behind the last coefficient again: there must be one.
-    if (step == 1 && count == kGroupSize) {
-        lanes.store(out, group.negatives);
-    } else if (step == 2 && left > kGroupSize) {
-        lanes.storeToEven(out, group.negatives);
+    Lanes<T> lanes(top);
+    if (s.groupsLoaded == 0) s.groupsLoaded = countLoaded(s);
+    if (s.groupsLoaded != 0) {
+        --s.groupsLoaded;
+        group = decodeLoaded(s, top, group, lanes);
     } else {
-        storeSome(lanes, group.negatives, out, step, count);
+        group = decodeAny(s, top, group, lanes);
+    }
+    if (group.significant == 0) return;
+    if (count < kGroupSize) {
+        storeSome(lanes, group.negatives, place, count);
+    } else if (place.odds == nullptr) {
+        lanes.store(place.all, group.negatives);
+    } else {
+        lanes.storeApart(place.all, place.odds, group.negatives);
     }
 }
 
 template <class T>
-QMX_TARGET void decodeLine(OrderWindows<T>& s, T* row, const ScanLine& line, int width) {
+QMX_TARGET void decodeLine(OrderWindows<T>& s, T* line, T* odds, int coefficients) {
     if (s.highest < s.lowest) return;
-    T* out = row + line.firstColumn;
-    for (int left = line.countFrom(line.firstColumn, width); left > 0; left -= kGroupSize) {
-        if (s.groupsReady == 0)
-            s.groupsReady = kRefillWindows(s.windows + s.lowest, s.windows + s.highest, s.capacity);
+    LinePlace<T> place{line, odds};
+    for (int left = coefficients; left > 0; left -= kGroupSize) {
+        if (s.groupsReady == 0) refillOrder(s);
         --s.groupsReady;
-        decodeGroup(s, out, line.stepColumns, left);
-        out += static_cast<std::ptrdiff_t>(kGroupSize) * line.stepColumns;
+        decodeGroup(s, place, left);
+        place.advance();
     }
 }
 

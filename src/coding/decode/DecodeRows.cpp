@@ -9,7 +9,7 @@ bool decodeRows(CReceivedSections<T>& sections, IRowSink<T>& sink, const RowDeco
     CRowsDecoder<T> decoder(sections, decoding);
     for (int r = 0; r < sections.shape().height; ++r) {
         if (!decoder.restoreRow()) return false;
-        if (!sink.take(decoder.rows(), decoder.slot(), r) || decoding.stop.isSet()) return false;
+        if (!sink.take(decoder.rows(), 0, r) || decoding.stop.isSet()) return false;
     }
     return true;
 }

@@ -2,47 +2,57 @@
 
 #include <bit>
 
-#include "bitstream/RunCode.h"
-
 namespace qmx {
 namespace {
 
-/// A sign and the run behind it. bits is 0 when they do not stand in the bits that were given.
-struct SignedRun {
-    int bits;
-    bool negative;
-    int run;
+/// A run code without its suffix.
+struct CodeHead {
+    int zeros;
+    int suffix;
+    /// The run when the suffix is 0.
+    std::uint64_t leastRun;
 };
 
-constexpr SignedRun firstSignedRun(unsigned window, int windowBits) {
-    const int zeros = std::countr_zero(window >> 1);
-    const int suffix = zeros > kRunParameter ? suffixBits(zeros, kRunParameter) : 0;
-    const int bits = 1 + zeros + 1 + suffix;
-    if (bits > windowBits) return {0, false, 0};
-    const std::uint64_t value = (window >> (zeros + 2)) & lowBits(suffix);
-    const std::uint64_t run =
-        suffix > 0 ? runOf(zeros, value, kRunParameter) : static_cast<std::uint64_t>(zeros);
-    return {bits, (window & 1) != 0, static_cast<int>(run)};
+/// Of the code at the start of bits. Where there are only zeros it is too long for a look-up.
+constexpr CodeHead codeHeadAt(std::uint64_t bits) {
+    const int zeros = std::countr_zero(bits | std::uint64_t{1} << kLookUpBits);
+    if (zeros <= kRunParameter) return {zeros, 0, static_cast<std::uint64_t>(zeros)};
+    return {zeros, suffixBits(zeros, kRunParameter), runOf(zeros, 0, kRunParameter)};
 }
 
-constexpr RunLookUp entryOf(unsigned window) {
-    RunLookUp entry{};
+constexpr void fillEntry(RunLookUps& table, std::uint64_t window) {
+    int bits = 0;
+    std::uint64_t candidates = 0;
+    std::uint64_t pattern = 0;
     for (;;) {
-        const SignedRun next = firstSignedRun(window >> entry.bits, kLookUpBits - entry.bits);
-        const int candidates = entry.candidates + 1 + next.run;
-        if (next.bits == 0 || candidates > kLookUpCandidates) return entry;
-        entry.fresh = static_cast<std::uint16_t>(entry.fresh | 1U << entry.candidates);
-        if (next.negative)
-            entry.negatives = static_cast<std::uint16_t>(entry.negatives | 1U << entry.candidates);
-        entry.bits = static_cast<std::uint8_t>(entry.bits + next.bits);
-        entry.candidates = static_cast<std::uint8_t>(candidates);
+        const std::uint64_t rest = window >> bits;
+        pattern |= (std::uint64_t{1} | (rest & 1) << 32) << candidates;
+        const CodeHead code = codeHeadAt(rest >> 1);
+        const int headEnd = bits + 1 + code.zeros + 1;
+        const std::uint64_t least = candidates + 1 + code.leastRun;
+        const std::uint64_t all = least + (rest >> (code.zeros + 2) & lowBits(code.suffix));
+        if (headEnd + code.suffix > kLookUpBits || all > kLookUpCandidates) {
+            table.patterns[window] = pattern;
+            table.bits[window] = static_cast<std::uint8_t>(bits);
+            table.candidates[window] = static_cast<std::uint8_t>(candidates);
+            table.extended[window] =
+                headEnd > kLookUpBits
+                    ? RunLookUps::Extended{static_cast<std::uint16_t>(candidates),
+                                           static_cast<std::uint8_t>(bits), 0}
+                    : RunLookUps::Extended{static_cast<std::uint16_t>(least),
+                                           static_cast<std::uint8_t>(headEnd),
+                                           static_cast<std::uint8_t>(code.suffix)};
+            return;
+        }
+        bits = headEnd + code.suffix;
+        candidates = all;
     }
 }
 
 constexpr RunLookUps makeRunLookUps() {
     RunLookUps table{};
-    for (unsigned window = 0; window < table.size(); ++window)
-        table[window] = entryOf(window);
+    for (unsigned window = 0; window < RunLookUps::kEntries; ++window)
+        fillEntry(table, window);
     return table;
 }
 

@@ -12,6 +12,7 @@ bool readSignedRunLiterally(SectionWindow& window) {
 }
 
 std::uint64_t readRefinementLiterally(RefinementBits& bits, int count) {
+    if (count == 0) return 0;
     if (bits.span.end != 0) bits.reader->goOnAt(bits.span.next);
     // Two fields, because a reader takes widths modulo 64.
     const int lowWidth = std::min(count, kGroupSize / 2);

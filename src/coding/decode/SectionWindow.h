@@ -19,8 +19,9 @@ inline constexpr std::uint64_t kLoadBits = 128;
 ///
 ///  - taken <= filled <= nextNew; filled is nextNew or kGroupSize more than the capacity
 ///  - bits taken to filled - 1 of `fresh` and `negatives` say which candidates are new and which of
-///    those are negative, the others have 0 there; in front of a refill all bits behind filled are 0
+///    those are negative, the others have 0 there
 ///  - the candidates from filled to nextNew - 1 are not new, nextNew is: its sign has not been read
+///  - bits behind filled do not count; in front of a refill all are 0 but those of nextNew, which may be set
 struct SectionWindow {
     /// Bytes of a bitmap beyond its capacity: batches of runs and loads of words reach over it.
     static constexpr std::size_t kSlackBytes = 32;
@@ -51,6 +52,14 @@ struct OrderWindows {
     std::uint32_t capacity;
     /// Groups for which every window is filled.
     std::uint32_t groupsReady;
+    /// The highest bit plane with new coefficients in the groups that were ready after the last refill, and
+    /// the one that groups usually begin at: lowest - 1 <= usualTop <= liveTop <= highest.
+    int liveTop;
+    int usualTop;
+    /// Candidates that were taken since then from all bit planes above liveTop, whose windows do not know yet.
+    std::uint32_t takenAbove;
+    /// Groups for which the bits of all u sections below liveTop stand in memory; 0 while not all sections have come.
+    std::uint64_t groupsLoaded;
     SectionWindow windows[kTableBitPlanes<T>];
     RefinementBits refinements[kTableBitPlanes<T>];
 };
@@ -59,7 +68,7 @@ struct OrderWindows {
 /// the run. Returns: whether the candidate that was new is negative. Throws: std::bad_alloc.
 bool readSignedRunLiterally(SectionWindow& window);
 
-/// Returns: the next 1 to 64 bits of a u section whose span does not hold them; the ones above are 0.
+/// Returns: the next 0 to 64 bits of a u section whose span does not hold them; the ones above are 0.
 /// Throws: std::bad_alloc.
 std::uint64_t readRefinementLiterally(RefinementBits& bits, int count);
 

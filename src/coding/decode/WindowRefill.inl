@@ -1,7 +1,8 @@
 // Parsing of n sections into their windows, included once for each level. QMX_TARGET is the attribute of
 // every function. All levels leave the same state. Format: docs/format.md, 10.2 n section and 11 Run code.
 
-/// Where a window is being filled. Zeros stand in both bitmaps from the candidate `next` on.
+/// Where a window is being filled. In both bitmaps zeros stand behind the candidate `next`, whose own bits may
+/// be set already: they would be set to the same.
 struct Filling {
     unsigned char* newBytes;
     unsigned char* negativeBytes;
@@ -12,7 +13,7 @@ QMX_TARGET inline Filling fillingOf(const SectionWindow& w) {
     return {w.fresh, w.negatives, w.nextNew};
 }
 
-/// Appends count <= 56 candidates.
+/// Appends count candidates. Their bits, and that of the one behind them, stand in the low 57 bits.
 QMX_TARGET inline void append(Filling& f, std::uint64_t fresh, std::uint64_t negatives,
                               std::uint64_t count) {
     unsigned char* const newPlace = f.newBytes + f.next / 8;
@@ -71,40 +72,80 @@ QMX_TARGET inline bool canGoOn(const Filling& f, const BitSpan& span, std::uint6
     return f.next < capacity && span.next + kLoadBits <= span.end;
 }
 
-/// Returns: the next bits of a span, 57 of them.
+/// Bits that a load from any bit on has at least.
+inline constexpr int kLoadedBits = 57;
+
+/// Returns: the next bits of a span, kLoadedBits of them.
 QMX_TARGET inline std::uint64_t nextBits(const BitSpan& span) {
     return loadWord(span.bytes + span.next / 8) >> (span.next % 8);
 }
 
+/// Signed runs that have been looked up: what bits are left, and their candidates.
+struct LookedUp {
+    std::uint64_t bits;
+    std::uint64_t patterns = 0;
+    std::uint64_t count = 0;
+};
+
+/// Passes over the whole signed runs in the next bits.
+QMX_TARGET inline void lookUp(LookedUp& runs) {
+    const auto window = static_cast<std::size_t>(runs.bits % RunLookUps::kEntries);
+    runs.patterns |= kRunLookUps.patterns[window] << runs.count;
+    runs.count += kRunLookUps.candidates[window];
+    runs.bits >>= kRunLookUps.bits[window];
+}
+
+/// The same, and over the signed run behind them, if all but its suffix stands in these bits. Returns:
+/// false when nothing was passed.
+QMX_TARGET inline bool lookUpExtended(LookedUp& runs) {
+    const auto window = static_cast<std::size_t>(runs.bits % RunLookUps::kEntries);
+    runs.patterns |= kRunLookUps.patterns[window] << runs.count;
+    const RunLookUps::Extended& entry = kRunLookUps.extended[window];
+    const std::uint64_t rest = runs.bits >> entry.bits;
+    runs.count += entry.candidates + (rest & lowBits(entry.suffixBits));
+    runs.bits = rest >> entry.suffixBits;
+    return entry.bits != 0;
+}
+
 /// Appends the signed runs in the next bits of N streams, of which 57 are loaded, up to one that
-/// no table entry holds: `stalled` says where the last look-up met such a one.
+/// no look-up passes: `stalled` says where the last one met such a one.
 ///
 /// Plain way: read a sign, count zeros, read the suffix, and store one bit for the candidate. Here
-/// each look-up passes over all signed runs that stand in 11 bits. A one above the bits that are left moves
-/// down with them and so counts what was consumed. One look-up waits for the one before; those of
-/// other streams fill the time: 3.2 ns per sample with one stream, 2.7 with two, 2.5 with three, 2.8
-/// with four (8 bits at 4.9 bits per sample, 2026-11-21).
+/// each look-up passes over all signed runs that stand in 11 bits, and the last one over a run of up to 511
+/// besides, without a branch: runs are seldom longer. The candidate behind what a look-up has passed is
+/// new; it says so, with the sign if it has seen it, and the next one, or whoever takes it, sets the same bits
+/// again. A one above the bits that are left moves down with them and so counts what was consumed.
+///
+/// One look-up waits for the one before; those of other streams fill the time: 3.2 ns per sample with
+/// one stream, 2.7 with two, 2.5 with three, 2.8 with four (8 bits at 4.9 bits per sample, 2026-11-21).
 template <std::size_t N>
 QMX_TARGET inline void appendRuns(Filling* fillings, BitSpan* spans, bool* stalled) {
-    std::uint64_t bits[N];
-    std::uint64_t fresh[N] = {};
-    std::uint64_t negatives[N] = {};
-    std::uint64_t count[N] = {};
+    // Four look-ups and the suffix of the last one stand in what was loaded; the patterns, which end with the open
+    // candidate, in a store behind up to 7 other bits; those of two look-ups in half a word.
+    static_assert(4 * kLookUpBits + kMostSuffixBits <= kLoadedBits);
+    static_assert(7 + 4 * kLookUpCandidates + 1 <= kWordBits);
+    static_assert(2 * kLookUpCandidates + 1 <= 32);
+    LookedUp first[N];
+    LookedUp second[N];
     for (std::size_t k = 0; k < N; ++k)
-        bits[k] = nextBits(spans[k]) | std::uint64_t{1} << 63;
-    for (int i = 0; i < kLookUps; ++i)
-        for (std::size_t k = 0; k < N; ++k) {
-            const RunLookUp& entry = kRunLookUps[bits[k] % (1U << kLookUpBits)];
-            fresh[k] |= std::uint64_t{entry.fresh} << count[k];
-            negatives[k] |= std::uint64_t{entry.negatives} << count[k];
-            count[k] += entry.candidates;
-            bits[k] >>= entry.bits;
-            stalled[k] = entry.bits == 0;
-        }
+        first[k].bits = nextBits(spans[k]) | std::uint64_t{1} << 63;
+    for (int i = 0; i < 2; ++i)
+        for (std::size_t k = 0; k < N; ++k)
+            lookUp(first[k]);
+    for (std::size_t k = 0; k < N; ++k) {
+        second[k].bits = first[k].bits;
+        lookUp(second[k]);
+    }
+    for (std::size_t k = 0; k < N; ++k)
+        stalled[k] = !lookUpExtended(second[k]);
     for (std::size_t k = 0; k < N; ++k) {
         // Not std::countl_zero, which asks whether the bits are 0.
-        spans[k].next += static_cast<unsigned>(__builtin_clzll(bits[k]));
-        append(fillings[k], fresh[k], negatives[k], count[k]);
+        spans[k].next += static_cast<unsigned>(__builtin_clzll(second[k].bits));
+        const std::uint64_t low = 0xFFFFFFFF;
+        append(fillings[k],
+               (first[k].patterns & low) | (second[k].patterns & low) << first[k].count,
+               first[k].patterns >> 32 | second[k].patterns >> 32 << first[k].count,
+               first[k].count + second[k].count);
     }
 }
 

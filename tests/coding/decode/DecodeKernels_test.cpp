@@ -26,7 +26,9 @@ constexpr std::size_t kMostCoefficients = kLongestRow * (kLongestRow + 1) / 2;
 constexpr std::uint32_t kLeastCapacity = 256;
 constexpr std::uint32_t kLargerCapacity = 4160;
 
-constexpr ScanLine kLines[] = {{0, 0, 1}, {0, 0, 2}, {0, 1, 2}, {0, 4, 8}, {0, 0, 32}};
+/// Where the evens and odds of a line go.
+enum class Place { together, apart };
+constexpr Place kPlaces[] = {Place::together, Place::apart};
 
 /// The sections that a stream has got: those of bit planes from `lowest` on, and above `unrefined`.
 struct Cut {
@@ -40,7 +42,8 @@ constexpr Cut kCuts[] = {kWhole, {0, 2}, {2, 2}, {3, 1}, {1, 5}, {9, 16}};
 template <class T>
 struct CodedOrder {
     explicit CodedOrder(Density density)
-        : folded(test::foldedData<T>(density, kMostCoefficients, 1)) {
+        : CodedOrder(test::foldedData<T>(density, kMostCoefficients, 1)) {}
+    explicit CodedOrder(std::vector<T> foldedValues) : folded(std::move(foldedValues)) {
         const reference::FoldedValues values(folded.begin(), folded.end());
         std::int64_t all = 0;
         for (const std::int64_t value : values)
@@ -99,34 +102,45 @@ private:
 template <class T>
 using Rows = std::vector<std::vector<T>>;
 
-/// Decodes rows of all lengths up to kLongestRow, one after the other.
+/// Decodes a line of so many coefficients.
 template <class T>
-Rows<T> decodeRows(CpuLevel level, const CodedOrder<T>& coded, Cut cut, const ScanLine& line,
-                   Side side, std::uint32_t capacity = kLeastCapacity) {
+std::vector<T> decodeLine(const DecodeKernels<T>& kernels, OrderWindows<T>& sections, Place place,
+                          Side side, std::size_t count) {
+    const std::size_t oddCount = place == Place::apart ? count / 2 : 0;
+    const GuardedBuffer<T> first(std::vector<T>(count - oddCount), side);
+    const GuardedBuffer<T> odds(std::vector<T>(oddCount), side);
+    kernels.decodeLine(sections, first.data(), place == Place::apart ? odds.data() : nullptr,
+                       static_cast<int>(count));
+    std::vector<T> line(count);
+    for (std::size_t c = 0; c < count; ++c)
+        line[c] = place == Place::together ? first.data()[c]
+                  : c % 2 == 0             ? first.data()[c / 2]
+                                           : odds.data()[c / 2];
+    return line;
+}
+
+/// Decodes lines of all lengths up to kLongestRow, one after the other.
+template <class T>
+Rows<T> decodeRows(CpuLevel level, const CodedOrder<T>& coded, Cut cut, Place place, Side side,
+                   std::uint32_t capacity = kLeastCapacity) {
     const auto sections = std::make_unique<GuardedSections<T>>(coded, cut, side, capacity);
+    const auto& kernels = kernelsAt<DecodeKernels<T>>(level);
     Rows<T> rows;
-    for (std::size_t width = 0; width <= kLongestRow; ++width) {
-        const GuardedBuffer<T> row(std::vector<T>(width), side);
-        kernelsAt<DecodeKernels<T>>(level).decodeLine(sections->open, row.data(), line,
-                                                      static_cast<int>(width));
-        rows.push_back(row.samples());
-    }
+    for (std::size_t count = 0; count <= kLongestRow; ++count)
+        rows.push_back(decodeLine(kernels, sections->open, place, side, count));
     return rows;
 }
 
 template <class T>
-Rows<T> expectedRows(const std::vector<T>& folded, const ScanLine& line) {
+Rows<T> expectedRows(const std::vector<T>& folded) {
     Rows<T> rows;
     auto next = folded.begin();
-    for (std::size_t width = 0; width <= kLongestRow; ++width) {
-        std::vector<T>& row = rows.emplace_back(width);
-        for (auto c = static_cast<std::size_t>(line.firstColumn); c < width;
-             c += static_cast<std::size_t>(line.stepColumns)) {
+    for (std::size_t count = 0; count <= kLongestRow; ++count)
+        for (std::vector<T>& row = rows.emplace_back(); row.size() < count;) {
             const std::int64_t value = *next++;
             const auto magnitude = static_cast<T>(reference::magnitude(value));
-            row[c] = static_cast<T>(value % 2 != 0 ? -magnitude : magnitude);
+            row.push_back(static_cast<T>(value % 2 != 0 ? -magnitude : magnitude));
         }
-    }
     return rows;
 }
 
@@ -135,17 +149,18 @@ using DecodeKernelsTest = test::AtCpuLevel;
 template <class T>
 void expectLines(CpuLevel level, Density density) {
     const CodedOrder<T> coded(density);
-    for (const ScanLine& line : kLines)
+    for (const Place place : kPlaces)
         for (const Side side : test::kBothSides) {
-            SCOPED_TRACE(testing::Message() << sizeof(T) << " bytes, " << nameOf(density) << ", "
-                                            << nameOf(side) << ", step " << line.stepColumns);
+            SCOPED_TRACE(testing::Message()
+                         << sizeof(T) << " bytes, " << nameOf(density) << ", " << nameOf(side)
+                         << ", apart " << (place == Place::apart));
             for (const std::uint32_t capacity : {kLeastCapacity, kLargerCapacity})
-                ASSERT_EQ(decodeRows(level, coded, kWhole, line, side, capacity),
-                          expectedRows(coded.folded, line))
+                ASSERT_EQ(decodeRows(level, coded, kWhole, place, side, capacity),
+                          expectedRows(coded.folded))
                     << capacity;
             for (const Cut& cut : kCuts)
-                ASSERT_EQ(decodeRows(level, coded, cut, line, side),
-                          decodeRows(CpuLevel::scalar, coded, cut, line, side))
+                ASSERT_EQ(decodeRows(level, coded, cut, place, side),
+                          decodeRows(CpuLevel::scalar, coded, cut, place, side))
                     << cut.lowest << ", " << cut.unrefined;
         }
 }
@@ -155,6 +170,31 @@ TEST_P(DecodeKernelsTest, RowsOfAllLengthsBetweenGuardPagesAreDecoded) {
         expectLines<short>(GetParam(), density);
         expectLines<int>(GetParam(), density);
     }
+}
+
+/// Folded values of 0 and magnitudes of 1 bit: runs of zeros up to the longest that so many bits hold, each
+/// number of bits as often as another one.
+std::vector<short> valuesBetweenRuns(unsigned mostRunBits, std::uint64_t seed) {
+    test::Random random(seed);
+    std::vector<short> folded(kMostCoefficients);
+    for (std::size_t i = 0; i < folded.size();
+         i += 1 + random.below(std::uint64_t{1} << random.below(mostRunBits + 1)))
+        folded[i] = static_cast<short>(2 + random.below(2));
+    return folded;
+}
+
+// Batches of look-ups that begin at all distances from the end of a window, with short runs behind them that fill
+// the words that are stored, and long ones that end anywhere behind the window: runs of 0 to 9 zeros and a suffix stand
+// in a look-up, others do not.
+TEST_P(DecodeKernelsTest, RunsOfAllLengthsEndWindowsBetweenGuardPages) {
+    for (const unsigned mostRunBits : {1U, 3U, 4U, 5U, 8U, 9U, 10U, 12U})
+        for (const Side side : test::kBothSides)
+            for (std::uint64_t seed = 1; seed <= 5; ++seed) {
+                const CodedOrder<short> coded(valuesBetweenRuns(mostRunBits, seed));
+                ASSERT_EQ(decodeRows(GetParam(), coded, kWhole, Place::together, side),
+                          expectedRows(coded.folded))
+                    << mostRunBits << ", seed " << seed;
+            }
 }
 
 INSTANTIATE_TEST_SUITE_P(Levels, DecodeKernelsTest, test::allCpuLevels(), test::cpuLevelName());
