@@ -2,19 +2,13 @@
 
 #include <algorithm>
 #include <cassert>
-#include <cstdlib>
 #include <limits>
 #include <new>
 
 namespace qmx {
 
-AllocatorHooks defaultHooks() {
-    return {[](void*, std::size_t sizeBytes) { return std::malloc(sizeBytes); },
-            [](void*, void* memory) { std::free(memory); }, nullptr};
-}
-
-CCallMemory::CCallMemory(const AllocatorHooks& callHooks, std::size_t limitBytes)
-    : hooks(callHooks),
+CCallMemory::CCallMemory(CKeptMemory& keptMemory, std::size_t limitBytes)
+    : kept(keptMemory),
       limit(limitBytes == 0 ? std::numeric_limits<std::size_t>::max() : limitBytes) {}
 
 void* CCallMemory::do_allocate(std::size_t sizeBytes, [[maybe_unused]] std::size_t alignmentBytes) {
@@ -24,7 +18,8 @@ void* CCallMemory::do_allocate(std::size_t sizeBytes, [[maybe_unused]] std::size
         throw std::bad_alloc();
     }
     // Null means failure, so no allocation is empty.
-    void* memory = hooks.allocate(hooks.user, std::max<std::size_t>(sizeBytes, 1));
+    const std::size_t blockBytes = std::max<std::size_t>(sizeBytes, 1);
+    void* memory = kept.take(blockBytes, std::max(limit - held, blockBytes));
     if (memory == nullptr) throw std::bad_alloc();
     held += sizeBytes;
     peak = std::max(peak, held);
@@ -33,7 +28,7 @@ void* CCallMemory::do_allocate(std::size_t sizeBytes, [[maybe_unused]] std::size
 
 void CCallMemory::do_deallocate(void* memory, std::size_t sizeBytes, std::size_t) {
     held -= sizeBytes;
-    hooks.release(hooks.user, memory);
+    kept.give(memory, std::max<std::size_t>(sizeBytes, 1));
 }
 
 }  // namespace qmx

@@ -3,24 +3,19 @@
 #include <cstddef>
 #include <memory_resource>
 
+#include "api/CKeptMemory.h"
+
 namespace qmx {
 
-/// The caller's allocator, or malloc and free.
-struct AllocatorHooks {
-    void* (*allocate)(void* user, std::size_t sizeBytes);
-    void (*release)(void* user, void* memory);
-    void* user;
-};
-
-/// Returns: hooks that go to malloc and free.
-AllocatorHooks defaultHooks();
-
-/// The memory of one call: comes from the caller's allocator, is counted, and ends at a limit.
+/// The memory of one call: comes from what the codec keeps, is counted, and ends at a limit.
 class CCallMemory final : public std::pmr::memory_resource {
 public:
-    /// limitBytes: most bytes held at one time; 0 for no limit. Requires: hooks work until all that
-    /// was allocated has been released.
-    CCallMemory(const AllocatorHooks& callHooks, std::size_t limitBytes);
+    /// limitBytes: most bytes held at one time, with those that are kept; 0 for no limit. Requires: keptMemory
+    /// works until all that was allocated has been released.
+    CCallMemory(CKeptMemory& keptMemory, std::size_t limitBytes);
+    CCallMemory(const CCallMemory&) = delete;
+    CCallMemory& operator=(const CCallMemory&) = delete;
+    ~CCallMemory() override { kept.endCall(); }
 
     /// Returns: the most bytes that were held at one time.
     std::size_t peakBytes() const { return peak; }
@@ -37,7 +32,7 @@ private:
         return this == &other;
     }
 
-    AllocatorHooks hooks;
+    CKeptMemory& kept;
     std::size_t limit;
     std::size_t held = 0;
     std::size_t peak = 0;

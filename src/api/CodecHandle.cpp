@@ -1,5 +1,7 @@
 #include "api/CodecHandle.h"
 
+#include <algorithm>
+#include <cstring>
 #include <limits>
 #include <new>
 #include <utility>
@@ -184,7 +186,10 @@ tesk_status tesk_create(const tesk_options* options, tesk_codec** codec) {
     *codec = nullptr;
     if (options != nullptr && !qmx::areValid(*options)) return TESK_INVALID_ARGUMENT;
 
-    const tesk_options chosen = options != nullptr ? *options : tesk_options TESK_OPTIONS_INIT;
+    // An older struct ends earlier: its codec has the defaults of what came since.
+    tesk_options chosen = TESK_OPTIONS_INIT;
+    if (options != nullptr)
+        std::memcpy(&chosen, options, std::min(options->struct_bytes, sizeof chosen));
     const qmx::AllocatorHooks hooks =
         chosen.allocate != nullptr
             ? qmx::AllocatorHooks{chosen.allocate, chosen.release, chosen.user}
@@ -192,7 +197,11 @@ tesk_status tesk_create(const tesk_options* options, tesk_codec** codec) {
     void* storage = hooks.allocate(hooks.user, sizeof(tesk_codec));
     if (storage == nullptr) return TESK_OUT_OF_MEMORY;
     *codec =
-        new (storage) tesk_codec{hooks, chosen.max_pixels, chosen.max_memory_bytes, chosen.flags};
+        new (storage) tesk_codec{.hooks = hooks,
+                                 .kept = qmx::CKeptMemory(hooks, chosen.most_kept_bytes),
+                                 .maxPixels = chosen.max_pixels,
+                                 .maxMemoryBytes = chosen.max_memory_bytes,
+                                 .flags = chosen.flags};
     return TESK_OK;
 }
 
@@ -202,6 +211,10 @@ void tesk_destroy(tesk_codec* codec) {
     const qmx::AllocatorHooks hooks = codec->hooks;
     codec->~tesk_codec();
     hooks.release(hooks.user, codec);
+}
+
+void tesk_trim(tesk_codec* codec) {
+    if (codec != nullptr) codec->kept.releaseAll();
 }
 
 void tesk_stop(tesk_codec* codec) {

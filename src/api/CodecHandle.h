@@ -15,6 +15,7 @@
 /// way.
 struct tesk_codec {
     qmx::AllocatorHooks hooks;
+    qmx::CKeptMemory kept;
     std::size_t maxPixels;
     std::size_t maxMemoryBytes;
     /// TESK_PLAIN and TESK_UNVERIFIED.
@@ -35,11 +36,17 @@ namespace qmx {
 /// No version has a struct this long: a larger size is one that was never set.
 inline constexpr std::size_t kMostStructBytes = 4096;
 
-/// Returns: whether a struct of the caller has all fields that this version knows. Later versions may
-/// have more; what a call fills in leaves those as they are.
+/// Bytes of a struct in version 1.0.
+template <class Struct>
+inline constexpr std::size_t kFirstBytes = sizeof(Struct);
+template <>
+inline constexpr std::size_t kFirstBytes<tesk_options> = offsetof(tesk_options, most_kept_bytes);
+
+/// Returns: whether a struct of the caller has all fields of version 1.0. Later versions may have more than this
+/// one knows; what a call fills in leaves those as they are.
 template <class Struct>
 bool hasKnownSize(const Struct& given) {
-    return given.struct_bytes >= sizeof(Struct) && given.struct_bytes <= kMostStructBytes;
+    return given.struct_bytes >= kFirstBytes<Struct> && given.struct_bytes <= kMostStructBytes;
 }
 
 /// Returns: whether a struct that a call reads has a known size and asks for nothing that this version
@@ -47,6 +54,7 @@ bool hasKnownSize(const Struct& given) {
 template <class Struct>
 bool isUnderstood(const Struct& given) {
     if (!hasKnownSize(given)) return false;
+    if (given.struct_bytes <= sizeof(Struct)) return true;
     const auto* bytes = reinterpret_cast<const unsigned char*>(&given);
     return std::all_of(bytes + sizeof(Struct), bytes + given.struct_bytes,
                        [](unsigned char byte) { return byte == 0; });
@@ -105,8 +113,8 @@ tesk_status guarded(const CCallMemory& memory, Work work) {
 
 /// Runs one call and gives it memory. Requires: work(CCallMemory&) returns a status. result may be null.
 template <class Work>
-tesk_status runCall(const tesk_codec& codec, tesk_result* result, Work work) {
-    CCallMemory memory(codec.hooks, codec.maxMemoryBytes);
+tesk_status runCall(tesk_codec& codec, tesk_result* result, Work work) {
+    CCallMemory memory(codec.kept, codec.maxMemoryBytes);
     const tesk_status status = guarded(memory, [&] { return work(memory); });
     if (result != nullptr) result->peak_memory_bytes = memory.peakBytes();
     return status;

@@ -11,7 +11,7 @@ template <class Begin>
 tesk_status beginRows(tesk_codec& codec, const TKHeader& header, Begin begin) {
     const tesk_status status = checkPixels(codec, header);
     if (status != TESK_OK) return status;
-    CCallMemory& memory = codec.rowMemory.emplace(codec.hooks, codec.maxMemoryBytes);
+    CCallMemory& memory = codec.rowMemory.emplace(codec.kept, codec.maxMemoryBytes);
     const tesk_status begun = guarded(memory, [&] {
         return memory.allows(leastBytes(header)) ? begin(memory) : TESK_LIMIT_EXCEEDED;
     });

@@ -150,10 +150,17 @@ typedef struct tesk_options {
     void* user;
     /* TESK_PLAIN, TESK_UNVERIFIED, both or 0. */
     uint32_t flags;
+    /* Most memory that the codec keeps when a call ends, for the calls that follow: those on images of the
+     * same geometry then ask the allocator for nothing but an output block, and touch no page for the first time.
+     * What two calls in a row had no use for is given back. It counts for max_memory_bytes, and goes where it
+     * would be in the way. 0: none is kept. Since 1.1; without options and in those of 1.0 it is
+     * TESK_KEPT_BYTES. */
+    size_t most_kept_bytes;
 } tesk_options;
 
+#define TESK_KEPT_BYTES 67108864
 #define TESK_OPTIONS_INIT \
-    { sizeof(tesk_options), 0, 0, NULL, NULL, NULL, 0 }
+    { sizeof(tesk_options), 0, 0, NULL, NULL, NULL, 0, TESK_KEPT_BYTES }
 
 typedef struct tesk_codec tesk_codec;
 
@@ -168,6 +175,10 @@ tesk_status tesk_create(const tesk_options* options, tesk_codec** codec);
 /* Destroys a codec. Null does nothing. Output blocks stay valid, but must then be released by the
  * caller's own release, or free. Requires: no call works with it. */
 void tesk_destroy(tesk_codec* codec);
+
+/* Gives what the codec keeps back to its allocator. Null does nothing. Requires: no call works with it. Between
+ * the calls of an image that goes row by row it may be called. Since 1.1. */
+void tesk_trim(tesk_codec* codec);
 
 /* Ends the call that works with codec, from any thread, within about one row of pixels or one section
  * of the stream. All further calls return TESK_STOPPED until tesk_clear_stop, those with an invalid

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cstdlib>
 #include <limits>
 #include <map>
@@ -29,6 +30,8 @@ public:
         chosen.allocate = [](void* user, std::size_t size) { return of(user).allocate(size); };
         chosen.release = [](void* user, void* memory) { of(user).release(memory); };
         chosen.user = this;
+        // So that every call asks for all of its memory.
+        chosen.most_kept_bytes = 0;
         return chosen;
     }
     /// Counts calls from 0 on again.
@@ -47,6 +50,8 @@ public:
     std::size_t stopAt = kNever;
     tesk_codec* stopped = nullptr;
     std::map<void*, std::size_t> live;
+    std::size_t liveBytes = 0;
+    std::size_t mostLiveBytes = 0;
 
 private:
     static CountingHeap& of(void* user) { return *static_cast<CountingHeap*>(user); }
@@ -57,9 +62,12 @@ private:
         if (call == failAt || (call > failAt && !failsOnce)) return nullptr;
         void* memory = std::malloc(size);
         live[memory] = size;
+        liveBytes += size;
+        mostLiveBytes = std::max(mostLiveBytes, liveBytes);
         return memory;
     }
     void release(void* memory) {
+        if (const auto block = live.find(memory); block != live.end()) liveBytes -= block->second;
         EXPECT_EQ(live.erase(memory), 1U) << "not from here, or released twice";
         std::free(memory);
     }
