@@ -46,7 +46,10 @@ inline constexpr std::size_t kFirstBytes<tesk_options> = offsetof(tesk_options, 
 /// one knows; what a call fills in leaves those as they are.
 template <class Struct>
 bool hasKnownSize(const Struct& given) {
-    return given.struct_bytes >= kFirstBytes<Struct> && given.struct_bytes <= kMostStructBytes;
+    // No version had a size between its first one and this one.
+    const bool isOfAVersion =
+        given.struct_bytes == kFirstBytes<Struct> || given.struct_bytes >= sizeof(Struct);
+    return isOfAVersion && given.struct_bytes <= kMostStructBytes;
 }
 
 /// Returns: whether a struct that a call reads has a known size and asks for nothing that this version
