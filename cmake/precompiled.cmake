@@ -1,5 +1,5 @@
 # Headers that are read once for all files of a target. Saves CI a third of the time of compilers, but hides a
-# missing #include: the presets dev and release, and users, read the headers of the library file by file.
+# missing #include: the presets dev and release read the headers of the library file by file.
 
 # ccache keeps nothing that was made with them, and saves more.
 if("${CMAKE_C_COMPILER_LAUNCHER};${CMAKE_CXX_COMPILER_LAUNCHER}" MATCHES "ccache")

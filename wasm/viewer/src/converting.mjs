@@ -1,5 +1,7 @@
 // Other pictures to streams: the pixels of a canvas, and raw samples. Runs in the worker.
 
+import { bytesPerPixelOf } from "./geometry.mjs";
+
 /** Returns: whether red, green and blue are equal everywhere, and whether all pixels are opaque. */
 function look(rgba) {
   let isGray = true;
@@ -23,7 +25,7 @@ export function imageOfCanvas({ width, height, rgba }) {
 
 /** Returns: an image of raw samples. Requires: as many bytes as it needs, behind those to skip. */
 export function imageOfRaw({ bytes, width, height, kind, skip }) {
-  const bytesPerPixel = { gray8: 1, rgb8: 3, gray16le: 2, gray16be: 2 }[kind];
+  const bytesPerPixel = bytesPerPixelOf[kind];
   const samples = bytes.slice(skip, skip + width * height * bytesPerPixel);
   if (kind === "gray16be") swapBytes(samples);
   return { width, height, bytesPerPixel, samples };

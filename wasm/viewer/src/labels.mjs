@@ -1,9 +1,9 @@
 // The words and figures of the page.
 
+import { byId } from "./elements.mjs";
 import * as text from "./figures.mjs";
 import { samplesOf } from "./geometry.mjs";
 
-const byId = (id) => document.getElementById(id);
 const put = (id, words) => (byId(id).textContent = words);
 
 /** Read aloud by screen readers: for what has happened, not for every picture. */

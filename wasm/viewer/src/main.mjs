@@ -1,19 +1,18 @@
 // The page: buttons, keys, dropped files, and its address.
 
 import { Desk } from "./desk.mjs";
+import { byId } from "./elements.mjs";
 import { say } from "./labels.mjs";
 import { sourceOfFile, sourceOfThumbnail } from "./opening.mjs";
 import { demonstration, hasDemonstration, inlineBytes, sourceOfAddress } from "./sources.mjs";
 import { Viewer } from "./viewer.mjs";
 
-const byId = (id) => document.getElementById(id);
 const on = (id, name, does) => byId(id).addEventListener(name, does);
 
 const desk = new Desk(byId("worker").textContent, inlineBytes("module"));
 const viewer = new Viewer(desk);
 let isSpeedChosen = false;
-/** Whether the user has opened something: the page then opens nothing by itself any more. */
-let hasChosen = false;
+/** What the user opened last. The page opens something by itself as long as there is nothing. */
 let newest = null;
 
 const speed = () => Number(byId("speed").value);
@@ -43,7 +42,6 @@ function showChosen(source) {
 
 /** What was chosen last is shown, also when another one takes longer to get ready. */
 async function open(source) {
-  hasChosen = true;
   newest = source;
   try {
     const found = await source;
@@ -135,7 +133,7 @@ async function openFirst() {
   const address = new URLSearchParams(location.search).get("file");
   if (address !== null) return show(await sourceOfAddress(address));
   const isThere = await hasDemonstration();
-  if (hasChosen) return undefined;
+  if (newest !== null) return undefined;
   if (!isThere) return say("Open a file: the demonstration is not beside this page.");
   if (matchMedia("(prefers-reduced-motion: reduce)").matches) return say("Open a file, or see the demonstration.");
   return show(await demonstration());
@@ -146,7 +144,7 @@ async function begin() {
   await desk.started.catch((error) => {
     throw new Error(`This browser cannot run the decoder: ${error.message}`);
   });
-  if (!hasChosen) await openFirst();
+  if (newest === null) await openFirst();
 }
 
 tell(begin());

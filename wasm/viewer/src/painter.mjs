@@ -10,7 +10,7 @@ export class Painter {
   #wish = null;
   #isBusy = false;
   #bytes = 0;
-  #rest = 0;
+  #restsUntil = 0;
   #timer = null;
 
   /** `painted` takes what the worker answers to "paint", or an error. */
@@ -36,7 +36,7 @@ export class Painter {
   arrived(bytes, wish) {
     if (bytes < growth * this.#bytes) return;
     clearTimeout(this.#timer);
-    const wait = this.#isBusy ? 20 : this.#rest - performance.now();
+    const wait = this.#isBusy ? 20 : this.#restsUntil - performance.now();
     if (wait > 0) this.#timer = setTimeout(() => this.arrived(bytes, wish), wait);
     else this.now(wish());
   }
@@ -56,7 +56,7 @@ export class Painter {
       this.#painted(null, error, wish);
     }
     const end = performance.now();
-    this.#rest = end + (end - begin);
+    this.#restsUntil = end + (end - begin);
     this.#isBusy = false;
     this.#go();
   }

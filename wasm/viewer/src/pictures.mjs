@@ -30,9 +30,8 @@ function reductionForMemory({ width, height }) {
 export class Pictures {
   #decoder;
   #info = null;
-  /** Where the stream ends, once all has come, and whether it is complete. */
+  /** Once all has come: bytes of the stream, and whether it is complete. */
   #end = null;
-  #isComplete = false;
   #shown = null;
   #complete = null;
 
@@ -54,10 +53,8 @@ export class Pictures {
 
   /** Says that no more comes. Returns: the end of the stream; what follows it is something else. */
   end() {
-    const found = this.#decoder.measure();
-    this.#end = found.bytes;
-    this.#isComplete = found.complete;
-    return { ...found, surplus: this.#decoder.bytes - found.bytes };
+    this.#end = this.#decoder.measure();
+    return this.#end;
   }
 
   /** Returns: the picture of so many bytes. The one that was made last is kept. */
@@ -76,7 +73,7 @@ export class Pictures {
    * stage has pixels for.
    */
   paint({ bytes, region, reduction, window }) {
-    const isAll = this.#isComplete && bytes === this.#end;
+    const isAll = this.#end?.complete && bytes === this.#end.bytes;
     const carried = isAll ? 0 : reductionFor(this.#info, bytes);
     const reduce = Math.min(Math.max(reduction, carried, reductionForMemory(this.#info)), this.#info.reductions);
     const { picture, milliseconds, histogram } = this.#picture(bytes, reduce);
@@ -90,8 +87,8 @@ export class Pictures {
   /** Returns: decibels of a prefix against the complete picture; null where that is too large to keep. */
   distance(bytes) {
     if (samplesOf(this.#info) > mostCompared) return null;
-    this.#complete ??= this.#picture(this.#end, 0).picture.samples.slice();
-    if (bytes === this.#end) return Infinity;
+    this.#complete ??= this.#picture(this.#end.bytes, 0).picture.samples.slice();
+    if (bytes === this.#end.bytes) return Infinity;
     const { samples } = this.#picture(bytes, 0).picture;
     let sum = 0;
     for (let i = 0; i < samples.length; ++i) sum += (samples[i] - this.#complete[i]) ** 2;
@@ -100,7 +97,7 @@ export class Pictures {
 
   /** Returns: the bytes of the stream, for saving. */
   stream() {
-    return this.#decoder.stream().slice(0, this.#end ?? undefined);
+    return this.#decoder.stream().slice(0, this.#end?.bytes);
   }
 }
 

@@ -1,9 +1,9 @@
 // Asks for the geometry of raw samples.
 
+import { byId } from "./elements.mjs";
 import { bytesText } from "./figures.mjs";
+import { bytesPerPixelOf } from "./geometry.mjs";
 
-const byId = (id) => document.getElementById(id);
-const bytesPerPixel = { gray8: 1, rgb8: 3, gray16le: 2, gray16be: 2 };
 
 /** Returns: the sides of the squarest image of so many pixels. */
 export function squarest(pixels) {
@@ -28,12 +28,12 @@ function fit(needed, size) {
   return needed < size ? `${bytesText(size - needed)} bytes are left over` : "more than the file has";
 }
 
-/** Says whether the file has as many bytes as that. Returns: whether it has. */
+/** Says whether the file has as many bytes as that; if not, it cannot be opened so. */
 function check(size) {
   const { width, height, kind, skip } = chosen();
-  const needed = skip + width * height * bytesPerPixel[kind];
+  const needed = skip + width * height * bytesPerPixelOf[kind];
   const before = skip ? ` + ${bytesText(skip)}` : "";
-  const sum = `${width} × ${height} × ${bytesPerPixel[kind]}${before} = ${bytesText(needed)} bytes`;
+  const sum = `${width} × ${height} × ${bytesPerPixelOf[kind]}${before} = ${bytesText(needed)} bytes`;
   const isEnough = needed <= size && byId("rawDialog").querySelector("form").checkValidity();
   byId("rawAnswer").textContent = areSides(width) && areSides(height) ? `${sum}: ${fit(needed, size)}.`
     : "Sides are whole numbers from 1 to 65,535.";
@@ -43,7 +43,7 @@ function check(size) {
 /** A first guess. */
 function suggest(size) {
   const kind = byId("rawKind").value;
-  const { width, height } = squarest(Math.floor(size / bytesPerPixel[kind]));
+  const { width, height } = squarest(Math.floor(size / bytesPerPixelOf[kind]));
   byId("rawWidth").value = width;
   byId("rawHeight").value = height;
   byId("rawSkip").value = 0;

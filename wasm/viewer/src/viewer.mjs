@@ -1,50 +1,20 @@
 // A stream on its way to the screen.
 
-import { Arrival } from "./arrival.mjs";
 import { ByteSlider } from "./byteslider.mjs";
+import { byId } from "./elements.mjs";
 import { bytesText, distanceText, percentText, ratioText } from "./figures.mjs";
 import { depthOf, isGray, rawBytesOf } from "./geometry.mjs";
 import { Gestures, moveByKey } from "./gestures.mjs";
 import * as labels from "./labels.mjs";
 import { Painter } from "./painter.mjs";
 import { Sequential } from "./sequential.mjs";
+import { Showing } from "./showing.mjs";
 import { Stage } from "./stage.mjs";
 import { View } from "./view.mjs";
 import { WindowControl } from "./window.mjs";
 
-const byId = (id) => document.getElementById(id);
 /** The comparison with the end takes a full picture: not for each step of a drag. */
 const idle = 150;
-
-/** All that is known of one source from its opening on. Another opening makes another one. */
-class Showing {
-  info = null;
-  /** Bytes that have come, and bytes of all of it as far as somebody knows. */
-  arrived = 0;
-  total = null;
-  /** What the worker said when no more came: bytes of the stream, and whether it is complete. */
-  end = null;
-  hasFailed = false;
-  /** The bytes to show; null: all that have come. */
-  chosen = null;
-  /** The bytes whose distance from the end is shown, or asked for. */
-  compared = null;
-
-  constructor(source, speed) {
-    this.source = source;
-    this.arrival = new Arrival(speed);
-  }
-  get shownBytes() {
-    return this.chosen ?? this.arrived;
-  }
-  get isOver() {
-    return this.end !== null || this.hasFailed;
-  }
-  /** Bytes of the complete stream, or null: a stream that ends early does not say how long it was. */
-  get completeBytes() {
-    return this.end?.complete === false ? null : this.total;
-  }
-}
 
 export class Viewer {
   #desk;

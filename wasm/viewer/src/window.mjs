@@ -1,6 +1,7 @@
 // Window and level of gray pictures, above a histogram.
 
-const byId = (id) => document.getElementById(id);
+import { byId } from "./elements.mjs";
+
 
 export class WindowControl {
   #changed;

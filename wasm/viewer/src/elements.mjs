@@ -1,0 +1,3 @@
+// The elements of the page.
+
+export const byId = (id) => document.getElementById(id);
