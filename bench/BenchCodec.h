@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <memory>
 #include <tesk/tesk.h>
 
@@ -10,10 +11,10 @@ struct CodecDestroyer {
 };
 using Codec = std::unique_ptr<tesk_codec, CodecDestroyer>;
 
-/// The comparison at the end of a compression would add the time of a decompression.
-inline Codec makeCodec() {
+/// The comparison at the end of a compression adds about the time of a decompression.
+inline Codec makeCodec(std::uint32_t flags = TESK_UNVERIFIED) {
     tesk_options options = TESK_OPTIONS_INIT;
-    options.flags = TESK_UNVERIFIED;
+    options.flags = flags;
     tesk_codec* codec = nullptr;
     tesk_create(&options, &codec);
     return Codec(codec);

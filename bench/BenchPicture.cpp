@@ -41,6 +41,21 @@ bool readPicture(const char* argument, Picture& picture) {
 
 }  // namespace
 
+Picture middleOf(const Picture& picture, std::uint32_t width, std::uint32_t height) {
+    const auto pixelBytes = std::size_t{picture.image.bytes_per_pixel};
+    const std::size_t column = (picture.image.width - width) / 2 * pixelBytes;
+    const std::size_t firstRow = (picture.image.height - height) / 2;
+    Picture middle{picture.name, picture.image, {}};
+    middle.image.width = width;
+    middle.image.height = height;
+    middle.pixels.resize(middle.rowBytes() * height);
+    for (std::size_t r = 0; r < height; ++r)
+        std::memcpy(middle.pixels.data() + r * middle.rowBytes(),
+                    picture.pixels.data() + (firstRow + r) * picture.rowBytes() + column,
+                    middle.rowBytes());
+    return middle;
+}
+
 std::vector<Picture> generatedPictures() {
     std::vector<Picture> pictures;
     pictures.push_back(generated("gray8", 1, 8));

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <string>
 #include <tesk/tesk.h>
 #include <vector>
@@ -26,6 +27,9 @@ struct Picture {
 
 /// Returns: photograph-like pictures of 3000 x 2000 pixels, one of each sample type.
 std::vector<Picture> generatedPictures();
+
+/// Requires: width and height are those of the picture at most.
+Picture middleOf(const Picture& picture, std::uint32_t width, std::uint32_t height);
 
 /// Takes the arguments `--image=FILE,BYTES/PIXEL,BITS/PIXEL,WIDTH,HEIGHT` out of argv and reads those
 /// files. Returns: false, after a line on standard error, when one of them is of no use.

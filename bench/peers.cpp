@@ -10,12 +10,10 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <cstdlib>
-#include <ctime>
 #include <exception>
 #include <limits>
-#include <string_view>
 
+#include "BenchRuns.h"
 #include "IPeer.h"
 #include "support/CpuLevelArgument.h"
 
@@ -61,26 +59,13 @@ std::vector<Entry> makeEntries() {
     return entries;
 }
 
-double processorSeconds() {
-    timespec now{};
-    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &now);
-    return static_cast<double>(now.tv_sec) + static_cast<double>(now.tv_nsec) * 1e-9;
-}
-
-template <class Work>
-double secondsOf(Work work) {
-    const double start = processorSeconds();
-    work();
-    return processorSeconds() - start;
-}
-
 /// Compresses and decompresses once.
 void runOnce(Entry& entry, const Picture& picture, Bytes& room, Bytes& pixels) {
     IPeer& peer = *entry.peer;
-    const double compressing = secondsOf([&] { entry.streamBytes = peer.compress(picture, room); });
+    const double compressing = bench::secondsOf([&] { entry.streamBytes = peer.compress(picture, room); });
     std::fill(pixels.begin(), pixels.end(), static_cast<unsigned char>(0));
     const std::span<const unsigned char> stream(room.data(), entry.streamBytes);
-    const double decompressing = secondsOf([&] { peer.decompress(stream, picture, pixels); });
+    const double decompressing = bench::secondsOf([&] { peer.decompress(stream, picture, pixels); });
     entry.compressSeconds = std::min(entry.compressSeconds, compressing);
     entry.decompressSeconds = std::min(entry.decompressSeconds, decompressing);
     if (pixels != picture.pixels) entry.failure = "the image does not come back";
@@ -134,21 +119,11 @@ bool comparePicture(const Picture& picture, int rounds) {
                        [](const Entry& entry) { return entry.failure.empty(); });
 }
 
-/// Takes --rounds=N out of argv. Returns: N, or the default.
-int takeRounds(int& argc, char** argv) {
-    constexpr std::string_view kOption = "--rounds=";
-    if (argc < 2 || !std::string_view(argv[1]).starts_with(kOption)) return kDefaultRounds;
-    const int rounds = std::atoi(argv[1] + kOption.size());
-    std::copy(argv + 2, argv + argc + 1, argv + 1);
-    --argc;
-    return std::max(rounds, 1);
-}
-
 }  // namespace
 
 int main(int argc, char** argv) {
     const qmx::CCpuLevelGuard guard(test::takeCpuLevel(argc, argv));
-    const int rounds = takeRounds(argc, argv);
+    const int rounds = bench::takeRounds(argc, argv, kDefaultRounds);
     std::vector<Picture> pictures;
     if (!bench::takePictures(argc, argv, pictures)) return 1;
     if (argc > 1) {
