@@ -37,6 +37,7 @@ public:
 
 private:
     void fillCoefficients(int row, T* samples) {
+        std::fill_n(samples, width, T{0});
         if (row % stepColumns != 0) return;
         for (int c = 0; c < width; c += stepColumns, ++next)
             *samples++ = static_cast<T>(unfold<T>(newValues[next]) - unfold<T>(oldValues[next]));

@@ -31,7 +31,7 @@ public:
                  int reduction = 0);
 
     /// Restores row r. First calls fill(plane, row, samples) for the rows that are missing, each of them
-    /// once and in their order: the samples are 0 and become the coefficients of the row, apart.
+    /// once and in their order: the samples become the coefficients of the row, apart.
     /// Requires: all rows, from 0 on. Returns: false when fill has returned false, which ends the work.
     /// Throws: what fill throws.
     template <class Fill>
@@ -57,7 +57,6 @@ bool CRowRestorer<T>::restore(int r, Fill fill) {
     for (; filled < shape.height && filled <= r + rowsAhead; ++filled)
         for (int p = 0; p < shape.planes; ++p) {
             T* row = ring.row(p, filled % ring.y);
-            std::fill_n(row, ring.stride, T{0});
             if (!fill(p, filled, row)) return false;
         }
     for (int p = 0; p < shape.planes; ++p)

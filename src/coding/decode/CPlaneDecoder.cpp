@@ -97,6 +97,7 @@ CPlaneDecoder<T>::CPlaneDecoder(CReceivedSections<T>& sections, int plane)
 
 template <class T>
 void CPlaneDecoder<T>::decodeRow(int row, T* samples) {
+    if (levels < 0) std::fill_n(samples, width, T{0});
     forEachOrder(row, levels, [&](const ScanLine& line) {
         OrderWindows<T>& sections = orders[static_cast<std::size_t>(line.order)];
         const int count = line.countFrom(line.firstColumn, width);

@@ -23,8 +23,8 @@ public:
     /// object; 0 <= plane < sections.shape().planes. Throws: std::bad_alloc.
     CPlaneDecoder(CReceivedSections<T>& sections, int plane);
 
-    /// Stores the coefficients of row `row` into as many samples as the image is wide, which are 0 before, where
-    /// CRowRestorer wants them. Requires: rows come in rising order. Throws: std::bad_alloc, when a reader needs
+    /// Stores the coefficients of row `row` into as many samples as the image is wide, where CRowRestorer wants
+    /// them. Requires: rows come in rising order. Throws: std::bad_alloc, when a reader needs
     /// its file window.
     void decodeRow(int row, T* samples);
 

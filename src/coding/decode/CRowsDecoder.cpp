@@ -1,5 +1,7 @@
 #include "coding/decode/CRowsDecoder.h"
 
+#include <algorithm>
+
 namespace qmx {
 
 template <class T>
@@ -13,7 +15,11 @@ CRowsDecoder<T>::CRowsDecoder(CReceivedSections<T>& sections, const RowDecoding&
 template <class T>
 bool CRowsDecoder<T>::restoreRow() {
     const auto fill = [this](int p, int row, T* samples) {
-        if (row >= decoding.firstRowOf(p)) decoders[p]->decodeRow(row, samples);
+        if (row >= decoding.firstRowOf(p)) {
+            decoders[p]->decodeRow(row, samples);
+        } else {
+            std::fill_n(samples, restorer.rows().x, T{0});
+        }
         return !decoding.stop.isSet();
     };
     return restorer.restore(restored++, fill);

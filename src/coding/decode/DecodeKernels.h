@@ -12,8 +12,7 @@ template <class T>
 struct DecodeKernels {
     static const DecodeKernels scalar, avx2, avx512;
 
-    /// Stores the next coefficients of an order into samples that are 0 before: all to line, or where odds is
-    /// not null every second one to odds.
+    /// Stores the next coefficients of an order: all to line, or where odds is not null every second one to odds.
     /// Requires: the sections of one colour plane and order. Throws: std::bad_alloc, when a reader needs its
     /// file window; the sections are then of no more use.
     void (*decodeLine)(OrderWindows<T>& sections, T* line, T* odds, int coefficients);

@@ -163,6 +163,15 @@ struct LinePlace {
     T* all;
     T* odds;
 
+    /// Sets the next count coefficients to 0.
+    QMX_TARGET void clear(int count) const {
+        if (odds == nullptr) {
+            std::fill_n(all, count, T{0});
+            return;
+        }
+        std::fill_n(all, (count + 1) / 2, T{0});
+        std::fill_n(odds, count / 2, T{0});
+    }
     /// Passes over a group.
     QMX_TARGET void advance() {
         all += odds == nullptr ? kGroupSize : kGroupSize / 2;
@@ -190,7 +199,7 @@ QMX_TARGET inline void decodeGroup(OrderWindows<T>& s, const LinePlace<T>& place
     const int count = std::min(left, kGroupSize);
     GroupState group{~std::uint64_t{0} >> (kGroupSize - count), count};
     const int top = skipEmptyPlanes(s, group);
-    if (top < 0) return;
+    if (top < 0) return place.clear(count);
     Lanes<T> lanes(top);
     if (s.groupsLoaded == 0) s.groupsLoaded = countLoaded(s);
     if (s.groupsLoaded != 0) {
@@ -199,7 +208,6 @@ QMX_TARGET inline void decodeGroup(OrderWindows<T>& s, const LinePlace<T>& place
     } else {
         group = decodeAny(s, top, group, lanes);
     }
-    if (group.significant == 0) return;
     if (count < kGroupSize) {
         storeSome(lanes, group.negatives, place, count);
     } else if (place.odds == nullptr) {
@@ -211,8 +219,8 @@ QMX_TARGET inline void decodeGroup(OrderWindows<T>& s, const LinePlace<T>& place
 
 template <class T>
 QMX_TARGET void decodeLine(OrderWindows<T>& s, T* line, T* odds, int coefficients) {
-    if (s.highest < s.lowest) return;
     LinePlace<T> place{line, odds};
+    if (s.highest < s.lowest) return place.clear(coefficients);
     for (int left = coefficients; left > 0; left -= kGroupSize) {
         if (s.groupsReady == 0) refillOrder(s);
         --s.groupsReady;
