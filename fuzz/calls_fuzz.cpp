@@ -68,6 +68,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     tesk_options options = TESK_OPTIONS_INIT;
     options.max_pixels = limits.pixels;
     options.max_memory_bytes = limits.memoryBytes;
+    options.most_kept_bytes = input.flag() ? input.number(3) : 0;
     heap.serve(options);
     tesk_codec* codec = nullptr;
     if (tesk_create(&options, &codec) != TESK_OK) return 0;
@@ -92,7 +93,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
                 tesk_clear_stop(codec);
                 stopped = false;
         }
-        fuzz::require(heap.held == 1, "between calls only the codec is held");
+        if (input.flag()) continue;
+        tesk_trim(codec);
+        fuzz::require(heap.held == 1, "between calls nothing is held beside what is kept");
     }
     tesk_destroy(codec);
     fuzz::require(heap.held == 0, "in the end nothing is held");

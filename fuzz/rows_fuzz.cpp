@@ -49,8 +49,9 @@ public:
                 way = Way::none;
                 setStop(false);
         }
-        fuzz::require(way != Way::none || heap.held == 1,
-                      "without an image the codec alone is held");
+        if (way != Way::none || input.flag()) return;
+        tesk_trim(codec);
+        fuzz::require(heap.held == 1, "without an image nothing is held beside what is kept");
     }
 
 private:

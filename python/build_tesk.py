@@ -17,6 +17,7 @@ typedef struct tesk_image {
 typedef struct tesk_options {
     size_t struct_bytes;
     uint32_t flags;
+    size_t most_kept_bytes;
     ...;
 } tesk_options;
 

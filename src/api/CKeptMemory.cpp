@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <functional>
 #include <new>
 
 #if defined(__SANITIZE_ADDRESS__)
@@ -18,18 +19,21 @@
 namespace qmx {
 namespace {
 
-/// Kept blocks are nobody's: the sanitizer reports who touches one, as it would after free.
-void close([[maybe_unused]] void* block, [[maybe_unused]] std::size_t sizeBytes) {
+/// Kept blocks are nobody's: the sanitizer reports who touches what is behind their links, as it would after free.
+void close([[maybe_unused]] void* behindLink, [[maybe_unused]] std::size_t sizeBytes) {
 #ifdef QMX_ADDRESS_SANITIZER
-    ASAN_POISON_MEMORY_REGION(block, sizeBytes);
+    ASAN_POISON_MEMORY_REGION(behindLink, sizeBytes);
 #endif
 }
 
-void open([[maybe_unused]] void* block, [[maybe_unused]] std::size_t sizeBytes) {
+void open([[maybe_unused]] void* behindLink, [[maybe_unused]] std::size_t sizeBytes) {
 #ifdef QMX_ADDRESS_SANITIZER
-    ASAN_UNPOISON_MEMORY_REGION(block, sizeBytes);
+    ASAN_UNPOISON_MEMORY_REGION(behindLink, sizeBytes);
 #endif
 }
+
+/// Smaller blocks share their pages.
+constexpr std::size_t kLeastPageBytes = 4096;
 
 }  // namespace
 
@@ -54,7 +58,7 @@ void* CKeptMemory::take(std::size_t sizeBytes, std::size_t roomBytes) {
     Shelf* shelf = kept == 0 ? nullptr : shelfOf(sizeBytes);
     if (shelf != nullptr && shelf->first != nullptr) {
         Block* block = shelf->first;
-        open(block, sizeBytes);
+        open(block + 1, sizeBytes - sizeof(Block));
         shelf->first = block->next;
         shelf->spareNow = std::min(shelf->spareNow, --shelf->blocks);
         kept -= sizeBytes;
@@ -74,18 +78,39 @@ void CKeptMemory::give(void* block, std::size_t sizeBytes) {
     shelf->first = new (block) Block{shelf->first};
     ++shelf->blocks;
     kept += sizeBytes;
-    close(block, sizeBytes);
+    close(shelf->first + 1, sizeBytes - sizeof(Block));
 }
 
 void CKeptMemory::releaseBlocks(Shelf& shelf, std::size_t count) {
     for (; count != 0; --count) {
         Block* block = shelf.first;
-        open(block, shelf.sizeBytes);
+        open(block + 1, shelf.sizeBytes - sizeof(Block));
         shelf.first = block->next;
         --shelf.blocks;
         kept -= shelf.sizeBytes;
         hooks.release(hooks.user, block);
     }
+}
+
+CKeptMemory::Block* CKeptMemory::sorted(Block* first, std::size_t count) {
+    if (count == 0) return nullptr;
+    if (count == 1) {
+        first->next = nullptr;
+        return first;
+    }
+    Block* middle = first;
+    for (std::size_t i = 0; i < count / 2; ++i)
+        middle = middle->next;
+    Block* upper = sorted(middle, count - count / 2);
+    Block* lower = sorted(first, count / 2);
+    Block* all = nullptr;
+    for (Block** end = &all; lower != nullptr || upper != nullptr; end = &(*end)->next) {
+        const bool isLower = upper == nullptr || (lower != nullptr && std::less<>()(lower, upper));
+        Block*& next = isLower ? lower : upper;
+        *end = next;
+        next = next->next;
+    }
+    return all;
 }
 
 void CKeptMemory::endCall() {
@@ -96,6 +121,9 @@ void CKeptMemory::endCall() {
         releaseBlocks(shelf, spare);
         shelf.spareBefore = shelf.spareNow - spare;
         shelf.spareNow = shelf.blocks;
+        // Sections fill their last chunks in part. In a like call each one gets the block that it had, and no
+        // page of another one's that nobody has touched yet.
+        if (shelf.sizeBytes >= kLeastPageBytes) shelf.first = sorted(shelf.first, shelf.blocks);
     }
 }
 

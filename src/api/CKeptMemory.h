@@ -57,6 +57,8 @@ private:
 
     /// Returns: the shelf of a size, which may be a new one; null when all are taken.
     Shelf* shelfOf(std::size_t sizeBytes);
+    /// Returns: the first count blocks of a list, by their addresses.
+    static Block* sorted(Block* first, std::size_t count);
     void releaseBlocks(Shelf& shelf, std::size_t count);
 
     AllocatorHooks hooks;

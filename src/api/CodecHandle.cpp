@@ -196,12 +196,11 @@ tesk_status tesk_create(const tesk_options* options, tesk_codec** codec) {
             : qmx::defaultHooks();
     void* storage = hooks.allocate(hooks.user, sizeof(tesk_codec));
     if (storage == nullptr) return TESK_OUT_OF_MEMORY;
-    *codec =
-        new (storage) tesk_codec{.hooks = hooks,
-                                 .kept = qmx::CKeptMemory(hooks, chosen.most_kept_bytes),
-                                 .maxPixels = chosen.max_pixels,
-                                 .maxMemoryBytes = chosen.max_memory_bytes,
-                                 .flags = chosen.flags};
+    *codec = new (storage) tesk_codec{.hooks = hooks,
+                                      .kept = qmx::CKeptMemory(hooks, chosen.most_kept_bytes),
+                                      .maxPixels = chosen.max_pixels,
+                                      .maxMemoryBytes = chosen.max_memory_bytes,
+                                      .flags = chosen.flags};
     return TESK_OK;
 }
 

@@ -159,6 +159,7 @@ int main(void) {
     check_reduced(codec, pixels);
     check_block(codec, pixels);
     check_rows(codec, pixels);
+    tesk_trim(codec);
     tesk_destroy(codec);
     EXPECT(outstanding == 0);
     tesk_destroy(NULL);

@@ -29,6 +29,9 @@ class Error(ValueError):
         return self.message
 
 
+# Of each codec: a pool of threads has many. Enough for chunks and for images of 10 megapixels.
+MOST_KEPT_BYTES = 16 << 20
+
 _codecs = threading.local()
 
 
@@ -46,13 +49,14 @@ def new_codec(verify: bool) -> Any:
     """Returns: a codec that is destroyed with the last reference to it."""
     options = new_struct("options")
     options.flags = 0 if verify else lib.TESK_UNVERIFIED
+    options.most_kept_bytes = MOST_KEPT_BYTES
     codec = ffi.new("tesk_codec **")
     require_ok(lib.tesk_create(options, codec))
     return ffi.gc(codec[0], lib.tesk_destroy)
 
 
 def codec_of_thread(verify: bool = True) -> Any:
-    """Returns: the codec of this thread, for one call. Between calls it holds no memory to speak of."""
+    """Returns: the codec of this thread, for one call. Between calls it holds MOST_KEPT_BYTES at most."""
     name = "verifying" if verify else "trusting"
     codec = getattr(_codecs, name, None)
     if codec is None:
