@@ -109,8 +109,7 @@ private:
         std::printf("  %-20s %11.1f %7ld %11.1f %7ld %9.2f %8.1f %7.2f\n", call.name,
                     1e6 * call.first.seconds, call.first.faults, 1e6 * call.later.seconds,
                     call.later.faults, 1e9 * call.later.seconds / samples(),
-                    bytes / call.later.seconds / 1e6,
-                    call.later.seconds / calls[1].later.seconds);
+                    bytes / call.later.seconds / 1e6, call.later.seconds / calls[1].later.seconds);
     }
 
     const Picture& picture;
@@ -151,8 +150,9 @@ int main(int argc, char** argv) {
         return 1;
     }
     if (pictures.empty()) pictures = bench::generatedPictures();
-    std::printf("CPU level %s, the fastest of %d rounds; \"times\": that of unverified compression\n\n",
-                nameOf(qmx::activeCpuLevel()), rounds);
+    std::printf(
+        "CPU level %s, the fastest of %d rounds; \"times\": that of unverified compression\n\n",
+        nameOf(qmx::activeCpuLevel()), rounds);
     std::printf("  %-20s %11s %7s %11s %7s %9s %8s %7s\n", "", "first us", "faults", "later us",
                 "faults", "ns/sample", "MB/s", "times");
     bool allCameBack = true;

@@ -62,10 +62,12 @@ std::vector<Entry> makeEntries() {
 /// Compresses and decompresses once.
 void runOnce(Entry& entry, const Picture& picture, Bytes& room, Bytes& pixels) {
     IPeer& peer = *entry.peer;
-    const double compressing = bench::secondsOf([&] { entry.streamBytes = peer.compress(picture, room); });
+    const double compressing =
+        bench::secondsOf([&] { entry.streamBytes = peer.compress(picture, room); });
     std::fill(pixels.begin(), pixels.end(), static_cast<unsigned char>(0));
     const std::span<const unsigned char> stream(room.data(), entry.streamBytes);
-    const double decompressing = bench::secondsOf([&] { peer.decompress(stream, picture, pixels); });
+    const double decompressing =
+        bench::secondsOf([&] { peer.decompress(stream, picture, pixels); });
     entry.compressSeconds = std::min(entry.compressSeconds, compressing);
     entry.decompressSeconds = std::min(entry.decompressSeconds, decompressing);
     if (pixels != picture.pixels) entry.failure = "the image does not come back";

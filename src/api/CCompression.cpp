@@ -2,10 +2,12 @@
 
 #include <algorithm>
 #include <new>
+#include <optional>
 
 #include "bitstream/CBitWriter.h"
 #include "bitstream/Memory.h"
 #include "container/Comparison.h"
+#include "container/NarrowSamples.h"
 
 namespace qmx {
 namespace {
@@ -27,8 +29,8 @@ tesk_status refuse(CompressRequest& request, tesk_loss loss) {
 
 }  // namespace
 
-CCompression::CCompression(ImageJob& imageJob, std::uint32_t flags)
-    : job(imageJob), encoder(job.header, job, filtersThinImages(job.header, flags)) {}
+CCompression::CCompression(ImageJob& imageJob, std::uint32_t flags, MostBitsOfShort mostBits)
+    : job(imageJob), encoder(job.header, mostBits, job, filtersThinImages(job.header, flags)) {}
 
 void CCompression::takeRow() {
     encoder.with([](auto& coder) { coder.takeRow(); });
@@ -40,13 +42,20 @@ std::uint32_t CCompression::rowsLeft() {
     });
 }
 
+void CCompression::finish() {
+    encoder.with([](auto& coder) { coder.finish(); });
+}
+
+bool CCompression::isTooNarrow() {
+    return encoder.with([](auto& coder) { return coder.isTooNarrow(); });
+}
+
 tesk_status CCompression::conclude(CompressRequest& request) {
     // A budget asks for as much as there can be, also of an image that no stream holds.
     const bool isBeyond = !request.has(TESK_PLAIN) && isOutOfReach(job);
     if (isBeyond && request.budgetBytes == 0) return refuse(request, TESK_LOSS_SIDE_OF_ONE);
     const bool isPlain = isBeyond || request.has(TESK_PLAIN);
     const tesk_status status = encoder.with([&](auto& coder) {
-        coder.finish();
         return isPlain ? concludePlain(coder, request) : concludeExact(coder, request);
     });
     const bool isCompared =
@@ -118,14 +127,36 @@ tesk_status CCompression::compare(CompressRequest& request) {
     return isRestored ? TESK_OK : refuse(request, TESK_LOSS_UNKNOWN);
 }
 
+namespace {
+
+/// Returns: as conclude; nothing when 16-bit coefficients do not do.
+std::optional<tesk_status> compressWith(MostBitsOfShort mostBits, ImageJob& job,
+                                        CompressRequest& request) {
+    CCompression compression(job, request.flags, mostBits);
+    while (compression.rowsLeft() != 0) {
+        compression.takeRow();
+        if (job.stop.isSet()) return TESK_STOPPED;
+        if (compression.isTooNarrow()) return std::nullopt;
+    }
+    compression.finish();
+    if (compression.isTooNarrow()) return std::nullopt;
+    return compression.conclude(request);
+}
+
+tesk_status compressOnce(ImageJob& job, CompressRequest& request) {
+    const bool isNarrow = hasWideCoefficients(job.header) &&
+                          job.pixels.glimpseBits(job.header, job.stop) < kNarrowSamples;
+    std::optional<tesk_status> status;
+    if (isNarrow) status = compressWith(MostBitsOfShort::ofNarrowSamples, job, request);
+    if (!status) status = compressWith(MostBitsOfShort::inMemory, job, request);
+    return *status;
+}
+
+}  // namespace
+
 tesk_status compressWhole(ImageJob& job, CompressRequest& request) {
     for (;;) {
-        CCompression compression(job, request.flags);
-        while (compression.rowsLeft() != 0) {
-            compression.takeRow();
-            if (job.stop.isSet()) return TESK_STOPPED;
-        }
-        const tesk_status status = compression.conclude(request);
+        const tesk_status status = compressOnce(job, request);
         const bool needsBits = status == TESK_NOT_RESTORABLE && request.loss == TESK_LOSS_WRAPPED;
         if (!needsBits) return status;
         job.header.bitsPerPixel = static_cast<std::uint8_t>(raisedBits(job));

@@ -10,8 +10,9 @@ namespace qmx {
 class CDecompression {
 public:
     /// Requires: what streamJob names outlives this object. Throws: std::bad_alloc.
-    explicit CDecompression(const StreamJob& streamJob)
-        : job(streamJob), decoder(job.header, job) {}
+    explicit CDecompression(const StreamJob& streamJob,
+                            MostBitsOfShort mostBits = MostBitsOfShort::inMemory)
+        : job(streamJob), decoder(job.header, mostBits, job) {}
     CDecompression(const CDecompression&) = delete;
     CDecompression& operator=(const CDecompression&) = delete;
 

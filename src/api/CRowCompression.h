@@ -37,8 +37,11 @@ public:
         }
         return TESK_OK;
     }
-    /// As CCompression::conclude.
-    tesk_status conclude(CompressRequest& wanted) { return compression.conclude(wanted); }
+    /// As CCompression::conclude. Requires: all rows were taken; called once.
+    tesk_status conclude(CompressRequest& wanted) {
+        compression.finish();
+        return compression.conclude(wanted);
+    }
 
 private:
     std::uint32_t flags;

@@ -1,8 +1,12 @@
 // The calls of the C interface that decompress a picture at once.
 
+#include <optional>
+
 #include "api/CDecompression.h"
 #include "api/CodecHandle.h"
 #include "api/ReducedImage.h"
+#include "container/NarrowSamples.h"
+#include "image/UsedBits.h"
 
 namespace qmx {
 namespace {
@@ -13,7 +17,24 @@ std::size_t outputExtent(const TKHeader& header, std::size_t strideBytes) {
     return strideBytes * (header.ySize - std::size_t{1}) + header.rawRowBytes();
 }
 
+/// Returns: TESK_OK or TESK_STOPPED; nothing when the stream takes the coefficients that its header asks for.
+std::optional<tesk_status> decompressNarrow(const StreamJob& job, unsigned char* out,
+                                            std::size_t strideBytes) {
+    // The samples of reduced pictures are limited, and so is what can be seen of them.
+    if (job.reduction != 0 || !mayBeNarrow(job.header, job.stream, job.streamBytes))
+        return std::nullopt;
+    CDecompression decompression(job, MostBitsOfShort::ofNarrowSamples);
+    if (decompression.open() != TESK_OK) return std::nullopt;
+    for (; decompression.rowsLeft() != 0; out += strideBytes) {
+        const tesk_status status = decompression.store(out, strideBytes, 1);
+        if (status != TESK_OK) return status;
+        if (usedBitsOf(out, job.header.rawRowBytes(), 2) >= kNarrowSamples) return std::nullopt;
+    }
+    return TESK_OK;
+}
+
 tesk_status decompressInto(const StreamJob& job, unsigned char* out, std::size_t strideBytes) {
+    if (const auto status = decompressNarrow(job, out, strideBytes)) return *status;
     CDecompression decompression(job);
     const tesk_status status = decompression.open();
     if (status != TESK_OK && status != TESK_CUT) return status;

@@ -7,15 +7,15 @@
 
 namespace qmx {
 
-/// A coder of 16-bit or of 32-bit coefficients in memory, as the header of its image asks.
+/// A coder of 16-bit or of 32-bit coefficients, as the header of its image asks.
 template <template <class T> class Coder>
 class CEitherCoder {
 public:
     /// Requires: header is supported. Throws: what the constructor of a coder throws.
     template <class... Arguments>
-    explicit CEitherCoder(const TKHeader& header, Arguments&&... arguments) {
+    CEitherCoder(const TKHeader& header, MostBitsOfShort mostBits, Arguments&&... arguments) {
         dispatchCoefficients(
-            header, MostBitsOfShort::inMemory,
+            header, mostBits,
             [&]<class T>() {
                 coder<T>().emplace(std::forward<Arguments>(arguments)...);
                 return 0;

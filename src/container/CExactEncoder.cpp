@@ -8,6 +8,7 @@
 #include "coding/encode/SectionLengths.h"
 #include "container/COffsetSource.h"
 #include "container/CRegainedRows.h"
+#include "container/NarrowSamples.h"
 
 namespace qmx {
 namespace {
@@ -31,6 +32,14 @@ void CExactEncoder<T>::finish() {
     rows->finish();
     if (rows->isChangedByFilter()) done |= kThinFilter;
     rows.reset();
+}
+
+template <class T>
+bool CExactEncoder<T>::isTooNarrow() const {
+    if (!kHasShort || !hasWideCoefficients(job.header)) return false;
+    const CodedFacts& facts = coded->facts();
+    return pixels.usedBits() >= kNarrowSamples || facts.lostCoefficients != 0 ||
+           facts.overlongSections != 0;
 }
 
 template <class T>

@@ -40,6 +40,9 @@ public:
     /// Throws: std::bad_alloc, and what job.pixels throws.
     void takeRow() { rows->takeRow(pixels); }
     int rowsTaken() const { return rows->rowsTaken(); }
+    /// Returns: whether 16-bit coefficients stand in the place of 32-bit ones and have turned out not to be the
+    /// same, or not to be enough for a stream that restores the image. Requires: no call since finish.
+    bool isTooNarrow() const;
     /// Closes the sections, which are those of the plain stream. Requires: all rows were taken; called once.
     /// Throws: std::bad_alloc.
     void finish();

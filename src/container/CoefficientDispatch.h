@@ -5,8 +5,9 @@
 namespace qmx {
 
 /// 2-byte samples of up to this many bits have 16-bit coefficients, those of more 32-bit ones. The
-/// two profiles differ, and streams depend on it (Quirk 17). Format: docs/format.md, 3 Header.
-enum class MostBitsOfShort { inFiles = 12, inMemory = 11 };
+/// profiles of files and of memory differ, and streams depend on it (Quirk 17). Narrow samples are those of
+/// NarrowSamples.h. Format: docs/format.md, 3 Header.
+enum class MostBitsOfShort { inFiles = 12, inMemory = 11, ofNarrowSamples = 16 };
 
 /// Calls run.template operator()<T>() with the coefficient type T that a header asks for.
 /// Returns: run's result, or otherwise() when no type fits.

@@ -4,7 +4,9 @@
 #include "bitstream/Memory.h"
 #include "bitstream/Status.h"
 #include "coding/decode/DecodeRows.h"
+#include "container/NarrowSamples.h"
 #include "image/PixelRows.h"
+#include "image/UsedBits.h"
 
 namespace qmx {
 namespace {
@@ -22,14 +24,18 @@ public:
     bool take(const CImageData<T>& rows, int slot, int r) override {
         if (rowBytes == 0) return true;
         storeRow(rows, slot, job.header.bytesPerPixel, limit, decodedRow.get());
+        if (job.header.bytesPerPixel == 2) used |= usedBitsOf(decodedRow.get(), rowBytes, 2);
         return job.pixels.isSameRow(r, decodedRow.get(), rowBytes);
     }
+
+    unsigned usedBits() const { return used; }
 
 private:
     const ImageJob& job;
     CSampleLimit<T> limit;
     std::size_t rowBytes;
     MemoryArray<unsigned char> decodedRow;
+    unsigned used = 0;
 };
 
 template <class T>
@@ -40,7 +46,11 @@ Comparison compareWith(const ImageJob& job, const WrittenStream& stream) {
     if (!isUsable(result)) return {result, false};
     CRowComparison<T> comparison(job, limitOf<T>(result, job.header));
     const bool isSame = decodeRows(sections, comparison, {0, job.stop});
-    return {job.stop.isSet() ? kSuspended : result, isSame};
+    return {job.stop.isSet() ? kSuspended : result, isSame, comparison.usedBits()};
+}
+
+bool isRestored(const Comparison& found) {
+    return found.result == kComplete && found.isSame;
 }
 
 }  // namespace
@@ -55,9 +65,12 @@ Comparison decodeAndCompare(const ImageJob& job, MostBitsOfShort profile,
 }
 
 bool restoresExactly(const ImageJob& job, const WrittenStream& stream) {
+    if (mayBeNarrow(job.header, stream.bytes, stream.sizeBytes)) {
+        const Comparison found = decodeAndCompare(job, MostBitsOfShort::ofNarrowSamples, stream);
+        if (isRestored(found) && found.usedBits < kNarrowSamples) return true;
+    }
     const auto restoresIn = [&](MostBitsOfShort profile) {
-        const Comparison found = decodeAndCompare(job, profile, stream);
-        return found.result == kComplete && found.isSame;
+        return isRestored(decodeAndCompare(job, profile, stream));
     };
     // The profiles differ for one number of bits.
     const bool isAmbiguous = job.header.bytesPerPixel == 2 &&

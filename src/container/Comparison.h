@@ -12,6 +12,8 @@ struct Comparison {
     int result;
     /// Whether it gives the image, as far as it gives one.
     bool isSame;
+    /// The bitwise or of the samples that were compared, of 2 bytes each.
+    unsigned usedBits = 0;
 };
 
 /// Decodes a stream as decoders of a profile do, and compares. Requires: job.header is its header.

@@ -6,6 +6,7 @@
 #include "bitstream/CStopRequest.h"
 #include "container/TKHeader.h"
 #include "image/PixelRows.h"
+#include "image/UsedBits.h"
 #include "wavelet/IRowSource.h"
 
 namespace qmx {
@@ -27,6 +28,8 @@ public:
     }
     /// Returns: the bitwise or of all samples; of some when it was stopped. Throws: as row.
     virtual unsigned usedBits(const TKHeader& header, const CStopRequest& stop);
+    /// Returns: the same of some rows, at little cost, for a guess; ~0 where they cannot be asked for.
+    virtual unsigned glimpseBits(const TKHeader&, const CStopRequest&) { return ~0U; }
 };
 
 /// Rows in memory, strideBytes from one to the next, at any address.
@@ -39,6 +42,7 @@ public:
     const unsigned char* row(int r) override {
         return first == nullptr ? nullptr : first + static_cast<std::size_t>(r) * stride;
     }
+    unsigned glimpseBits(const TKHeader& header, const CStopRequest& stop) override;
 
 private:
     const unsigned char* first;
@@ -55,12 +59,17 @@ public:
 
     void load(CImageData<T>& rows, int slot, int r) override {
         const unsigned char* row = pixels.row(r);
-        if (rows.x != 0) loadRow(rows, slot, layout, row);
+        if (rows.x == 0) return;
+        if (layout == 2) used |= usedBitsOf(row, static_cast<std::size_t>(rows.x) * 2, layout);
+        loadRow(rows, slot, layout, row);
     }
+    /// Returns: the bitwise or of the samples so far, if they have 2 bytes each.
+    unsigned usedBits() const { return used; }
 
 private:
     IPixelRows& pixels;
     int layout;
+    unsigned used = 0;
 };
 
 }  // namespace qmx
