@@ -58,7 +58,8 @@ def calls(figures):
                           ("generated", [p for p in figures["calls"] if whole(p)])):  # fmt: skip
         for kind in KINDS:
             pictures = [picture for picture in chosen if picture["kind"] == kind]
-            rows.append([f"{group}, {kind}", *call_cells(pictures), *mean_faults(pictures)])
+            if pictures:
+                rows.append([f"{group}, {kind}", *call_cells(pictures), *mean_faults(pictures)])
     return table(["first / later", *CALLS.values(), "faults, compress", "faults, decompress"], rows)
 
 

@@ -6,6 +6,8 @@ from summary import FIRST, PeerFigures, geometric_mean, number
 
 
 COLUMNS = 118
+# What tables call by its format.
+LIBRARIES = {"WebP": "libwebp", "PNG": "libpng"}
 
 
 def wrapped(text):
@@ -21,7 +23,7 @@ def machine_line(figures):
 def versions(figures):
     """Returns: the other codecs, each library once."""
     named = {name.split(" e")[0]: version for name, version in figures["versions"].items() if version}
-    return ", ".join(f"{name} {version}" for name, version in named.items() if not name.startswith(FIRST))
+    return ", ".join(f"{LIBRARIES.get(name, name)} {version}" for name, version in named.items() if not name.startswith(FIRST))
 
 
 def machine_words(figures):
