@@ -34,4 +34,14 @@ inline int takeRounds(int& argc, char** argv, int otherwise) {
     return std::max(rounds, 1);
 }
 
+/// Takes an option without a value out of argv, wherever it stands. Returns: whether it was there.
+inline bool takeFlag(int& argc, char** argv, std::string_view option) {
+    const auto isOption = [&](const char* word) { return word == option; };
+    char** end = std::remove_if(argv + 1, argv + argc, isOption);
+    const bool isThere = end != argv + argc;
+    argc = static_cast<int>(end - argv);
+    argv[argc] = nullptr;
+    return isThere;
+}
+
 }  // namespace bench

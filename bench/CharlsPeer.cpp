@@ -10,6 +10,7 @@ namespace {
 class CCharls : public IPeer {
 public:
     const char* name() const override { return "CharLS"; }
+    std::string version() const override { return charls_get_version_string(); }
 
     std::size_t compress(const Picture& picture, std::span<unsigned char> room) override {
         charls::jpegls_encoder encoder;

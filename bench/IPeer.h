@@ -2,6 +2,7 @@
 
 #include <memory>
 #include <span>
+#include <string>
 
 #include "BenchPicture.h"
 
@@ -19,6 +20,11 @@ public:
     virtual ~IPeer() = default;
 
     virtual const char* name() const = 0;
+    virtual std::string version() const = 0;
+    /// Returns: whether one round is enough, or a table would take hours.
+    virtual bool isSlow() const { return false; }
+    /// Returns: why the codec cannot take such a picture, or null.
+    virtual const char* refusalOf(const Picture&) const { return nullptr; }
     /// Requires: room has picture.streamRoomBytes(). Returns: the bytes of the stream.
     /// Throws: std::exception when the library refuses.
     virtual std::size_t compress(const Picture& picture, std::span<unsigned char> room) = 0;
@@ -30,12 +36,15 @@ public:
 
 using Peer = std::unique_ptr<IPeer>;
 
-Peer makeTesk();
+/// With verified false a stream is not compared with its image.
+Peer makeTesk(bool verified);
 Peer makeMemcpy();
 // These exist where their libraries were found: bench/CMakeLists.txt.
 Peer makeOpenjph();
 Peer makeOpenjpeg();
 Peer makeCharls();
-Peer makeLibjxl();
+Peer makeLibjxl(int effort);
+Peer makeWebp();
+Peer makeLibpng();
 
 }  // namespace bench

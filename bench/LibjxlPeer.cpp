@@ -1,4 +1,4 @@
-// libjxl: lossless at effort 1, no helper threads. It knows samples of 16 bits only scaled to the full
+// libjxl: lossless, no helper threads, at effort 1, the fastest, and at 7, its default. It knows samples of 16 bits only scaled to the full
 // range, so images of 9 to 16 bits are declared as 16-bit ones, which spares it the scaling.
 
 #include <jxl/decode.h>
@@ -41,15 +41,25 @@ void describe(JxlEncoder* encoder, const Picture& picture) {
     require(JxlEncoderSetColorEncoding(encoder, &colours));
 }
 
+constexpr int kDefaultEffort = 7;
+
 class CLibjxl : public IPeer {
 public:
-    const char* name() const override { return "libjxl"; }
+    explicit CLibjxl(int wantedEffort)
+        : effort(wantedEffort), label("libjxl e" + std::to_string(effort)) {}
+    const char* name() const override { return label.c_str(); }
+    std::string version() const override {
+        const std::uint32_t number = JxlEncoderVersion();
+        return std::to_string(number / 1000000) + '.' + std::to_string(number / 1000 % 1000) + '.' +
+               std::to_string(number % 1000);
+    }
+    bool isSlow() const override { return effort >= kDefaultEffort; }
 
     std::size_t compress(const Picture& picture, std::span<unsigned char> room) override {
         const Encoder encoder(JxlEncoderCreate(nullptr), JxlEncoderDestroy);
         describe(encoder.get(), picture);
         JxlEncoderFrameSettings* settings = JxlEncoderFrameSettingsCreate(encoder.get(), nullptr);
-        require(JxlEncoderFrameSettingsSetOption(settings, JXL_ENC_FRAME_SETTING_EFFORT, 1));
+        require(JxlEncoderFrameSettingsSetOption(settings, JXL_ENC_FRAME_SETTING_EFFORT, effort));
         require(JxlEncoderSetFrameLossless(settings, JXL_TRUE));
         const JxlPixelFormat format = formatOf(picture);
         require(JxlEncoderAddImageFrame(settings, &format, picture.pixels.data(),
@@ -73,12 +83,16 @@ public:
                 JXL_DEC_SUCCESS);
         require(JxlDecoderProcessInput(decoder.get()) == JXL_DEC_FULL_IMAGE);
     }
+
+private:
+    int effort;
+    std::string label;
 };
 
 }  // namespace
 
-Peer makeLibjxl() {
-    return std::make_unique<CLibjxl>();
+Peer makeLibjxl(int effort) {
+    return std::make_unique<CLibjxl>(effort);
 }
 
 }  // namespace bench

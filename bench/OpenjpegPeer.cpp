@@ -94,6 +94,7 @@ Image planesOf(const Picture& picture) {
 class COpenjpeg : public IPeer {
 public:
     const char* name() const override { return "OpenJPEG"; }
+    std::string version() const override { return opj_version(); }
 
     std::size_t compress(const Picture& picture, std::span<unsigned char> room) override {
         const Image image = planesOf(picture);

@@ -8,6 +8,7 @@
 #include <openjph/ojph_codestream.h>
 #include <openjph/ojph_mem.h>
 #include <openjph/ojph_params.h>
+#include <openjph/ojph_version.h>
 #include <stdexcept>
 
 #include "IPeer.h"
@@ -50,6 +51,10 @@ void describe(ojph::codestream& codestream, const Picture& picture) {
 class COpenjph : public IPeer {
 public:
     const char* name() const override { return "OpenJPH"; }
+    std::string version() const override {
+        return std::to_string(OPENJPH_VERSION_MAJOR) + '.' + std::to_string(OPENJPH_VERSION_MINOR) +
+               '.' + std::to_string(OPENJPH_VERSION_PATCH);
+    }
 
     std::size_t compress(const Picture& picture, std::span<unsigned char> room) override {
         ojph::codestream codestream;

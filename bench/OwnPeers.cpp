@@ -15,7 +15,10 @@ void require(tesk_status status) {
 
 class CTesk : public IPeer {
 public:
-    const char* name() const override { return "tesk"; }
+    explicit CTesk(bool verified)
+        : isVerified(verified), codec(makeCodec(verified ? 0 : TESK_UNVERIFIED)) {}
+    const char* name() const override { return isVerified ? "tesk" : "tesk, unverified"; }
+    std::string version() const override { return tesk_version(); }
     std::size_t compress(const Picture& picture, std::span<unsigned char> room) override {
         tesk_result result = TESK_RESULT_INIT;
         require(tesk_compress(codec.get(), &picture.image, picture.pixels.data(), 0, 0, room.data(),
@@ -29,12 +32,14 @@ public:
     }
 
 private:
-    Codec codec = makeCodec();
+    bool isVerified;
+    Codec codec;
 };
 
 class CMemcpy : public IPeer {
 public:
     const char* name() const override { return "memcpy"; }
+    std::string version() const override { return ""; }
     std::size_t compress(const Picture& picture, std::span<unsigned char> room) override {
         std::memcpy(room.data(), picture.pixels.data(), picture.pixels.size());
         return picture.pixels.size();
@@ -47,8 +52,8 @@ public:
 
 }  // namespace
 
-Peer makeTesk() {
-    return std::make_unique<CTesk>();
+Peer makeTesk(bool verified) {
+    return std::make_unique<CTesk>(verified);
 }
 
 Peer makeMemcpy() {

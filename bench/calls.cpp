@@ -2,7 +2,7 @@
 // it wrote with the image and one that does not, decompression; whole pictures and small ones from their
 // middle; from memory to memory, one thread, through the C interface.
 //
-// `calls [--cpu-level=LEVEL] [--rounds=N] [--image=FILE,BYTES/PIXEL,BITS/PIXEL,WIDTH,HEIGHT ...]`: without
+// `calls [--cpu-level=LEVEL] [--rounds=N] [--json] [--image=FILE,BYTES/PIXEL,BITS/PIXEL,WIDTH,HEIGHT ...]`: without
 // images it takes those of tesk_bench. Every round makes each kind of call once, so that a slow moment of the
 // machine meets all of them, and the fastest round counts. Times are processor times. Page faults are
 // those of the last round.
@@ -13,6 +13,7 @@
 #include <sys/resource.h>
 
 #include "BenchCodec.h"
+#include "BenchJson.h"
 #include "BenchPicture.h"
 #include "BenchRuns.h"
 #include "support/CpuLevelArgument.h"
@@ -80,6 +81,20 @@ public:
         return restored == picture.pixels;
     }
 
+    void printJson() const {
+        std::printf("{");
+        bench::printJsonImage(picture.name, picture.image);
+        std::printf("\"samples\": %zu, \"streamBytes\": %zu, \"calls\": [", picture.samples(),
+                    streamBytes);
+        for (const Call& call : calls)
+            std::printf(
+                "%s{\"name\": \"%s\", \"firstSeconds\": %.9g, \"firstFaults\": %ld, "
+                "\"laterSeconds\": %.9g, \"laterFaults\": %ld}",
+                &call == calls.data() ? "" : ", ", call.name, call.first.seconds, call.first.faults,
+                call.later.seconds, call.later.faults);
+        std::printf("]}");
+    }
+
     void print() const {
         std::printf("%s: %u x %u, %u bytes and %u bits per pixel, %.2f bits/sample\n",
                     picture.name.c_str(), picture.image.width, picture.image.height,
@@ -122,34 +137,29 @@ private:
 };
 
 /// Returns: false when the image does not come back.
-bool measure(const Picture& picture, int rounds) {
+bool measure(const Picture& picture, int rounds, bool asJson) {
     CCalls calls(picture);
     const bool isRestored = calls.run(rounds);
-    calls.print();
-    if (!isRestored) std::printf("  the image does not come back\n");
+    if (asJson)
+        calls.printJson();
+    else
+        calls.print();
+    if (!isRestored) std::fprintf(stderr, "%s: does not come back\n", picture.name.c_str());
     return isRestored;
 }
 
-bool measureSizes(const Picture& picture, int rounds) {
-    bool isRestored = measure(picture, rounds);
-    for (const auto& [width, height] : kSmallSizes)
-        if (width <= picture.image.width && height <= picture.image.height)
-            isRestored = measure(bench::middleOf(picture, width, height), rounds) && isRestored;
-    return isRestored;
-}
-
-}  // namespace
-
-int main(int argc, char** argv) {
-    const qmx::CCpuLevelGuard guard(test::takeCpuLevel(argc, argv));
-    const int rounds = bench::takeRounds(argc, argv, kDefaultRounds);
-    std::vector<Picture> pictures;
-    if (!bench::takePictures(argc, argv, pictures)) return 1;
-    if (argc > 1) {
-        std::fprintf(stderr, "%s: the head of bench/calls.cpp names the arguments\n", argv[1]);
-        return 1;
+bool measureSizes(const Picture& picture, int rounds, bool asJson) {
+    bool isRestored = measure(picture, rounds, asJson);
+    for (const auto& [width, height] : kSmallSizes) {
+        if (width > picture.image.width || height > picture.image.height) continue;
+        if (asJson) std::printf(",\n");
+        isRestored = measure(bench::middleOf(picture, width, height), rounds, asJson) && isRestored;
     }
-    if (pictures.empty()) pictures = bench::generatedPictures();
+    return isRestored;
+}
+
+/// Returns: false when an image does not come back.
+bool measureAll(const std::vector<Picture>& pictures, int rounds) {
     std::printf(
         "CPU level %s, the fastest of %d rounds; \"times\": that of unverified compression\n\n",
         nameOf(qmx::activeCpuLevel()), rounds);
@@ -157,6 +167,36 @@ int main(int argc, char** argv) {
                 "faults", "ns/sample", "MB/s", "times");
     bool allCameBack = true;
     for (const Picture& picture : pictures)
-        allCameBack = measureSizes(picture, rounds) && allCameBack;
+        allCameBack = measureSizes(picture, rounds, false) && allCameBack;
+    return allCameBack;
+}
+
+/// The same for tools/bench-figures.
+bool measureAllJson(const std::vector<Picture>& pictures, int rounds) {
+    std::printf("{\"level\": \"%s\", \"rounds\": %d, \"pictures\": [\n",
+                nameOf(qmx::activeCpuLevel()), rounds);
+    bool allCameBack = true;
+    for (const Picture& picture : pictures) {
+        allCameBack = measureSizes(picture, rounds, true) && allCameBack;
+        std::printf("%s\n", &picture == &pictures.back() ? "]}" : ",");
+    }
+    return allCameBack;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    const qmx::CCpuLevelGuard guard(test::takeCpuLevel(argc, argv));
+    const int rounds = bench::takeRounds(argc, argv, kDefaultRounds);
+    const bool asJson = bench::takeFlag(argc, argv, "--json");
+    std::vector<Picture> pictures;
+    if (!bench::takePictures(argc, argv, pictures)) return 1;
+    if (argc > 1) {
+        std::fprintf(stderr, "%s: the head of bench/calls.cpp names the arguments\n", argv[1]);
+        return 1;
+    }
+    if (pictures.empty()) pictures = bench::generatedPictures();
+    const bool allCameBack =
+        asJson ? measureAllJson(pictures, rounds) : measureAll(pictures, rounds);
     return allCameBack ? 0 : 1;
 }

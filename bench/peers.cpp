@@ -1,20 +1,20 @@
 // tesk beside general lossless codecs and memcpy: memory to memory, one thread, the same images, in
 // the same run.
 //
-// `peers [--cpu-level=LEVEL] [--rounds=N] [--image=FILE,BYTES/PIXEL,BITS/PIXEL,WIDTH,HEIGHT ...]`. The
-// level is that of tesk; without images it takes those of tesk_bench. Every round runs every codec
-// once, so that a slow moment of the machine meets all of them, and the fastest round counts. Times
-// are processor times of the process, helper threads of a library included: on an idle machine those
-// of a clock, on a busy one still of use. The exit status is 1 when a codec does not give an image
-// back.
+// `peers [--cpu-level=LEVEL] [--rounds=N] [--own] [--json] [--image=FILE,BYTES/PIXEL,BITS/PIXEL,WIDTH,HEIGHT ...]`.
+// The level is that of tesk; with --own it runs without other codecs; without images it takes those of
+// tesk_bench. tesk is there twice: as callers get it by default, with streams that are compared with their
+// images, and without that. Every round runs every codec once, so that a slow moment of the machine
+// meets all of them, and the fastest round counts; the slow ones run in the first round alone. Times are
+// processor times of the process, helper threads of a library included: on an idle machine those of a clock,
+// on a busy one still of use. The exit status is 1 when a codec does not give an image back.
 
 #include <algorithm>
 #include <cstdio>
 #include <exception>
-#include <limits>
 
 #include "BenchRuns.h"
-#include "IPeer.h"
+#include "PeerReport.h"
 #include "support/CpuLevelArgument.h"
 
 namespace {
@@ -22,103 +22,109 @@ namespace {
 using bench::Bytes;
 using bench::IPeer;
 using bench::Peer;
+using bench::PeerFigures;
 using bench::Picture;
+using bench::PictureFigures;
 
 constexpr int kDefaultRounds = 7;
 
-struct Entry {
-    Peer peer;
-    std::size_t streamBytes = 0;
-    double compressSeconds = std::numeric_limits<double>::infinity();
-    double decompressSeconds = std::numeric_limits<double>::infinity();
-    /// Empty, or why there are no figures.
-    std::string failure;
-};
-
-/// Its first entry is tesk.
-std::vector<Entry> makeEntries() {
-    std::vector<Entry> entries;
-    const auto add = [&](Peer peer) {
-        entries.emplace_back();
-        entries.back().peer = std::move(peer);
-    };
-    add(bench::makeTesk());
+std::vector<Peer> otherPeers() {
+    std::vector<Peer> peers;
 #ifdef TESK_PEER_OPENJPH
-    add(bench::makeOpenjph());
+    peers.push_back(bench::makeOpenjph());
 #endif
 #ifdef TESK_PEER_OPENJPEG
-    add(bench::makeOpenjpeg());
+    peers.push_back(bench::makeOpenjpeg());
 #endif
 #ifdef TESK_PEER_CHARLS
-    add(bench::makeCharls());
+    peers.push_back(bench::makeCharls());
 #endif
 #ifdef TESK_PEER_LIBJXL
-    add(bench::makeLibjxl());
+    peers.push_back(bench::makeLibjxl(1));
+    peers.push_back(bench::makeLibjxl(7));
 #endif
+#ifdef TESK_PEER_WEBP
+    peers.push_back(bench::makeWebp());
+#endif
+#ifdef TESK_PEER_LIBPNG
+    peers.push_back(bench::makeLibpng());
+#endif
+    return peers;
+}
+
+/// The first is tesk as callers get it.
+std::vector<PeerFigures> makePeers(const Picture& picture, bool ownAlone) {
+    std::vector<PeerFigures> all;
+    const auto add = [&](Peer peer) {
+        const char* refusal = peer->refusalOf(picture);
+        all.emplace_back();
+        all.back().peer = std::move(peer);
+        if (refusal != nullptr) all.back().refusal = refusal;
+    };
+    add(bench::makeTesk(true));
+    add(bench::makeTesk(false));
+    if (!ownAlone)
+        for (Peer& peer : otherPeers())
+            add(std::move(peer));
     add(bench::makeMemcpy());
-    return entries;
+    return all;
 }
 
 /// Compresses and decompresses once.
-void runOnce(Entry& entry, const Picture& picture, Bytes& room, Bytes& pixels) {
-    IPeer& peer = *entry.peer;
+void runOnce(PeerFigures& figures, const Picture& picture, Bytes& room, Bytes& pixels) {
+    IPeer& peer = *figures.peer;
     const double compressing =
-        bench::secondsOf([&] { entry.streamBytes = peer.compress(picture, room); });
+        bench::secondsOf([&] { figures.streamBytes = peer.compress(picture, room); });
     std::fill(pixels.begin(), pixels.end(), static_cast<unsigned char>(0));
-    const std::span<const unsigned char> stream(room.data(), entry.streamBytes);
+    const std::span<const unsigned char> stream(room.data(), figures.streamBytes);
     const double decompressing =
         bench::secondsOf([&] { peer.decompress(stream, picture, pixels); });
-    entry.compressSeconds = std::min(entry.compressSeconds, compressing);
-    entry.decompressSeconds = std::min(entry.decompressSeconds, decompressing);
-    if (pixels != picture.pixels) entry.failure = "the image does not come back";
+    figures.compressSeconds = std::min(figures.compressSeconds, compressing);
+    figures.decompressSeconds = std::min(figures.decompressSeconds, decompressing);
+    if (pixels != picture.pixels) figures.failure = "the image does not come back";
 }
 
-void tryOnce(Entry& entry, const Picture& picture, Bytes& room, Bytes& pixels) {
+void tryOnce(PeerFigures& figures, const Picture& picture, Bytes& room, Bytes& pixels) {
     try {
-        runOnce(entry, picture, room, pixels);
+        runOnce(figures, picture, room, pixels);
     } catch (const std::exception& error) {
-        entry.failure = error.what();
+        figures.failure = error.what();
     }
 }
 
-/// Prints one direction of an entry, and how many times as fast tesk is.
-void printDirection(const Picture& picture, double seconds, double teskSeconds) {
-    std::printf("  %8.1f %9.3f %8.3f", static_cast<double>(picture.pixels.size()) / seconds / 1e6,
-                seconds * 1e9 / static_cast<double>(picture.samples()), seconds / teskSeconds);
-}
-
-void printEntries(const Picture& picture, const std::vector<Entry>& entries) {
-    std::printf("%s: %u x %u, %u bytes and %u bits per pixel\n", picture.name.c_str(),
-                picture.image.width, picture.image.height, picture.image.bytes_per_pixel,
-                picture.image.bits_per_pixel);
-    std::printf("%-9s %11s  %8s %9s %8s  %8s %9s %8s\n", "", "bits/sample", "compress", "ns/sample",
-                "tesk is", "decompr.", "ns/sample", "tesk is");
-    for (const Entry& entry : entries) {
-        std::printf("%-9s ", entry.peer->name());
-        if (!entry.failure.empty()) {
-            std::printf("%s\n", entry.failure.c_str());
-            continue;
-        }
-        std::printf("%11.3f", 8.0 * static_cast<double>(entry.streamBytes) /
-                                  static_cast<double>(picture.samples()));
-        printDirection(picture, entry.compressSeconds, entries[0].compressSeconds);
-        printDirection(picture, entry.decompressSeconds, entries[0].decompressSeconds);
-        std::printf("\n");
-    }
-    std::printf("\n");
-}
-
-/// Returns: whether every codec gave the image back.
-bool comparePicture(const Picture& picture, int rounds) {
-    std::vector<Entry> entries = makeEntries();
+PictureFigures comparePicture(const Picture& picture, int rounds, bool ownAlone) {
+    PictureFigures figures{picture, makePeers(picture, ownAlone)};
     Bytes room(picture.streamRoomBytes());
     Bytes pixels(picture.pixels.size());
     for (int round = 0; round < rounds; ++round)
-        for (Entry& entry : entries)
-            if (entry.failure.empty()) tryOnce(entry, picture, room, pixels);
-    printEntries(picture, entries);
-    return std::all_of(entries.begin(), entries.end(),
-                       [](const Entry& entry) { return entry.failure.empty(); });
+        for (PeerFigures& peer : figures.peers)
+            if (peer.hasFigures() && (round == 0 || !peer.peer->isSlow()))
+                tryOnce(peer, picture, room, pixels);
+    return figures;
+}
+
+bool allCameBack(const PictureFigures& figures) {
+    return std::all_of(figures.peers.begin(), figures.peers.end(),
+                       [](const PeerFigures& peer) { return peer.failure.empty(); });
+}
+
+void printHead(int rounds) {
+    std::printf(
+        "CPU level of tesk: %s; MB/s and ns/sample of the fastest of %d rounds; \"tesk is\": how "
+        "many times as fast\n\n",
+        nameOf(qmx::activeCpuLevel()), rounds);
+}
+
+/// Returns: whether every codec gave every image back.
+bool compareAll(const std::vector<Picture>& pictures, int rounds, bool ownAlone, bool asJson) {
+    if (!asJson) printHead(rounds);
+    std::vector<PictureFigures> all;
+    for (const Picture& picture : pictures) {
+        all.push_back(comparePicture(picture, rounds, ownAlone));
+        if (!asJson) printPeerTable(all.back());
+    }
+    if (asJson) printPeerJson(all, nameOf(qmx::activeCpuLevel()), rounds);
+    return std::all_of(all.begin(), all.end(), allCameBack);
 }
 
 }  // namespace
@@ -126,6 +132,8 @@ bool comparePicture(const Picture& picture, int rounds) {
 int main(int argc, char** argv) {
     const qmx::CCpuLevelGuard guard(test::takeCpuLevel(argc, argv));
     const int rounds = bench::takeRounds(argc, argv, kDefaultRounds);
+    const bool ownAlone = bench::takeFlag(argc, argv, "--own");
+    const bool asJson = bench::takeFlag(argc, argv, "--json");
     std::vector<Picture> pictures;
     if (!bench::takePictures(argc, argv, pictures)) return 1;
     if (argc > 1) {
@@ -133,12 +141,5 @@ int main(int argc, char** argv) {
         return 1;
     }
     if (pictures.empty()) pictures = bench::generatedPictures();
-    std::printf(
-        "CPU level of tesk: %s; MB/s and ns/sample of the fastest of %d rounds; \"tesk is\": how "
-        "many times as fast\n\n",
-        nameOf(qmx::activeCpuLevel()), rounds);
-    bool allCameBack = true;
-    for (const Picture& picture : pictures)
-        allCameBack = comparePicture(picture, rounds) && allCameBack;
-    return allCameBack ? 0 : 1;
+    return compareAll(pictures, rounds, ownAlone, asJson) ? 0 : 1;
 }

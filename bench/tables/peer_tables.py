@@ -1,0 +1,102 @@
+"""The tables of codecs side by side."""
+
+from summary import FIRST, KINDS, MEMCPY, UNVERIFIED, PeerFigures, factor, geometric_mean, number, with_range
+
+GROUPS = ("photographs", "generated")
+DIRECTIONS = ("compress", "decompress")
+LABELS = {FIRST: f"**{FIRST}**"}
+
+
+def table(heads, rows, left=1):
+    """Returns: the lines of a table whose first columns are words, the others numbers."""
+    rule = "|" + "---|" * left + "---:|" * (len(heads) - left)
+    return "\n".join([f"| {' | '.join(heads)} |", rule, *(f"| {' | '.join(row)} |" for row in rows)])
+
+
+def speed_cell(peers, group, kind, name, direction):
+    nanoseconds = peers.nanoseconds(group, kind, name, direction)
+    if not nanoseconds:
+        return "–"
+    if name in (FIRST, MEMCPY):
+        return with_range(nanoseconds, number)
+    return f"{number(geometric_mean(nanoseconds))}: {with_range(peers.times(group, kind, name, direction), factor)}"
+
+
+def speeds(figures, group, direction):
+    """ns per sample, and how many times as fast the first codec is."""
+    peers = PeerFigures(figures)
+    # A stream is decoded in one way, compared or not.
+    names = [name for name in peers.codecs if (name, direction) != (UNVERIFIED, "decompress")]
+    rows = [[LABELS.get(name, name), *(speed_cell(peers, group, kind, name, direction) for kind in KINDS)]
+            for name in names]  # fmt: skip
+    return table([f"{direction}, {group}", *KINDS], rows)
+
+
+def both_ways(values):
+    """Returns: compression / decompression in a cell."""
+    return " / ".join(values)
+
+
+def level_row(peers, group, kind, level):
+    def means(name):
+        return [number(geometric_mean(peers.nanoseconds(group, kind, name, way, level))) for way in DIRECTIONS]
+
+    unverified, _ = means(UNVERIFIED)
+    factors = [both_ways(factor(geometric_mean(peers.times(group, kind, name, way, level))) for way in DIRECTIONS)
+               for name in peers.fast_others]  # fmt: skip
+    compress, decompress = means(FIRST)
+    bits = peers.mean_bits(group, kind, FIRST)
+    return [f"{group}, {kind}, {bits}", level, compress, unverified, decompress, *factors]
+
+
+def levels(figures):
+    """tesk at each level, and how many times as fast as others it is there."""
+    peers = PeerFigures(figures)
+    heads = ["pictures, bits/sample", "level", "compress", "unverified", "decompress", *peers.fast_others]
+    rows = [level_row(peers, group, kind, level) for group in GROUPS for kind in KINDS for level in peers.levels
+            if peers.of(group, kind)]  # fmt: skip
+    return table(heads, rows, left=2)
+
+
+def sizes(figures):
+    """Bits per sample."""
+    peers = PeerFigures(figures)
+    names = [FIRST, *peers.others]
+    places = [("page", "rgb8", "the photograph of the front page")]
+    places += [(group, kind, f"{group}, {kind}") for group in GROUPS for kind in KINDS]
+    rows = [[label, *(peers.mean_bits(group, kind, name) for name in names)] for group, kind, label in places]
+    return table(["bits per sample", *names], rows)
+
+
+def photographs(figures):
+    """What the photographs are: bits per sample with tesk."""
+    peers = PeerFigures(figures)
+    bits, sides = {}, {}
+    for kind in KINDS:
+        for picture, codecs in peers.of("photographs", kind):
+            sides[picture["name"]] = f"{picture['width']} x {picture['height']}"
+            bits[picture["name"], kind] = f"{8 * codecs[FIRST]['streamBytes'] / picture['samples']:.2f}"
+    rows = [[name, sides[name], *(bits.get((name, kind), "–") for kind in KINDS)] for name in sides]
+    return table(["photograph", "pixels", *KINDS], rows, left=2)
+
+
+def front_cell(peers, group, kind, name, direction):
+    if (name, direction) == (UNVERIFIED, "decompress"):
+        return "the same"
+    nanoseconds = peers.nanoseconds(group, kind, name, direction)
+    if not nanoseconds:
+        return "–"
+    mean = number(geometric_mean(nanoseconds))
+    if name == FIRST:
+        return f"**{mean}**"
+    return f"{mean} ({factor(geometric_mean(peers.times(group, kind, name, direction)))})"
+
+
+def front(figures, group):
+    """A table of README.md: both ways."""
+    peers = PeerFigures(figures)
+    rows = []
+    for name in (FIRST, UNVERIFIED, *peers.fast_others):
+        cells = [both_ways(front_cell(peers, group, kind, name, way) for way in DIRECTIONS) for kind in KINDS]
+        rows.append([LABELS.get(name, name), *cells])
+    return table([group, *KINDS], rows)

@@ -1,0 +1,52 @@
+"""What the pages say about figures in words."""
+
+import textwrap
+
+from summary import FIRST, PeerFigures, geometric_mean, number
+
+
+COLUMNS = 118
+# What tables call by its format.
+LIBRARIES = {"WebP": "libwebp", "PNG": "libpng"}
+
+
+def wrapped(text):
+    return textwrap.fill(text, COLUMNS, break_on_hyphens=False)
+
+
+def machine_line(figures):
+    processor = figures["processor"]
+    return (f"{processor['name']} (family {processor['family']}, model {processor['model']}, {processor['count']} "
+            f"processors), {figures['system']}, {figures['compiler']}, {figures['date']}")  # fmt: skip
+
+
+def versions(figures):
+    """Returns: the other codecs, each library once."""
+    named = {name.split(" e")[0]: version for name, version in figures["versions"].items() if version}
+    return ", ".join(f"{LIBRARIES.get(name, name)} {version}" for name, version in named.items() if not name.startswith(FIRST))
+
+
+def machine_words(figures):
+    before, after = figures["load"]
+    return wrapped(f"{machine_line(figures)}, Linux {figures['kernel']}; tesk {figures['versions'][FIRST]} of commit "
+                   f"{figures['commit']} at {level_of(figures)}, {versions(figures)}. Rounds: {figures['rounds']}. "
+                   f"Load: {before} before, {after} after, of which 1 is the bench.{busy_words(figures)}")  # fmt: skip
+
+
+def busy_words(figures):
+    """Returns: a warning, where the load says that others used the machine."""
+    before, after = figures["load"]
+    return " Other work ran at the same time: all of it is faster on a quiet machine." if before > 1 or after > 2 else ""
+
+
+def level_of(figures):
+    return PeerFigures(figures).levels[0]
+
+
+def front_words(figures):
+    """The sentence above the table of README.md."""
+    peers = PeerFigures(figures)
+    times = [geometric_mean(peers.nanoseconds("photographs", "gray8", FIRST, way)) for way in ("compress", "decompress")]
+    rates = " and ".join(f"{1e3 / time:.0f}" for time in times)
+    return wrapped(f"{machine_line(figures)}; tesk at {level_of(figures)}. At {number(times[0])} and {number(times[1])} ns "
+                   f"tesk compresses and decompresses {rates} million samples in a second.{busy_words(figures)}")  # fmt: skip
