@@ -21,14 +21,15 @@ std::size_t outputExtent(const TKHeader& header, std::size_t strideBytes) {
 std::optional<tesk_status> decompressNarrow(const StreamJob& job, unsigned char* out,
                                             std::size_t strideBytes) {
     // The samples of reduced pictures are limited, and so is what can be seen of them.
-    if (job.reduction != 0 || !mayBeNarrow(job.header, job.stream, job.streamBytes))
-        return std::nullopt;
+    if (job.reduction != 0 || out == nullptr) return std::nullopt;
+    if (!mayBeNarrow(job.header, job.stream, job.streamBytes)) return std::nullopt;
     CDecompression decompression(job, MostBitsOfShort::ofNarrowSamples);
     if (decompression.open() != TESK_OK) return std::nullopt;
-    for (; decompression.rowsLeft() != 0; out += strideBytes) {
-        const tesk_status status = decompression.store(out, strideBytes, 1);
+    for (std::size_t r = 0; decompression.rowsLeft() != 0; ++r) {
+        unsigned char* const row = out + r * strideBytes;
+        const tesk_status status = decompression.store(row, strideBytes, 1);
         if (status != TESK_OK) return status;
-        if (usedBitsOf(out, job.header.rawRowBytes(), 2) >= kNarrowSamples) return std::nullopt;
+        if (usedBitsOf(row, job.header.rawRowBytes(), 2) >= kNarrowSamples) return std::nullopt;
     }
     return TESK_OK;
 }
