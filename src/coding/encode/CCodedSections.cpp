@@ -126,14 +126,12 @@ template <class T>
 void CCodedSections<T>::writeStream(CBitWriter& out, const CStopRequest& stop) {
     const CNearestRounding rounding;
     coded.misreadBit = CodedFacts::kNeverMisread;
-    CSectionCounters counters;
-    counters.reset(highestPlane);
-    CSectionChooser<T> chooser(*coders, counters);
+    CSectionChooser<T> chooser(*coders, imageSize.planes, levels(), highestPlane);
     writeTopPlane(out, highestPlane);
     auto choice = chooser.choose(imageSize.planes, levels());
     while (choice && !stop.isSet()) {
         const auto [plane, order, isRefinement] = *choice;
-        const auto bitPlane = static_cast<int>(counters.take(plane, order, isRefinement));
+        const int bitPlane = chooser.take(*choice);
         writeSection(out, plane, order, isRefinement, bitPlane);
         choice.reset();
         if (needsZerosBehind(plane, order, isRefinement, bitPlane)) choice = chooser.choose(1, 0);
