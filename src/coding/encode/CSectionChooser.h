@@ -72,11 +72,12 @@ private:
     }
 
     double significance(int p, int o, int bitPlane) {
-        const auto* newCount = streams.newCounts.find(p, o, bitPlane);
+        // Bit planes outside the tables are empty.
+        if (bitPlane >= kTableBitPlanes<T>) return significanceValue(p, o, bitPlane, 0, 0);
+        const PlaneSections& sections = streams.of(p, o).bitPlanes[bitPlane];
         // A section without new coefficients is as good as empty, even if its run was spelled out.
-        if (newCount == nullptr || *newCount == 0) return significanceValue(p, o, bitPlane, 0, 0);
-        const CBitChunkEncoder& coder = streams.encoders.bitPlanes(p, o)[bitPlane];
-        return significanceValue(p, o, bitPlane, *newCount, coder.getStoredTotal());
+        return significanceValue(p, o, bitPlane, sections.newCount,
+                                 sections.newCount == 0 ? 0 : sections.significanceBits());
     }
 
     EncoderStreams<T>& streams;

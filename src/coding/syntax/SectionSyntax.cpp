@@ -44,10 +44,12 @@ int readTopPlane(CBitReader& in) {
 }
 
 void writeSectionHeader(CBitWriter& out, const SectionHeader& header, int countBits) {
-    out.writeInt(static_cast<std::uint64_t>(header.plane), kPlaneBits);
-    out.writeInt(static_cast<std::uint64_t>(header.order), kOrderBits);
-    out.writeInt(header.isRefinement ? 1 : 0, kTypeBits);
-    out.writeInt(header.lengthBits, lengthFieldBits(countBits, header.order));
+    const std::uint64_t tag =
+        static_cast<std::uint64_t>(header.plane) |
+        static_cast<std::uint64_t>(header.order) << kPlaneBits |
+        static_cast<std::uint64_t>(header.isRefinement) << (kPlaneBits + kOrderBits);
+    out.writeInt(tag | header.lengthBits << kSectionTagBits,
+                 kSectionTagBits + lengthFieldBits(countBits, header.order));
 }
 
 bool readSectionHeader(CBitReader& in, SectionHeader& header, int countBits) {
