@@ -22,7 +22,8 @@ public:
         append(firstWords, pool);
         batch.at = begin() + surplusBytes;
         batch.end = begin() + last->words * kWordBytes;
-        if (surplusBytes != 0) std::memcpy(begin(), surplus, static_cast<std::size_t>(surplusBytes));
+        if (surplusBytes != 0)
+            std::memcpy(begin(), surplus, static_cast<std::size_t>(surplusBytes));
     }
 
     /// Returns: bits that were appended.

@@ -16,8 +16,8 @@ void OrderSections::begin(PlaneSections* storage, int planeCount, std::uint64_t 
     firstWords = static_cast<int>(
         std::clamp<std::uint64_t>(coefficients / kWordBits, kLeastWords, kFirstChunkWords));
     // All events of a small order, in whole groups and a group to spare.
-    eventsOfQueue = static_cast<std::size_t>(std::min<std::uint64_t>(
-        (coefficients / kGroupSize + 2) * kGroupSize, EventQueue::kEvents));
+    eventsOfQueue = static_cast<std::size_t>(
+        std::min<std::uint64_t>((coefficients / kGroupSize + 2) * kGroupSize, EventQueue::kEvents));
     std::fill_n(storage, planeCount, PlaneSections{});
 }
 
@@ -58,8 +58,8 @@ void OrderSections::growBits(int p) {
 }
 
 void OrderSections::makeQueue(int p) {
-    queues[p].events = static_cast<std::uint16_t*>(
-        queueMemory->take(eventsOfQueue * sizeof(std::uint16_t)));
+    queues[p].events =
+        static_cast<std::uint16_t*>(queueMemory->take(eventsOfQueue * sizeof(std::uint16_t)));
     queues[p].room = eventsOfQueue;
 }
 
