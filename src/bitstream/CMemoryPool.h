@@ -1,8 +1,9 @@
 #pragma once
 
-#include <algorithm>
 #include <cstddef>
+#include <cstdint>
 #include <memory_resource>
+#include <new>
 
 namespace qmx {
 
@@ -38,7 +39,7 @@ public:
 
 private:
     static constexpr std::size_t kBlockBytes = 4096;
-    struct Block {
+    struct alignas(std::uint64_t) Block {
         Block* next;
         std::size_t sizeBytes;
     };
