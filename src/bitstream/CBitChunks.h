@@ -44,6 +44,9 @@ public:
         out.writeWords(last->data(), total(batch) - bitsBefore);
     }
 
+    /// Null while there are none.
+    MemChunk* firstChunk() const { return first; }
+
 private:
     static std::uint64_t bitsOf(const MemChunk* chunk) {
         return static_cast<std::uint64_t>(chunk->words) * kWordBits;
