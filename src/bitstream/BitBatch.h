@@ -6,14 +6,14 @@
 
 namespace qmx {
 
-/// Where a batch of appends to a chunk writer stands, in a form that stays in registers. It comes
-/// from CBitChunkWriter::beginBatch and goes back with endBatch; in between the writer is not used.
+/// Where a batch of appends to chunks stands, in a form that stays in registers. All bytes 0: in front of the
+/// first chunk.
 ///
 /// Invariants: `pending` is 0..63; `accumulator` holds the `pending` bits that stand at `at`.
 struct BitBatch {
     /// The word that is being filled; it may stand in the slack behind the chunk.
     unsigned char* at;
-    /// The end of the chunk: from here on the writer has to make room before the next batch.
+    /// The end of the chunk: from here on its chunks have to make room before the next batch.
     unsigned char* end;
     std::uint64_t accumulator;
     std::uint64_t pending;

@@ -7,31 +7,13 @@
 
 namespace qmx {
 
-/// A BitBatch for short appends: it moves on by whole bytes, not words. From CBitChunkWriter::beginBatch,
-/// by conversion, and back with endBatch.
+/// A BitBatch for short appends: it moves on by whole bytes, not words.
 ///
 /// Invariants: `pending` is 0..7; `accumulator` holds the `pending` bits that stand at `at`; all bytes
 /// in front of `at` are in memory.
 struct ByteBatch {
     /// The most bits that one append takes: with those that are pending they do not fill a word.
     static constexpr int kMaxBits = kWordBits - 8;
-
-    ByteBatch() = default;
-    explicit ByteBatch(const BitBatch& batch)
-        : at(batch.at + batch.pending / 8),
-          end(batch.end),
-          accumulator(batch.accumulator >> (batch.pending / 8 * 8)),
-          pending(static_cast<std::uint32_t>(batch.pending % 8)) {
-        storeWord(batch.at, batch.accumulator);
-    }
-
-    /// Returns: the same place in words, of which the first began at `buffer`.
-    BitBatch inWords(const unsigned char* buffer) const {
-        const std::ptrdiff_t rest = (at - buffer) % kWordBytes;
-        const auto bits = static_cast<int>(8 * rest);
-        return {at - rest, end, (loadWord(at - rest) & lowBits(bits)) | accumulator << bits,
-                pending + static_cast<std::uint64_t>(bits)};
-    }
 
     bool isFull() const { return at >= end; }
 

@@ -50,6 +50,8 @@ void CBitReader::create(CBitReader* source, std::uint64_t) {
 }
 
 void CBitReader::skip(std::uint64_t nbits) {
+    const BitSpan loaded = loadedBits();
+    if (nbits < loaded.end - loaded.next) return goOnAt(loaded.next + nbits);
     // Whole words are passed over at once, all but one: the unread part of the current word and
     // the last word go through the accumulator. Lengths come from the stream, so the index must
     // not run away; every place behind the tail answers alike.

@@ -7,11 +7,24 @@
 
 namespace qmx {
 
+/// 64-bit words in the first chunk, 512 bytes, unless it is told another number. Each further chunk has twice
+/// as many as the one before it, up to 32 KiB. Implementation limits, not part of a stream.
+inline constexpr int kFirstChunkWords = 64;
+inline constexpr int kMostChunkWords = 4096;
+
 /// Words behind the end of each chunk that batches may write into before the end is noticed.
 inline constexpr int kSlackWords = 8;
 
 /// One node of a list of word arrays. Its words and the slack behind them follow it in its block.
 struct alignas(std::uint64_t) MemChunk {
+    /// Returns: bytes of the block of a chunk.
+    static std::size_t blockBytes(int words) {
+        return sizeof(MemChunk) +
+               (static_cast<std::size_t>(words) + kSlackWords) * sizeof(std::uint64_t);
+    }
+    /// Returns: a chunk that nothing follows, its words uninitialised. Requires: the block has its bytes.
+    static MemChunk* make(void* block, int words) { return ::new (block) MemChunk{nullptr, words}; }
+
     std::uint64_t* data() { return reinterpret_cast<std::uint64_t*>(this + 1); }
 
     MemChunk* next;
@@ -29,7 +42,7 @@ public:
     ~CChunkList() {
         while (head != nullptr) {
             MemChunk* const rest = head->next;
-            memory->deallocate(head, blockBytes(head->words), alignof(MemChunk));
+            memory->deallocate(head, MemChunk::blockBytes(head->words), alignof(MemChunk));
             head = rest;
         }
     }
@@ -40,8 +53,9 @@ public:
 
     /// Appends a chunk of wordCount words, uninitialised. Throws: std::bad_alloc.
     void append(int wordCount) {
-        void* block = memory->allocate(blockBytes(wordCount), alignof(MemChunk));
-        auto* chunk = ::new (block) MemChunk{nullptr, wordCount};
+        const std::size_t bytes = MemChunk::blockBytes(wordCount);
+        MemChunk* const chunk =
+            MemChunk::make(memory->allocate(bytes, alignof(MemChunk)), wordCount);
         (tail == nullptr ? head : tail->next) = chunk;
         tail = chunk;
     }
@@ -51,11 +65,6 @@ public:
     MemChunk* last() const { return tail; }
 
 private:
-    static std::size_t blockBytes(int words) {
-        return sizeof(MemChunk) +
-               (static_cast<std::size_t>(words) + kSlackWords) * sizeof(std::uint64_t);
-    }
-
     MemChunk* head = nullptr;
     MemChunk* tail = nullptr;
     std::pmr::memory_resource* memory = std::pmr::new_delete_resource();

@@ -15,7 +15,8 @@ struct LiftingKernels {
 
     /// Filters one line in place. Requires: samples >= 4.
     void (*filterLine)(T* line, std::size_t samples);
-    /// Undoes filterLine for a line of any length, whose evens and odds stand apart. Changes the evens.
+    /// Undoes filterLine for a line of any length, whose evens and odds stand apart. What becomes of the evens
+    /// differs between levels.
     void (*joinLine)(T* line, T* evens, const T* odds, std::size_t samples);
     /// A step down the columns:
     /// detail -= half(smooth + smoothAfter), then smooth += quarter(detailBefore + detail).

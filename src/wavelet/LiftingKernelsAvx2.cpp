@@ -35,10 +35,7 @@ struct ShortVec : Vec<short> {
         const Lanes neighbours = _mm256_blend_epi16(pairs, oneLater, 0xAA);
         return _mm256_madd_epi16(neighbours, _mm256_set1_epi16(1));
     }
-    /// The evens of the pairs, or their odds, in 32 bits.
-    QMX_TARGET static Lanes evens(Lanes pairs) {
-        return _mm256_madd_epi16(pairs, _mm256_set1_epi32(1));
-    }
+    /// The odds of the pairs, in 32 bits.
     QMX_TARGET static Lanes odds(Lanes pairs) { return _mm256_srai_epi32(pairs, 16); }
     /// A value of each pair, for its odd or even sample; 0 for the other one.
     QMX_TARGET static Lanes toOdd(Lanes values) { return _mm256_slli_epi32(values, 16); }
@@ -48,13 +45,6 @@ struct ShortVec : Vec<short> {
     /// p1 .. p8 -> last of before, p1 .. p7
     QMX_TARGET static Lanes pairBefore(Lanes pairs, Lanes before) {
         return _mm256_alignr_epi8(pairs, _mm256_permute2x128_si256(before, pairs, 0x21), 12);
-    }
-    /// p1 .. p8 -> p2 .. p8, first of after
-    QMX_TARGET static Lanes pairAfter(Lanes pairs, Lanes after) {
-        return _mm256_alignr_epi8(_mm256_permute2x128_si256(pairs, after, 0x21), pairs, 4);
-    }
-    QMX_TARGET static Lanes withFirst(Lanes lanes, short sample) {
-        return _mm256_insert_epi16(lanes, sample, 0);
     }
 
     // In 16 bits: floor(s / 2) = (a & b) + ((a ^ b) >> 1) does not overflow and has the sign of
@@ -80,8 +70,7 @@ struct IntVec : Vec<int> {
     QMX_TARGET static Lanes evenSums(Lanes pairs, Lanes oneLater) {
         return add(pairs, _mm256_srli_epi64(oneLater, 32));
     }
-    /// The evens stand in the even lanes, the odds in the odd ones; the others do not count.
-    QMX_TARGET static Lanes evens(Lanes pairs) { return pairs; }
+    /// The odds stand in the odd lanes; the others do not count.
     QMX_TARGET static Lanes odds(Lanes pairs) { return pairs; }
     /// The value in the even lanes, for the odd samples; 0 for the others.
     QMX_TARGET static Lanes toOdd(Lanes values) { return _mm256_slli_epi64(values, 32); }
@@ -89,13 +78,6 @@ struct IntVec : Vec<int> {
     /// p1 .. p4 -> last of before, p1 .. p3
     QMX_TARGET static Lanes pairBefore(Lanes pairs, Lanes before) {
         return _mm256_alignr_epi8(pairs, _mm256_permute2x128_si256(before, pairs, 0x21), 8);
-    }
-    /// p1 .. p4 -> p2 .. p4, first of after
-    QMX_TARGET static Lanes pairAfter(Lanes pairs, Lanes after) {
-        return _mm256_alignr_epi8(_mm256_permute2x128_si256(pairs, after, 0x21), pairs, 8);
-    }
-    QMX_TARGET static Lanes withFirst(Lanes lanes, int sample) {
-        return _mm256_insert_epi32(lanes, sample, 0);
     }
 
     QMX_TARGET static Lanes halfOfSum(Lanes a, Lanes b) { return halves(add(a, b)); }

@@ -56,8 +56,22 @@ struct ShortVec : Vec<short> {
     QMX_TARGET static Lanes pairAfter(Lanes pairs, Lanes after) {
         return _mm512_alignr_epi32(after, pairs, 1);
     }
-    QMX_TARGET static Lanes withFirst(Lanes lanes, short sample) {
-        return withSample(lanes, 0, sample);
+    /// Lanes, but those of pair i, or lane i, from others.
+    QMX_TARGET static Lanes withPair(Lanes lanes, std::size_t i, Lanes others) {
+        return _mm512_mask_mov_epi32(lanes, static_cast<__mmask16>(1U << i), others);
+    }
+    QMX_TARGET static Lanes withLane(Lanes lanes, std::size_t i, Lanes others) {
+        return _mm512_mask_mov_epi16(lanes, static_cast<Mask>(1U << i), others);
+    }
+    /// s1 .. s32 -> 0, s1 .. s31
+    QMX_TARGET static Lanes laneBefore(Lanes lanes) {
+        const Lanes before = _mm512_alignr_epi32(lanes, zero(), 15);
+        return either(_mm512_slli_epi32(lanes, 16), _mm512_srli_epi32(before, 16));
+    }
+    /// s1 .. s32 -> s2 .. s32, 0
+    QMX_TARGET static Lanes laneAfter(Lanes lanes) {
+        const Lanes after = _mm512_alignr_epi32(zero(), lanes, 1);
+        return either(_mm512_srli_epi32(lanes, 16), _mm512_slli_epi32(after, 16));
     }
 
     // As at the AVX2 level. Truth tables, the operands called a, b, c:
@@ -100,9 +114,16 @@ struct IntVec : Vec<int> {
     QMX_TARGET static Lanes pairAfter(Lanes pairs, Lanes after) {
         return _mm512_alignr_epi64(after, pairs, 1);
     }
-    QMX_TARGET static Lanes withFirst(Lanes lanes, int sample) {
-        return withSample(lanes, 0, sample);
+    QMX_TARGET static Lanes withPair(Lanes lanes, std::size_t i, Lanes others) {
+        return _mm512_mask_mov_epi64(lanes, static_cast<__mmask8>(1U << i), others);
     }
+    QMX_TARGET static Lanes withLane(Lanes lanes, std::size_t i, Lanes others) {
+        return _mm512_mask_mov_epi32(lanes, static_cast<Mask>(1U << i), others);
+    }
+    QMX_TARGET static Lanes laneBefore(Lanes lanes) {
+        return _mm512_alignr_epi32(lanes, zero(), 15);
+    }
+    QMX_TARGET static Lanes laneAfter(Lanes lanes) { return _mm512_alignr_epi32(zero(), lanes, 1); }
 
     QMX_TARGET static Lanes halfOfSum(Lanes a, Lanes b) { return halves(add(a, b)); }
     QMX_TARGET static Lanes quarterOfSum(Lanes a, Lanes b) { return quarters(add(a, b)); }

@@ -166,7 +166,7 @@ TEST_F(RowCallOrder, AStopEndsTheImageAtEveryRow) {
 
 TEST_F(RowCallOrder, AStopEndsACallOfManyRowsAndOneOfNone) {
     // Noise: sections grow with every row, so that the stop comes in the middle of the call.
-    image = test::makeImage(Content::noise, 3, 8, 200, 150);
+    image = test::makeImage(Content::noise, 3, 8, 600, 450);
     geometry = test::geometryOf(image);
     ASSERT_EQ(beginIn(), TESK_OK);
     heap.stopped = codec.get();

@@ -79,7 +79,8 @@ TEST_P(LiftingKernelsTest, LinesAreJoinedLikeThePlainOnes) {
         const Buffers<T> lines(
             {samples(1, count), samples(2, (count + 1) / 2), samples(3, count / 2)}, side);
         kernels.joinLine(lines[0], lines[1], lines[2], count);
-        return lines.contents();
+        const auto contents = lines.contents();
+        return std::pair(contents[0], contents[2]);
     });
 }
 

@@ -10,7 +10,7 @@ namespace {
 // The candidates in each window of order o, in a plane of S samples, are
 //
 //     S / (32 * 2^o), not below kLeastCapacities[o], not above kMostCapacities[o],
-//     and no more than the order has, S / 4^o, but at least 256,
+//     and no more than the order has, but at least 256,
 //
 // in whole groups of 64. Fewer refills take less time: a photograph, by the capacity of order 0, ns per
 // sample: 1.89 with 4096, 1.78 with 8192, 1.70 with 16384, 1.71 with 32768 (2026-11-21). All windows of a
@@ -24,13 +24,18 @@ constexpr std::uint64_t kSamplesPerCandidate = 32;
 constexpr std::uint64_t kLeastWindow = 256;
 
 /// What is parsed behind the end of the order is of no use.
-std::uint32_t capacityOf(int order, std::uint64_t samplesPerPlane) {
+std::uint32_t capacityOf(int order, std::uint64_t samplesPerPlane, std::uint64_t coefficients) {
     const std::uint64_t wanted = (samplesPerPlane >> order) / kSamplesPerCandidate;
     const std::uint64_t capacity = std::clamp<std::uint64_t>(
         wanted / kGroupSize * kGroupSize, kLeastCapacities[order], kMostCapacities[order]);
-    const std::uint64_t groupsOfLevel = (samplesPerPlane >> (2 * order)) / kGroupSize + 1;
-    return static_cast<std::uint32_t>(
-        std::clamp(groupsOfLevel * kGroupSize, kLeastWindow, capacity));
+    const std::uint64_t groups = (coefficients + kGroupSize - 1) / kGroupSize;
+    return static_cast<std::uint32_t>(std::clamp(groups * kGroupSize, kLeastWindow, capacity));
+}
+
+/// Returns: how many coefficients of a picture belong to an order.
+std::uint64_t coefficientsOf(int order, int levels, const ImageShape& shape) {
+    const std::uint64_t here = shape.reducedBy(order).samplesPerPlane();
+    return order == levels ? here : here - shape.reducedBy(order + 1).samplesPerPlane();
 }
 
 template <class T>
@@ -38,24 +43,25 @@ std::size_t bitmapBytes(const OrderWindows<T>& windows) {
     return windows.capacity / 8 + SectionWindow::kSlackBytes;
 }
 
+/// Requires: all bytes of windows are 0.
 template <class T>
-OrderWindows<T> windowsOf(CReceivedSections<T>& sections, int plane, int order) {
+void begin(OrderWindows<T>& windows, CReceivedSections<T>& sections, int plane, int order) {
     constexpr std::int64_t kPlanes = kTableBitPlanes<T>;
     const CSectionCounters& counters = sections.counters();
-    DecoderStreams<T>& streams = sections.streams();
-    OrderWindows<T> windows{};
+    PlaneReaders* const readers = sections.streams().bitPlanes(plane, order);
     windows.highest = std::min(sections.topPlane(), kTableBitPlanes<T> - 1);
     windows.lowest = static_cast<int>(
         std::clamp<std::int64_t>(counters.significance(plane, order) + 1, 0, kPlanes));
     windows.unrefined =
         static_cast<int>(std::clamp<std::int64_t>(counters.refinement(plane, order), -1, kPlanes));
-    windows.capacity = capacityOf(order, sections.shape().samplesPerPlane());
+    windows.left = coefficientsOf(order, sections.levels(), sections.shape());
+    windows.capacity = capacityOf(order, sections.shape().samplesPerPlane(), windows.left);
     for (int p = 0; p <= windows.highest; ++p) {
-        windows.windows[p].decoder = streams.decoders.bitPlanes(plane, order) + p;
-        windows.refinements[p].reader = streams.refinements.bitPlanes(plane, order) + p;
+        windows.windows[p].decoder = &readers[p].decoder;
+        windows.windows[p].end = readers[p].significanceEnd;
+        windows.refinements[p].reader = &readers[p].refinement;
         windows.refinements[p].span = windows.refinements[p].reader->loadedBits();
     }
-    return windows;
 }
 
 template <class T>
@@ -72,14 +78,13 @@ CPlaneDecoder<T>::CPlaneDecoder(CReceivedSections<T>& sections, int plane)
       restoredLevels(
           levelsToRestore(sections.levels() + sections.reduction(), sections.reduction())),
       width(sections.shape().width),
-      orders(sections.memory()),
+      orders(static_cast<std::size_t>(levels + 1), sections.memory()),
       bitmaps(sections.memory()) {
-    orders.reserve(static_cast<std::size_t>(levels) + 1);
     std::size_t bytes = 0;
     for (int order = 0; order <= levels; ++order) {
-        orders.push_back(windowsOf(sections, plane, order));
-        bytes +=
-            2 * bitmapBytes(orders.back()) * static_cast<std::size_t>(windowCount(orders.back()));
+        OrderWindows<T>& windows = orders[static_cast<std::size_t>(order)];
+        begin(windows, sections, plane, order);
+        bytes += 2 * bitmapBytes(windows) * static_cast<std::size_t>(windowCount(windows));
     }
     bitmaps.resize(bytes);
     unsigned char* next = bitmaps.data();

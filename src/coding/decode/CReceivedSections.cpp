@@ -19,28 +19,32 @@ template <class T>
 void CReceivedSections<T>::begin(int topPlane) {
     highestPlane = topPlane;
     nextPlanes.reset(topPlane);
-    coders.reset();
-    coders =
-        makeObject<DecoderStreams<T>>(workMemory, imageSize.planes, levels(), topPlane, workMemory);
+    const int bitPlanes = std::min(topPlane + 1, kTableBitPlanes<T>);
+    coders.emplace(TableSize::of(imageSize.planes, levels(), bitPlanes), workMemory);
 }
 
 template <class T>
 void CReceivedSections<T>::assignSignificance(CBitReader& in, int plane, int order,
                                               std::uint64_t lengthBits) {
     const std::int64_t bitPlane = nextPlanes.take(plane, order, false);
-    CBitInfiniteReader* reader = coders->significances.find(plane, order, bitPlane);
-    if (reader == nullptr) return;
+    PlaneReaders* const readers = coders->find(plane, order, bitPlane);
+    if (readers == nullptr) return;
+    CBitInfiniteReader& reader = readers->significance;
     // An empty section has no payload of its own; what follows belongs to others.
-    if (lengthBits != 0) reader->create(&in, lengthBits);
-    coders->decoders.find(plane, order, bitPlane)->attach(reader);
+    if (lengthBits != 0) {
+        reader.create(&in, lengthBits);
+        const bool isInMemory = reader.filePosition().file == nullptr;
+        readers->significanceEnd = isInMemory ? reader.getTotal() + lengthBits : kNoEnd;
+    }
+    readers->decoder.attach(&reader);
 }
 
 template <class T>
 void CReceivedSections<T>::assignRefinement(CBitReader& in, int plane, int order,
                                             std::uint64_t lengthBits) {
     const std::int64_t bitPlane = nextPlanes.take(plane, order, true);
-    CBitInfiniteReader* reader = coders->refinements.find(plane, order, bitPlane);
-    if (reader != nullptr) reader->create(&in, lengthBits);
+    PlaneReaders* const readers = coders->find(plane, order, bitPlane);
+    if (readers != nullptr) readers->refinement.create(&in, lengthBits);
 }
 
 template <class T>

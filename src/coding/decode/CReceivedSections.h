@@ -1,8 +1,9 @@
 #pragma once
 
+#include <optional>
+
 #include "bitstream/CBitReader.h"
 #include "bitstream/CStopRequest.h"
-#include "bitstream/Memory.h"
 #include "coding/decode/DecoderStreams.h"
 #include "coding/syntax/CSectionCounters.h"
 #include "coding/syntax/SectionSyntax.h"
@@ -44,7 +45,7 @@ public:
 
     // For the decoder of the rows. Requires: read has returned 0 or 4.
 
-    DecoderStreams<T>& streams() { return *coders; }
+    DecoderStreams& streams() { return *coders; }
     /// Returns: the bit planes that sections to come would carry.
     const CSectionCounters& counters() const { return nextPlanes; }
     /// Returns: the top plane of the stream, -1 for none.
@@ -63,8 +64,8 @@ private:
     /// What the widths of length fields follow from.
     int countBits;
     std::pmr::memory_resource* workMemory;
-    /// Null before read.
-    MemoryObject<DecoderStreams<T>> coders;
+    /// Nothing before read.
+    std::optional<DecoderStreams> coders;
     CSectionCounters nextPlanes;
     int highestPlane = -1;
 };

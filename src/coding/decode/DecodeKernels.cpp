@@ -4,7 +4,9 @@
 #include <array>
 #include <bit>
 #include <cstring>
+#include <limits>
 #include <type_traits>
+#include <utility>
 
 #include "coding/decode/RunLookUp.h"
 
@@ -118,6 +120,11 @@ struct Lanes {
     int top;
     std::uint64_t planes[kTableBitPlanes<T>];
 };
+
+template <class T>
+void copyShort(const T* from, int count, T* to) {
+    std::copy_n(from, count, to);
+}
 
 #include "coding/decode/DecodeKernelsBody.inl"
 

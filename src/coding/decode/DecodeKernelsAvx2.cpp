@@ -4,6 +4,8 @@
 
 #include <algorithm>
 #include <cstring>
+#include <limits>
+#include <utility>
 
 #include "coding/decode/DecodeKernels.h"
 #include "coding/decode/RunLookUp.h"
@@ -20,8 +22,8 @@ using avx2::Vec;
 
 }  // namespace
 
-std::uint32_t refillWindowsAvx2(SectionWindow* first, SectionWindow* last, std::uint32_t capacity) {
-    return refill(first, last, capacity);
+void refillWindowsAvx2(SectionWindow* first, SectionWindow* last, std::uint32_t capacity) {
+    refill(first, last, capacity);
 }
 
 template <class T>

@@ -3,6 +3,8 @@
 #ifdef QMX_X86
 
 #include <algorithm>
+#include <limits>
+#include <utility>
 
 #include "coding/decode/DecodeKernels.h"
 #include "coding/decode/WindowRefill.h"

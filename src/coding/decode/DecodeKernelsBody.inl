@@ -7,6 +7,7 @@
 //   Lanes<T>(top)          kGroupSize magnitudes below 2^(top + 1): shiftIn(mask, p) gives bit p to each, for all
 //                          planes from top down to 0, store(out, negatives) gives them their signs and stores
 //                          them, storeApart(evens, odds, ...) by turns to both
+//   copyShort(from, n, to) copies up to kGroupSize coefficients
 //
 // Plain way: ask for each coefficient, from the top plane down, whether the n section's run is used up;
 // where it is, read a sign and one bit of each u section below. Here the same is asked of 64
@@ -70,6 +71,38 @@ QMX_TARGET inline std::uint32_t countLive(const SectionWindow& w, std::uint32_t 
     return live;
 }
 
+/// Returns: new candidates among the next `count` of a window.
+QMX_TARGET inline std::uint64_t countFresh(const SectionWindow& w, std::uint64_t count) {
+    std::uint64_t fresh = 0;
+    std::uint64_t next = w.taken;
+    for (; count >= kGroupSize; count -= kGroupSize, next += kGroupSize)
+        fresh += static_cast<unsigned>(countOnes(bitsAt(w.fresh, next)));
+    const std::uint64_t rest = bitsAt(w.fresh, next) & lowBits(static_cast<int>(count));
+    return fresh + static_cast<unsigned>(countOnes(rest));
+}
+
+/// Returns: groups that can be taken from all windows before the next refill, at least 1. What is new in a bit
+/// plane is no candidate below it: so it turns out which windows hold all candidates to come.
+template <class T>
+QMX_TARGET std::uint32_t countReady(OrderWindows<T>& s) {
+    std::uint64_t left = s.left;
+    std::uint64_t least = std::numeric_limits<std::uint32_t>::max();
+    for (int p = s.highest; p >= s.lowest; --p) {
+        SectionWindow& w = s.windows[p];
+        if (w.filled - w.taken < left && w.nextNew < s.capacity) {
+            // The section does not cover what it should, or nobody knows what it should.
+            w.end = kNoEnd;
+            kRefillWindows(&w, &w, s.capacity);
+        }
+        const std::uint64_t held = w.filled - w.taken;
+        if (held < left)
+            least = std::min(least, held / kGroupSize);
+        else
+            left -= countFresh(w, left);
+    }
+    return static_cast<std::uint32_t>(least);
+}
+
 /// Fills the windows, and looks for the bit planes that the next groups begin at.
 template <class T>
 QMX_TARGET void refillOrder(OrderWindows<T>& s) {
@@ -77,12 +110,17 @@ QMX_TARGET void refillOrder(OrderWindows<T>& s) {
         s.windows[p].taken += s.takenAbove;
     s.takenAbove = 0;
     s.groupsLoaded = 0;
-    s.groupsReady = kRefillWindows(s.windows + s.lowest, s.windows + s.highest, s.capacity);
+    kRefillWindows(s.windows + s.lowest, s.windows + s.highest, s.capacity);
+    s.groupsReady = countReady(s);
     s.liveTop = s.lowest - 1;
     for (int p = s.usualTop = s.highest; p >= s.lowest; s.usualTop = --p) {
-        const std::uint32_t live = countLive(s.windows[p], s.groupsReady);
+        const SectionWindow& w = s.windows[p];
+        const std::uint64_t held = (w.filled - w.taken) / kGroupSize + 1;
+        const auto groups =
+            static_cast<std::uint32_t>(std::min<std::uint64_t>(s.groupsReady, held));
+        const std::uint32_t live = countLive(w, groups);
         if (live != 0) s.liveTop = std::max(s.liveTop, p);
-        if (live * kSteadyShare > s.groupsReady) break;
+        if (live * kSteadyShare > groups) break;
     }
 }
 
@@ -157,49 +195,68 @@ QMX_TARGET GroupState decodeAny(OrderWindows<T>& s, int top, GroupState group, L
     return group;
 }
 
-/// Where the coefficients of a line go: all to `all`, or where odds is not null its even ones there.
+/// Where the next coefficients of a line go: to `next`, or where `other` is not null to both by turns.
 template <class T>
 struct LinePlace {
-    T* all;
-    T* odds;
+    T* next;
+    T* other;
 
-    /// Sets the next count coefficients to 0.
-    QMX_TARGET void clear(int count) const {
-        if (odds == nullptr) {
-            std::fill_n(all, count, T{0});
+    QMX_TARGET void advance(int count) {
+        if (other == nullptr) {
+            next += count;
             return;
         }
-        std::fill_n(all, (count + 1) / 2, T{0});
-        std::fill_n(odds, count / 2, T{0});
+        next += (count + 1) / 2;
+        other += count / 2;
+        if (count % 2 != 0) std::swap(next, other);
     }
-    /// Passes over a group.
-    QMX_TARGET void advance() {
-        all += odds == nullptr ? kGroupSize : kGroupSize / 2;
-        if (odds != nullptr) odds += kGroupSize / 2;
+    /// Sets the next count coefficients to 0.
+    QMX_TARGET void clear(int count) const {
+        if (other == nullptr) {
+            std::fill_n(next, count, T{0});
+            return;
+        }
+        std::fill_n(next, (count + 1) / 2, T{0});
+        std::fill_n(other, count / 2, T{0});
+    }
+    QMX_TARGET void store(const Lanes<T>& lanes, std::uint64_t negatives) const {
+        if (other == nullptr)
+            lanes.store(next, negatives);
+        else
+            lanes.storeApart(next, other, negatives);
+    }
+    /// Copies the next count coefficients that are held.
+    QMX_TARGET void copyHeld(const OrderWindows<T>& s, int count) const {
+        if (other == nullptr) return copyShort(s.held + s.heldFirst, count, next);
+        const T* first = s.heldApart + s.heldFirst / 2;
+        const T* second = first + kGroupSize / 2;
+        if (s.heldFirst % 2 != 0) std::swap(++first, second);
+        copyShort(first, (count + 1) / 2, next);
+        copyShort(second, count / 2, other);
     }
 };
 
-/// Stores the first count coefficients.
+/// In place of a line.
 template <class T>
-QMX_TARGET void storeSome(const Lanes<T>& lanes, std::uint64_t negatives, const LinePlace<T>& place,
-                          int count) {
-    T all[kGroupSize];
-    lanes.store(all, negatives);
-    if (place.odds == nullptr) {
-        std::copy_n(all, count, place.all);
-        return;
-    }
-    for (int i = 0; i < count; ++i)
-        (i % 2 == 0 ? place.all : place.odds)[i / 2] = all[i];
-}
+struct HeldPlace {
+    OrderWindows<T>& order;
 
-/// Decodes the next group of a line, which has left coefficients left.
-template <class T>
-QMX_TARGET inline void decodeGroup(OrderWindows<T>& s, const LinePlace<T>& place, int left) {
-    const int count = std::min(left, kGroupSize);
+    QMX_TARGET void store(const Lanes<T>& lanes, std::uint64_t negatives) const {
+        lanes.store(order.held, negatives);
+        lanes.storeApart(order.heldApart, order.heldApart + kGroupSize / 2, negatives);
+    }
+};
+
+/// Decodes the next group, of `count` coefficients. Returns: false, with nothing stored, when it begins at no bit plane:
+/// all are 0.
+template <class T, class Place>
+QMX_TARGET inline bool decodeGroup(OrderWindows<T>& s, const Place& place, int count) {
+    if (s.groupsReady == 0) refillOrder(s);
+    --s.groupsReady;
+    s.left -= static_cast<unsigned>(count);
     GroupState group{~std::uint64_t{0} >> (kGroupSize - count), count};
     const int top = skipEmptyPlanes(s, group);
-    if (top < 0) return place.clear(count);
+    if (top < 0) return false;
     Lanes<T> lanes(top);
     if (s.groupsLoaded == 0) s.groupsLoaded = countLoaded(s);
     if (s.groupsLoaded != 0) {
@@ -208,24 +265,40 @@ QMX_TARGET inline void decodeGroup(OrderWindows<T>& s, const LinePlace<T>& place
     } else {
         group = decodeAny(s, top, group, lanes);
     }
-    if (count < kGroupSize) {
-        storeSome(lanes, group.negatives, place, count);
-    } else if (place.odds == nullptr) {
-        lanes.store(place.all, group.negatives);
-    } else {
-        lanes.storeApart(place.all, place.odds, group.negatives);
-    }
+    place.store(lanes, group.negatives);
+    return true;
 }
 
+/// Decodes a group of which lines to come have a part.
+template <class T>
+QMX_TARGET void holdGroup(OrderWindows<T>& s) {
+    s.heldFirst = 0;
+    s.heldCount = static_cast<int>(std::clamp<std::uint64_t>(s.left, 1, kGroupSize));
+    s.heldIsEmpty = !decodeGroup(s, HeldPlace<T>{s}, s.heldCount);
+}
+
+/// Plain way: groups of each line, the last one with what is left. But of a picture of 64 columns that would be
+/// twice as many, of 16 columns five times. Here a group goes on in the next line of the order.
 template <class T>
 QMX_TARGET void decodeLine(OrderWindows<T>& s, T* line, T* odds, int coefficients) {
     LinePlace<T> place{line, odds};
     if (s.highest < s.lowest) return place.clear(coefficients);
-    for (int left = coefficients; left > 0; left -= kGroupSize) {
-        if (s.groupsReady == 0) refillOrder(s);
-        --s.groupsReady;
-        decodeGroup(s, place, left);
-        place.advance();
+    for (int left = coefficients; left > 0;) {
+        int count = kGroupSize;
+        if (s.heldCount == 0 && left >= kGroupSize) {
+            if (!decodeGroup(s, place, count)) place.clear(count);
+        } else {
+            if (s.heldCount == 0) holdGroup(s);
+            count = std::min(left, s.heldCount);
+            if (s.heldIsEmpty)
+                place.clear(count);
+            else
+                place.copyHeld(s, count);
+            s.heldFirst += count;
+            s.heldCount -= count;
+        }
+        left -= count;
+        place.advance(count);
     }
 }
 

@@ -92,4 +92,18 @@ private:
     typename Bytes::Lanes bytes[sizeof(T)][kByteVectors];
 };
 
+/// The same function for all lengths: calls of another one take longer.
+template <class T>
+QMX_TARGET inline void copyShort(const T* from, int count, T* to) {
+    if constexpr (Vec<T>::kHasMasks) {
+        constexpr auto kStep = static_cast<int>(Vec<T>::kSamples);
+        for (; count > 0; count -= kStep, from += kStep, to += kStep) {
+            const auto samples = static_cast<std::size_t>(std::min(count, kStep));
+            Vec<T>::storeFirst(to, Vec<T>::loadFirst(from, samples), samples);
+        }
+    } else {
+        std::copy_n(from, count, to);
+    }
+}
+
 #include "coding/decode/DecodeKernelsBody.inl"

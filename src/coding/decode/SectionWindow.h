@@ -18,6 +18,8 @@ inline constexpr std::uint64_t kLoadBits = 128;
 /// the next.
 ///
 ///  - taken <= filled <= nextNew; filled is nextNew or kGroupSize more than the capacity
+///  - at the end of the section, no more is parsed: what stands there covers all candidates, unless the stream is
+///    damaged or the length of the section is false. Then `end` is kNoEnd, and parsing goes on behind it
 ///  - bits taken to filled - 1 of `fresh` and `negatives` say which candidates are new and which of
 ///    those are negative, the others have 0 there
 ///  - the candidates from filled to nextNew - 1 are not new, nextNew is: its sign has not been read
@@ -32,6 +34,10 @@ struct SectionWindow {
     std::uint64_t taken;
     std::uint64_t filled;
     std::uint64_t nextNew;
+    /// The total of the decoder's source where the section ends, or kNoEnd.
+    std::uint64_t end;
+
+    bool isAtEnd() const { return end != kNoEnd && decoder->source()->getTotal() >= end; }
 };
 
 /// Where a u section goes on. Bits up to `span.end` are read from memory, others by the reader.
@@ -50,6 +56,15 @@ struct OrderWindows {
     int unrefined;
     /// Candidates that a window holds.
     std::uint32_t capacity;
+    /// Coefficients that have not been decoded, or more.
+    std::uint64_t left;
+    /// Coefficients of the last group that belong to lines to come: the last heldCount of held, and of its evens
+    /// in front of its odds; all are 0 where heldIsEmpty.
+    int heldFirst;
+    int heldCount;
+    bool heldIsEmpty;
+    T held[kGroupSize];
+    T heldApart[kGroupSize];
     /// Groups for which every window is filled.
     std::uint32_t groupsReady;
     /// The highest bit plane with new coefficients in the groups that were ready after the last refill, and

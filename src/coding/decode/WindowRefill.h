@@ -6,6 +6,6 @@ namespace qmx {
 
 /// refill of WindowRefill.inl with BMI1 and BMI2, for AVX-512 too, where g++ spills into mask registers
 /// and is slower.
-std::uint32_t refillWindowsAvx2(SectionWindow* first, SectionWindow* last, std::uint32_t capacity);
+void refillWindowsAvx2(SectionWindow* first, SectionWindow* last, std::uint32_t capacity);
 
 }  // namespace qmx

@@ -60,6 +60,8 @@ QMX_TARGET inline void open(Parsing& p, SectionWindow& w) {
     p.window = &w;
     p.filling = fillingOf(w);
     p.span = w.decoder->source()->loadedBits();
+    // Bits in front of the end are parsed; loads may reach behind it.
+    p.span.end = std::min(p.span.end, w.end + kLoadBits - 1);
     p.stuck = false;
 }
 
@@ -199,12 +201,12 @@ QMX_TARGET inline void fillByOne(SectionWindow& w) {
 }
 
 /// Leaves to the decoder what cannot be read from memory. Returns: whether p goes on from memory;
-/// else its window is full.
+/// else its window is full or at the end of the section.
 QMX_TARGET inline bool resume(Parsing& p, std::uint64_t capacity) {
     if (!p.stuck && canGoOn(p.filling, p.span, capacity)) return true;
     close(p);
     SectionWindow& w = *p.window;
-    while (w.nextNew < capacity) {
+    while (w.nextNew < capacity && !w.isAtEnd()) {
         fillByOne(w);
         if (w.nextNew >= capacity) break;
         open(p, w);
@@ -237,12 +239,11 @@ QMX_TARGET void fillUntil(ParsingSet& set, int fewest, std::uint64_t capacity) {
     }
 }
 
-/// Fills the windows from first to last, inclusive, that have room for a quarter of their candidates.
-/// Returns: the groups that can be taken from all of them before the next call, at least 1.
-/// Requires: first <= last; capacity is a multiple of 64 from 256 on and what the windows have room
+/// Fills the windows from first to last, inclusive, that have room for a quarter of their candidates, as far as
+/// their sections go. Requires: first <= last; capacity is a multiple of 64 from 256 on and what the windows have room
 /// for. Throws: std::bad_alloc, when a reader needs its file window.
-[[gnu::noinline]] QMX_TARGET std::uint32_t refill(SectionWindow* first, SectionWindow* last,
-                                                  std::uint32_t capacity) {
+[[gnu::noinline]] QMX_TARGET void refill(SectionWindow* first, SectionWindow* last,
+                                         std::uint32_t capacity) {
     ParsingSet set;
     // The lowest bit planes have the most to fill; together they keep all streams busy.
     for (SectionWindow* w = first; w <= last; ++w) {
@@ -254,8 +255,4 @@ QMX_TARGET void fillUntil(ParsingSet& set, int fewest, std::uint64_t capacity) {
         fillUntil(set, kTogether, capacity);
     }
     fillUntil(set, 1, capacity);
-    std::uint64_t least = capacity;
-    for (const SectionWindow* w = first; w <= last; ++w)
-        least = std::min(least, w->filled - w->taken);
-    return static_cast<std::uint32_t>(least / kGroupSize);
 }

@@ -39,6 +39,7 @@ template <class T>
 void CCodedSections<T>::close(const FoldedUnion<T>& found) {
     highestPlane = topPlaneOf(found.bits);
     coded.lostCoefficients = found.lost;
+    coders->releaseQueues();
     closeAndMeasure();
 }
 
@@ -60,32 +61,34 @@ void CCodedSections<T>::closeAndMeasure(int plane, int order, int bitPlane) {
     estimateBits += 2 * lengthBits + kEstimatedTagBits;
     coded.streamBits += headers * (kSectionTagBits + lengthBits);
 
-    auto* encoder = coders->encoders.find(plane, order, bitPlane);
-    if (encoder == nullptr) return;
-    closeSection(*encoder, plane, order, bitPlane);
-    const std::uint64_t significanceBits = encoder->getStoredTotal();
-    const std::uint64_t refinementBits =
-        coders->refinements.find(plane, order, bitPlane)->getTotal();
+    if (bitPlane >= kTableBitPlanes<T>) return;
+    OrderSections& orderSections = coders->of(plane, order);
+    closeSection(orderSections, plane, order, bitPlane);
+    const PlaneSections& sections = orderSections.bitPlanes[bitPlane];
+    const std::uint64_t significanceBits = sections.significanceBits();
+    const std::uint64_t refinementBits = sections.refinementBits();
     estimateBits += significanceBits + refinementBits;
     coded.streamBits += significanceBits + refinementBits;
 
     const std::uint64_t longest = longestSectionBits(countBits, order);
     coded.overlongSections += static_cast<unsigned>(significanceBits > longest);
     coded.overlongSections += static_cast<unsigned>(refinementBits > longest);
-    const bool isEndless = significanceBits == 0 && encoder->getTotal() > kEndRun + 1;
+    const bool isEndless =
+        significanceBits == 0 && sections.covered(orderSections.position) > kEndRun + 1;
     coded.endlessSections += static_cast<unsigned>(isEndless);
 }
 
 template <class T>
-void CCodedSections<T>::closeSection(CBitChunkEncoder& encoder, int plane, int order,
-                                     int bitPlane) {
-    const std::uint64_t openBits = encoder.getStoredTotal();
-    const std::uint64_t closedBits = openBits + runCodeBits(encoder.getRun(), kRunParameter);
-    const bool fits = openBits == 0 || order != levels() || closedBits <= longestCoarsestBits();
-    if (fits || encoder.isTerminated() || !leavesOut(closingRuns[plane], encoder.getRun()))
-        return encoder.terminate();
-    if (encoder.getRun() != 0) openPlanes[plane] |= 1U << bitPlane;
-    encoder.leaveOpen();
+void CCodedSections<T>::closeSection(OrderSections& sections, int plane, int order, int bitPlane) {
+    if (sections.isClosed(bitPlane)) return;
+    const PlaneSections& section = sections.bitPlanes[bitPlane];
+    const std::uint64_t run = section.run(sections.position);
+    const std::uint64_t openBits = section.significanceBits();
+    const bool fits = openBits == 0 || order != levels() ||
+                      openBits + runCodeBits(run, kRunParameter) <= longestCoarsestBits();
+    if (fits || !leavesOut(closingRuns[plane], run)) return sections.close(bitPlane);
+    if (run != 0) openPlanes[plane] |= 1U << bitPlane;
+    sections.leaveOpen(bitPlane);
 }
 
 template <class T>
@@ -96,21 +99,25 @@ std::uint64_t CCodedSections<T>::estimateBytes() const {
 template <class T>
 void CCodedSections<T>::writeSection(CBitWriter& out, int plane, int order, bool isRefinement,
                                      int bitPlane) {
-    CBitChunkWriter* writer = nullptr;
-    if (isRefinement) {
-        writer = coders->refinements.find(plane, order, bitPlane);
-    } else if (auto* encoder = coders->encoders.find(plane, order, bitPlane)) {
-        writer = &encoder->writer();
-    }
     // Bit planes outside the tables are sent as empty sections.
-    const std::uint64_t lengthBits = writer == nullptr ? 0 : writer->getTotal();
+    const PlaneSections* const sections =
+        bitPlane < kTableBitPlanes<T> ? coders->of(plane, order).bitPlanes + bitPlane : nullptr;
+    std::uint64_t lengthBits = 0;
+    if (sections != nullptr)
+        lengthBits = isRefinement ? sections->refinementBits() : sections->significanceBits();
     writeSectionHeader(out, {plane, order, isRefinement, lengthBits}, countBits);
     const std::uint64_t longest = longestSectionBits(countBits, order);
-    // Quirk 1: a writer without room counts up to the largest number, and holds nothing to misread.
-    const std::uint64_t payloadBit = out.getTotal();
-    if (lengthBits > longest && payloadBit < CodedFacts::kNeverMisread - longest)
-        coded.misreadBit = std::min(coded.misreadBit, payloadBit + (lengthBits & longest));
-    if (writer != nullptr) writer->writeBitsTo(&out, 0);
+    if (lengthBits > longest) {
+        // Quirk 1: a writer without room counts up to the largest number, and holds nothing to misread.
+        const std::uint64_t payloadBit = out.getTotal();
+        if (payloadBit < CodedFacts::kNeverMisread - longest)
+            coded.misreadBit = std::min(coded.misreadBit, payloadBit + (lengthBits & longest));
+    }
+    if (lengthBits == 0) return;
+    if (isRefinement)
+        sections->refinementChunks.writeTo(out, sections->refinement);
+    else
+        sections->significanceChunks.writeTo(out, sections->significance);
 }
 
 /// An open run is read from the bits behind its section. It is not 0, so its code begins with zeros, as
@@ -126,14 +133,12 @@ template <class T>
 void CCodedSections<T>::writeStream(CBitWriter& out, const CStopRequest& stop) {
     const CNearestRounding rounding;
     coded.misreadBit = CodedFacts::kNeverMisread;
-    CSectionCounters counters;
-    counters.reset(highestPlane);
-    CSectionChooser<T> chooser(*coders, counters);
+    CSectionChooser<T> chooser(*coders, imageSize.planes, levels(), highestPlane);
     writeTopPlane(out, highestPlane);
     auto choice = chooser.choose(imageSize.planes, levels());
     while (choice && !stop.isSet()) {
         const auto [plane, order, isRefinement] = *choice;
-        const auto bitPlane = static_cast<int>(counters.take(plane, order, isRefinement));
+        const int bitPlane = chooser.take(*choice);
         writeSection(out, plane, order, isRefinement, bitPlane);
         choice.reset();
         if (needsZerosBehind(plane, order, isRefinement, bitPlane)) choice = chooser.choose(1, 0);
@@ -175,7 +180,8 @@ FoldedValues CCodedSections<T>::coarsestValues(int plane) const {
 template <class T>
 void CCodedSections<T>::recodeCoarsest(int plane, const FoldedValues& values, ClosingRuns closing) {
     const std::uint64_t most = *std::max_element(values.begin(), values.end());
-    raiseTopPlane(bitLength(most >> 1) - 1);
+    // Nothing is new in the planes that come on top, so their sections are empty.
+    highestPlane = std::max(highestPlane, bitLength(most >> 1) - 1);
     coders->restart(plane, levels());
     // Not on the stack, of which it would take more than all else.
     const auto encoder = makeObject<COrderEncoder<T>>(workMemory, *coders, plane, levels());
@@ -188,23 +194,16 @@ void CCodedSections<T>::recodeCoarsest(int plane, const FoldedValues& values, Cl
 }
 
 template <class T>
-void CCodedSections<T>::raiseTopPlane(int topPlane) {
-    // Nothing is new in the planes that come on top, so their sections are empty.
-    const int highest = std::min(topPlane, kTableBitPlanes<T> - 1);
-    for (int c = 0; c < imageSize.planes; ++c)
-        for (int o = 0; o <= levels(); ++o)
-            for (int p = highestPlane + 1; p <= highest; ++p)
-                coders->encoders.find(c, o, p)->setRun(
-                    coders->encoders.find(c, o, highestPlane)->getTotal());
-    highestPlane = std::max(highestPlane, topPlane);
-}
-
-template <class T>
 void CCodedSections<T>::sendEndlessRuns(std::uint64_t longestRun) {
-    coders->encoders.forEach([=](CBitChunkEncoder& encoder) {
-        if (encoder.getStoredTotal() == 0 && encoder.getTotal() > longestRun)
-            encoder.sendFinalZeros();
-    });
+    const int tablePlanes = std::min(highestPlane + 1, kTableBitPlanes<T>);
+    for (int p = 0; p < imageSize.planes; ++p)
+        for (int o = 0; o <= levels(); ++o)
+            for (int b = 0; b < tablePlanes; ++b) {
+                OrderSections& sections = coders->of(p, o);
+                const PlaneSections& section = sections.bitPlanes[b];
+                const bool isTooLong = section.covered(sections.position) > longestRun;
+                if (section.significanceBits() == 0 && isTooLong) sections.appendWholeRun(b);
+            }
     closeAndMeasure();
 }
 

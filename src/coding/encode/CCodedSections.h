@@ -70,8 +70,7 @@ public:
 private:
     void closeAndMeasure();
     void closeAndMeasure(int plane, int order, int bitPlane);
-    void closeSection(CBitChunkEncoder& encoder, int plane, int order, int bitPlane);
-    void raiseTopPlane(int topPlane);
+    void closeSection(OrderSections& sections, int plane, int order, int bitPlane);
     void writeSection(CBitWriter& out, int plane, int order, bool isRefinement, int bitPlane);
     bool needsZerosBehind(int plane, int order, bool isRefinement, int bitPlane) const;
 

@@ -8,15 +8,14 @@
 
 namespace qmx {
 
-/// Spreads the folded coefficients of one colour plane and order over the coders of their bit
+/// Spreads the folded coefficients of one colour plane and order over the sections of their bit
 /// planes. Format: docs/format.md, 10 Sections.
 ///
-/// Coefficients wait in a queue until there are enough for whole groups. From the constructor to
-/// finish, the bits are in this object's hands and the coders show none of them.
+/// Coefficients wait in a queue until there are enough for whole groups: before finish, sections lack some.
 template <class T>
 class COrderEncoder {
 public:
-    /// Takes over from the coders. Requires: streams has plane and order, and outlives this object.
+    /// Goes on behind what the sections have. Requires: streams has plane and order, and outlives this object.
     COrderEncoder(EncoderStreams<T>& streams, int plane, int order);
     COrderEncoder(const COrderEncoder&) = delete;
     COrderEncoder& operator=(const COrderEncoder&) = delete;
@@ -36,15 +35,12 @@ public:
         ++sections.position;
     }
 
-    /// Gives the coders all bits, runs and counts, which callers of the coders may look at.
-    /// Requires: nothing is encoded after it. Throws: std::bad_alloc.
+    /// Gives the sections all bits. Requires: nothing is encoded after it. Throws: std::bad_alloc.
     void finish();
 
 private:
     const EncodeKernels<T>* kernels;
-    std::uint64_t* newCounts;
-    OrderSections sections;
-    PlaneSections planes[kTableBitPlanes<T>];
+    OrderSections& sections;
     EventQueue queues[kTableBitPlanes<T>];
     std::size_t queued = 0;
     T queue[kRoom + kGroupSize];

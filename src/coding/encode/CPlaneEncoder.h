@@ -9,7 +9,7 @@
 namespace qmx {
 
 /// Encodes the coefficients of one colour plane, line by line as a sweep gives them, each order from top
-/// to bottom. The coders of the plane's sections show no bits until finish.
+/// to bottom.
 /// Format: docs/format.md, 7 Orders and scan order.
 template <class T>
 class CPlaneEncoder {
@@ -25,7 +25,7 @@ public:
     void encodeOdds(int order, int row, const T* line, std::size_t count, T* evens);
     /// Returns: what folding found out in all of them.
     const FoldedUnion<T>& getFound() const { return found; }
-    /// Gives all coders their bits. Requires: nothing is encoded after it. Throws: std::bad_alloc.
+    /// Gives all sections their bits. Requires: nothing is encoded after it. Throws: std::bad_alloc.
     void finish();
 
 private:

@@ -16,53 +16,73 @@ struct SectionChoice {
     bool isRefinement;
 };
 
-/// Finds the section that is worth most for its bits among those that may come next.
+/// Finds the section that is worth most for its bits among those that may come next. What an order has to
+/// offer is found out again only when one of its sections was taken.
 /// Format: docs/format.md, 12.1 Priority.
 template <class T>
 class CSectionChooser {
 public:
-    /// Requires: both outlive this object.
-    CSectionChooser(EncoderStreams<T>& coderStreams, const CSectionCounters& sectionCounters)
-        : streams(coderStreams), counters(sectionCounters) {}
-
-    /// Returns: the choice, or nothing when all sections have been sent. On a tie the earlier
-    /// plane, the lower order and the n section win.
-    std::optional<SectionChoice> choose(int planes, int levels) {
-        best = -1.0;
+    /// For sections up to topPlane. Requires: coderStreams are those of so many colour planes and levels, and
+    /// outlive this object.
+    CSectionChooser(EncoderStreams<T>& coderStreams, int planes, int levels, int topPlane)
+        : streams(coderStreams) {
+        counters.reset(topPlane);
         for (int p = 0; p < planes; ++p)
             for (int o = 0; o <= levels; ++o)
-                consider(p, o);
-        if (best <= 0.0) return std::nullopt;
+                findOffer(p, o);
+    }
+
+    /// Returns: the choice among the first colour planes and orders, or nothing when all their sections
+    /// have been taken. On a tie the earlier plane, the lower order and the n section win.
+    std::optional<SectionChoice> choose(int planes, int levels) const {
+        SectionChoice choice{};
+        double best = 0.0;
+        for (int p = 0; p < planes; ++p)
+            for (int o = 0; o <= levels; ++o)
+                if (const Offer& offer = offers[p][o]; offer.value > best) {
+                    best = offer.value;
+                    choice = {p, o, offer.isRefinement};
+                }
+        if (best == 0.0) return std::nullopt;
         return choice;
     }
 
+    /// Takes a section that was chosen. Returns: its bit plane.
+    int take(const SectionChoice& section) {
+        const auto [plane, order, isRefinement] = section;
+        const std::int64_t bitPlane = counters.take(plane, order, isRefinement);
+        findOffer(plane, order);
+        return static_cast<int>(bitPlane);
+    }
+
 private:
-    void consider(int p, int o) {
+    /// The better one of the next n and u section of an order; its value is 0 when there is none.
+    struct Offer {
+        double value;
+        bool isRefinement;
+    };
+
+    void findOffer(int p, int o) {
         const auto n = static_cast<int>(counters.significance(p, o));
         const auto u = static_cast<int>(counters.refinement(p, o));
-        if (n >= 0) offer(significance(p, o, n), {p, o, false});
+        const double nValue = n >= 0 ? significance(p, o, n) : 0.0;
         // A u section refines coefficients that an n section above it has announced.
-        if (u >= std::max(n, 0)) offer(refinementValue(p, o, u), {p, o, true});
+        const double uValue = u >= std::max(n, 0) ? refinementValue(p, o, u) : 0.0;
+        offers[p][o] = {std::max(nValue, uValue), uValue > nValue};
     }
 
     double significance(int p, int o, int bitPlane) {
-        const auto* newCount = streams.newCounts.find(p, o, bitPlane);
+        // Bit planes outside the tables are empty.
+        if (bitPlane >= kTableBitPlanes<T>) return significanceValue(p, o, bitPlane, 0, 0);
+        const PlaneSections& sections = streams.of(p, o).bitPlanes[bitPlane];
         // A section without new coefficients is as good as empty, even if its run was spelled out.
-        if (newCount == nullptr || *newCount == 0) return significanceValue(p, o, bitPlane, 0, 0);
-        const CBitChunkEncoder& coder = streams.encoders.bitPlanes(p, o)[bitPlane];
-        return significanceValue(p, o, bitPlane, *newCount, coder.getStoredTotal());
-    }
-
-    void offer(double value, const SectionChoice& candidate) {
-        if (value <= best) return;
-        best = value;
-        choice = candidate;
+        return significanceValue(p, o, bitPlane, sections.newCount,
+                                 sections.newCount == 0 ? 0 : sections.significanceBits());
     }
 
     EncoderStreams<T>& streams;
-    const CSectionCounters& counters;
-    double best = -1.0;
-    SectionChoice choice{};
+    CSectionCounters counters;
+    Offer offers[kTablePlanes][kMaxOrders];
 };
 
 }  // namespace qmx

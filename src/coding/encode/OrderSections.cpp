@@ -1,31 +1,24 @@
 #include "coding/encode/OrderSections.h"
 
+#include <algorithm>
+
 namespace qmx {
 
-void OrderSections::begin(PlaneSections* planeStorage, EventQueue* queueStorage,
-                          CBitChunkEncoder* runCoders, CBitChunkWriter* rawCoders, int planeCount,
-                          std::size_t queueEvents, std::pmr::memory_resource* queueMemory) {
-    bitPlanes = planeStorage;
-    queues = queueStorage;
-    encoders = runCoders;
-    refinements = rawCoders;
+void OrderSections::begin(PlaneSections* storage, int planeCount, std::uint64_t coefficients,
+                          CMemoryPool& memoryOfChunks, CMemoryPool& memoryOfQueues) {
+    constexpr std::uint64_t kLeastWords = 16;
+    *this = {};
+    bitPlanes = storage;
     planes = planeCount;
-    eventsOfQueue = queueEvents;
-    memory = queueMemory;
-    for (int p = 0; p < planes; ++p)
-        bitPlanes[p] = {ByteBatch(encoders[p].writer().beginBatch()), refinements[p].beginBatch(),
-                        0, std::uint64_t{0} - encoders[p].getRun(), 0};
-}
-
-void OrderSections::end(std::uint64_t* newCounts) {
-    for (int p = 0; p < planes; ++p) {
-        PlaneSections& sections = bitPlanes[p];
-        encoders[p].writer().endBatch(sections.significance);
-        refinements[p].endBatch(sections.refinement);
-        encoders[p].addCoded(sections.coded + encoders[p].getRun());
-        encoders[p].setRun(sections.run(position));
-        newCounts[p] += sections.newCount;
-    }
+    chunkMemory = &memoryOfChunks;
+    queueMemory = &memoryOfQueues;
+    // One bit for each coefficient.
+    firstWords = static_cast<int>(
+        std::clamp<std::uint64_t>(coefficients / kWordBits, kLeastWords, kFirstChunkWords));
+    // All events of a small order, in whole groups and a group to spare.
+    eventsOfQueue = static_cast<std::size_t>(
+        std::min<std::uint64_t>((coefficients / kGroupSize + 2) * kGroupSize, EventQueue::kEvents));
+    std::fill_n(storage, planeCount, PlaneSections{});
 }
 
 void OrderSections::encode(std::uint64_t folded) {
@@ -43,17 +36,31 @@ void OrderSections::encode(std::uint64_t folded) {
     ++sections.newCount;
 }
 
+void OrderSections::close(int p) {
+    const PlaneSections& sections = bitPlanes[p];
+    if (sections.significanceBits() != 0) appendRun(p, sections.run(position));
+    leaveOpen(p);
+}
+
+void OrderSections::appendRun(int p, std::uint64_t run) {
+    makeRoomForRuns(p);
+    appendRunCode(bitPlanes[p].significance, run, 0, 0);
+}
+
 void OrderSections::growRuns(int p) {
-    encoders[p].writer().makeRoom(bitPlanes[p].significance);
+    PlaneSections& sections = bitPlanes[p];
+    sections.significanceChunks.makeRoom(sections.significance, firstWords, *chunkMemory);
 }
 
 void OrderSections::growBits(int p) {
-    refinements[p].makeRoom(bitPlanes[p].refinement);
+    PlaneSections& sections = bitPlanes[p];
+    sections.refinementChunks.makeRoom(sections.refinement, firstWords, *chunkMemory);
 }
 
 void OrderSections::makeQueue(int p) {
-    queues[p].room = makeArray<std::uint16_t>(eventsOfQueue, memory);
-    queues[p].events = queues[p].room.get();
+    queues[p].events =
+        static_cast<std::uint16_t*>(queueMemory->take(eventsOfQueue * sizeof(std::uint16_t)));
+    queues[p].room = eventsOfQueue;
 }
 
 }  // namespace qmx

@@ -18,8 +18,9 @@ NextSection readHeader(CBitReader& in, SectionHeader& header, int countBits,
     if (plane == kEndMark) return NextSection::endMark;
     if (leftBits < kSectionTagBits) return NextSection::missing;
     header.plane = static_cast<int>(plane);
-    header.order = static_cast<int>(in.readInt(kOrderBits));
-    header.isRefinement = in.readInt(kTypeBits) != 0;
+    const std::uint64_t rest = in.readInt(kOrderBits + kTypeBits);
+    header.order = static_cast<int>(rest & lowBits(kOrderBits));
+    header.isRefinement = rest >> kOrderBits != 0;
     // The width may be negative; it counts modulo 64, and the order is refused later.
     const int width = lengthFieldBits(countBits, header.order) & (kWordBits - 1);
     const int headerBits = kSectionTagBits + width;
@@ -44,10 +45,12 @@ int readTopPlane(CBitReader& in) {
 }
 
 void writeSectionHeader(CBitWriter& out, const SectionHeader& header, int countBits) {
-    out.writeInt(static_cast<std::uint64_t>(header.plane), kPlaneBits);
-    out.writeInt(static_cast<std::uint64_t>(header.order), kOrderBits);
-    out.writeInt(header.isRefinement ? 1 : 0, kTypeBits);
-    out.writeInt(header.lengthBits, lengthFieldBits(countBits, header.order));
+    const std::uint64_t tag = static_cast<std::uint64_t>(header.plane) |
+                              static_cast<std::uint64_t>(header.order) << kPlaneBits |
+                              static_cast<std::uint64_t>(header.isRefinement)
+                                  << (kPlaneBits + kOrderBits);
+    out.writeInt(tag | header.lengthBits << kSectionTagBits,
+                 kSectionTagBits + lengthFieldBits(countBits, header.order));
 }
 
 bool readSectionHeader(CBitReader& in, SectionHeader& header, int countBits) {

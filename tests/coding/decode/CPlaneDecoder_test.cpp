@@ -22,7 +22,7 @@ TEST(CPlaneDecoder, AStreamWithEveryBitPlaneStaysInsideTheBoundOfMemory) {
         const test::Call call = test::decompressCall(codec.get(), stream);
         ASSERT_EQ(call.status, TESK_OK);
         const std::size_t bound =
-            bits == 8 ? 65000 + 2 * kSide * kSide : 125000 + 4 * kSide * kSide;
+            bits == 8 ? 62000 + 2 * kSide * kSide : 125000 + 4 * kSide * kSide;
         EXPECT_LE(call.result.peak_memory_bytes, bound);
         EXPECT_GT(call.result.peak_memory_bytes, bound / 10 * 9) << "the windows are counted";
     }

@@ -36,6 +36,9 @@ struct Cut {
     int unrefined;
 };
 constexpr Cut kWhole{0, -1};
+/// What the decoder is told about where the n sections end.
+enum class Ends { unknown, known, tooEarly };
+constexpr Ends kEnds[] = {Ends::unknown, Ends::known, Ends::tooEarly};
 constexpr Cut kCuts[] = {kWhole, {0, 2}, {2, 2}, {3, 1}, {1, 5}, {9, 16}};
 
 /// Coefficients of one order, and the payloads of their sections.
@@ -49,13 +52,16 @@ struct CodedOrder {
         for (const std::int64_t value : values)
             all |= reference::magnitude(value);
         for (int p = 0; p < bitLength(static_cast<std::uint64_t>(all)); ++p) {
-            significances.push_back(reference::nSection(values, p).payload.toBytes());
+            const auto payload = reference::nSection(values, p).payload;
+            significances.push_back(payload.toBytes());
+            significanceBits.push_back(payload.size());
             refinements.push_back(reference::uSection(values, p).payload.toBytes());
         }
     }
 
     std::vector<T> folded;
     std::vector<Bytes> significances;
+    std::vector<std::uint64_t> significanceBits;
     std::vector<Bytes> refinements;
 };
 
@@ -63,18 +69,24 @@ struct CodedOrder {
 template <class T>
 class GuardedSections {
 public:
-    GuardedSections(const CodedOrder<T>& coded, Cut cut, Side bufferSide, std::uint32_t capacity)
+    GuardedSections(const CodedOrder<T>& coded, Cut cut, Side bufferSide, std::uint32_t capacity,
+                    Ends ends)
         : side(bufferSide) {
         open.highest = static_cast<int>(coded.significances.size()) - 1;
         open.lowest = cut.lowest;
         open.unrefined = cut.unrefined;
         open.capacity = capacity;
+        open.left = coded.folded.size();
         for (int p = 0; p <= open.highest; ++p) {
             const auto place = static_cast<std::size_t>(p);
             read(significances[p], coded.significances[place]);
             decoders[p].attach(&significances[p]);
             unsigned char* const fresh = bitmap();
-            open.windows[p] = {&decoders[p], fresh, bitmap(), 0, 0, decoders[p].getRun()};
+            const std::uint64_t bits = coded.significanceBits[place];
+            const std::uint64_t end = ends == Ends::unknown ? kNoEnd
+                                      : ends == Ends::known ? bits
+                                                            : bits / 2;
+            open.windows[p] = {&decoders[p], fresh, bitmap(), 0, 0, decoders[p].getRun(), end};
             read(refinements[p], coded.refinements[place]);
             open.refinements[p] = {&refinements[p], refinements[p].loadedBits()};
         }
@@ -122,8 +134,8 @@ std::vector<T> decodeLine(const DecodeKernels<T>& kernels, OrderWindows<T>& sect
 /// Decodes lines of all lengths up to kLongestRow, one after the other.
 template <class T>
 Rows<T> decodeRows(CpuLevel level, const CodedOrder<T>& coded, Cut cut, Place place, Side side,
-                   std::uint32_t capacity = kLeastCapacity) {
-    const auto sections = std::make_unique<GuardedSections<T>>(coded, cut, side, capacity);
+                   std::uint32_t capacity = kLeastCapacity, Ends ends = Ends::unknown) {
+    const auto sections = std::make_unique<GuardedSections<T>>(coded, cut, side, capacity, ends);
     const auto& kernels = kernelsAt<DecodeKernels<T>>(level);
     Rows<T> rows;
     for (std::size_t count = 0; count <= kLongestRow; ++count)
@@ -155,9 +167,10 @@ void expectLines(CpuLevel level, Density density) {
                          << sizeof(T) << " bytes, " << nameOf(density) << ", " << nameOf(side)
                          << ", apart " << (place == Place::apart));
             for (const std::uint32_t capacity : {kLeastCapacity, kLargerCapacity})
-                ASSERT_EQ(decodeRows(level, coded, kWhole, place, side, capacity),
-                          expectedRows(coded.folded))
-                    << capacity;
+                for (const Ends ends : kEnds)
+                    ASSERT_EQ(decodeRows(level, coded, kWhole, place, side, capacity, ends),
+                              expectedRows(coded.folded))
+                        << capacity << ", ends " << static_cast<int>(ends);
             for (const Cut& cut : kCuts)
                 ASSERT_EQ(decodeRows(level, coded, cut, place, side),
                           decodeRows(CpuLevel::scalar, coded, cut, place, side))

@@ -205,7 +205,7 @@ TEST_F(RecodedSections, RunsOfEmptySectionsMayBeSpelledOut) {
 TEST(CCodedSections, RunsThatNoDecoderPassesOverAreCountedUntilTheyAreSpelledOut) {
     for (const std::uint64_t surplus : {0U, 1U}) {
         CCodedSections<short> sections({2, 2, 1}, std::pmr::new_delete_resource());
-        sections.streams().encoders.find(0, 0, 0)->setRun(kEndRun + 1 + surplus);
+        sections.streams().of(0, 0).position = kEndRun + 1 + surplus;
         sections.close({});
         EXPECT_EQ(sections.facts().endlessSections, surplus);
         const std::uint64_t bits = sections.facts().streamBits;

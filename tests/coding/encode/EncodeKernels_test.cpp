@@ -1,5 +1,7 @@
 #include "coding/encode/EncodeKernels.h"
 
+#include <utility>
+
 #include "coding/encode/COrderEncoder.h"
 #include "reference/ReferenceEncoder.h"
 #include "reference/ReferenceSections.h"
@@ -20,10 +22,11 @@ using test::GuardedBuffer;
 using test::GuardedHeap;
 using test::Side;
 
-Bytes bytesOf(CBitChunkWriter& writer) {
-    Bytes bytes((writer.getTotal() + 7) / 8);
+template <class Batch>
+Bytes bytesOf(const CBitChunks& chunks, const Batch& batch) {
+    Bytes bytes((chunks.total(batch) + 7) / 8);
     CBitWriter out(bytes.data(), bytes.size());
-    writer.writeBitsTo(&out, 0);
+    chunks.writeTo(out, batch);
     out.flush();
     return bytes;
 }
@@ -41,16 +44,20 @@ void expectSections(EncoderStreams<T>& streams, const std::vector<T>& folded) {
     for (int p = 0; p < kTableBitPlanes<T>; ++p) {
         const reference::Section n = reference::nSection(values, p);
         const reference::Section u = reference::uSection(values, p);
-        CBitChunkEncoder& coder = *streams.encoders.find(0, 0, p);
-        ASSERT_EQ(coder.getTotal(), coveredBy(folded, p)) << p;
-        coder.terminate();
-        ASSERT_EQ(coder.getTotal(), coveredBy(folded, p)) << p;
-        ASSERT_EQ(coder.getStoredTotal(), n.payload.size()) << p;
-        ASSERT_TRUE(test::sameBytes(n.payload.toBytes(), bytesOf(coder.writer()))) << p;
-        ASSERT_EQ(*streams.newCounts.find(0, 0, p), static_cast<std::uint64_t>(n.count)) << p;
-        CBitChunkWriter& raw = *streams.refinements.find(0, 0, p);
-        ASSERT_EQ(raw.getTotal(), u.payload.size()) << p;
-        ASSERT_TRUE(test::sameBytes(u.payload.toBytes(), bytesOf(raw))) << p;
+        OrderSections& order = streams.of(0, 0);
+        ASSERT_EQ(order.bitPlanes[p].covered(order.position), coveredBy(folded, p)) << p;
+        order.close(p);
+        const PlaneSections& sections = order.bitPlanes[p];
+        ASSERT_EQ(sections.covered(order.position), coveredBy(folded, p)) << p;
+        ASSERT_EQ(sections.significanceBits(), n.payload.size()) << p;
+        ASSERT_TRUE(test::sameBytes(n.payload.toBytes(),
+                                    bytesOf(sections.significanceChunks, sections.significance)))
+            << p;
+        ASSERT_EQ(sections.newCount, static_cast<std::uint64_t>(n.count)) << p;
+        ASSERT_EQ(sections.refinementBits(), u.payload.size()) << p;
+        ASSERT_TRUE(test::sameBytes(u.payload.toBytes(),
+                                    bytesOf(sections.refinementChunks, sections.refinement)))
+            << p;
     }
 }
 
@@ -111,13 +118,14 @@ template <class T>
 void expectSectionsOfRows(Density density, Side side) {
     constexpr auto kPlanes = std::size_t{kTableBitPlanes<T>};
     GuardedHeap heap(side);
-    const auto streams = std::make_unique<EncoderStreams<T>>(1, 0, test::kLongestRow, &heap);
-    const GuardedBuffer<PlaneSections> pairs(std::vector<PlaneSections>(kPlanes), side);
+    EncoderStreams<T> streams(1, 0, test::kLongestRow, &heap);
+    OrderSections& order = streams.of(0, 0);
+    const GuardedBuffer<PlaneSections> pairs(
+        std::vector<PlaneSections>(order.bitPlanes, order.bitPlanes + kPlanes), side);
+    PlaneSections* const storage = std::exchange(order.bitPlanes, pairs.data());
     std::vector<EventQueue> queues(kPlanes);
+    order.queues = queues.data();
     const auto& kernels = kernelsAt<EncodeKernels<T>>(activeCpuLevel());
-    OrderSections order;
-    order.begin(pairs.data(), queues.data(), streams->encoders.bitPlanes(0, 0),
-                streams->refinements.bitPlanes(0, 0), kTableBitPlanes<T>, 2 * kGroupSize, &heap);
     std::vector<T> all;
     for (std::size_t count = 0; count <= test::kLongestRow; ++count) {
         auto row = foldedData<T>(density, count, count);
@@ -126,8 +134,8 @@ void expectSectionsOfRows(Density density, Side side) {
         kernels.encode(order, GuardedBuffer<T>(row, side).data(), count);
     }
     kernels.finish(order);
-    order.end(streams->newCounts.bitPlanes(0, 0));
-    expectSections(*streams, all);
+    expectSections(streams, all);
+    order.bitPlanes = storage;
 }
 
 TEST_P(EncodeKernelsAt, RowsOfAllLengthsBetweenGuardPagesAreEncoded) {

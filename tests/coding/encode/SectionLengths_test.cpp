@@ -29,12 +29,13 @@ TEST(SectionLengths, AreThoseOfTheCoders) {
         coder.finish();
         const auto sections = significanceLengths(values);
         for (std::size_t p = 0; p < 16; ++p) {
-            CBitChunkEncoder& encoder = streams.encoders.bitPlanes(0, 0)[p];
-            if (encoder.getStoredTotal() != 0) {
-                EXPECT_EQ(sections[p].closingRun, encoder.getRun());
+            OrderSections& order = streams.of(0, 0);
+            const PlaneSections& section = order.bitPlanes[p];
+            if (section.significanceBits() != 0) {
+                EXPECT_EQ(sections[p].closingRun, section.run(order.position));
             }
-            encoder.terminate();
-            EXPECT_EQ(sections[p].bits, encoder.getStoredTotal());
+            order.close(static_cast<int>(p));
+            EXPECT_EQ(sections[p].bits, section.significanceBits());
         }
     }
 }
