@@ -9,7 +9,7 @@ namespace qmx {
 
 /// All sections of an encoder.
 template <class T>
-class EncoderStreams {
+struct EncoderStreams {
 public:
     /// For an image of so many colour planes and levels; how many samples a plane has decides what the sections
     /// take in advance. Requires: memory outlives the streams. Throws: std::bad_alloc.
