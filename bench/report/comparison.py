@@ -13,8 +13,9 @@ from lossy_codecs import ProgramCodec, codec_versions, libjxl_commands, lossy_co
 from PIL import Image
 from quality import point
 
-# Of the photographs of tools/bench-photographs, those whose figures do not take minutes.
-PHOTOGRAPHS = ("astronaut", "camera", "coffee", "hubble", "ihc", "motorcycle")
+# Of the photographs of tools/bench-photographs those that did not come as JPEG files. JPEG finds its own blocks in these
+# again: it loses next to nothing that was not lost before.
+PHOTOGRAPHS = ("astronaut", "camera", "coffee", "ihc", "motorcycle")
 SCENE = (600, 400)
 
 
