@@ -41,6 +41,7 @@ std::vector<Peer> otherPeers() {
 #endif
 #ifdef TESK_PEER_LIBJXL
     peers.push_back(bench::makeLibjxl(1));
+    peers.push_back(bench::makeLibjxl(3));
     peers.push_back(bench::makeLibjxl(7));
 #endif
 #ifdef TESK_PEER_WEBP

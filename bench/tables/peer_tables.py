@@ -68,6 +68,20 @@ def sizes(figures):
     return table(["bits per sample", *names], rows)
 
 
+def size_difference(peers, kind, name):
+    """Returns: how much larger streams of tesk are, in per cent, geometric mean of the photographs."""
+    times = [codecs[FIRST]["streamBytes"] / codecs[name]["streamBytes"]
+             for _, codecs in peers.of("photographs", kind) if name in codecs]  # fmt: skip
+    return f"{100 * (geometric_mean(times) - 1):+.1f} %".replace("-", "−") if times else "–"
+
+
+def size_differences(figures):
+    """Above zero: tesk is worse."""
+    peers = PeerFigures(figures)
+    rows = [[name, *(size_difference(peers, kind, name) for kind in KINDS)] for name in peers.others]
+    return table(["tesk beside", *KINDS], rows)
+
+
 def photographs(figures):
     """What the photographs are: bits per sample with tesk."""
     peers = PeerFigures(figures)

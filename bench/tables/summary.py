@@ -9,7 +9,7 @@ FIRST = "tesk"
 UNVERIFIED = "tesk, unverified"
 MEMCPY = "memcpy"
 # Those whose speed is not what they are for. They run in one round.
-SLOW = ("libjxl e7", "WebP", "PNG")
+SLOW = ("libjxl e3", "libjxl e7", "WebP", "PNG")
 
 
 def geometric_mean(values):

@@ -2,7 +2,7 @@
 
 import textwrap
 
-from summary import FIRST, PeerFigures, geometric_mean, number
+from summary import FIRST, KINDS, PeerFigures, factor, geometric_mean, number
 
 
 COLUMNS = 118
@@ -41,6 +41,26 @@ def busy_words(figures):
 
 def level_of(figures):
     return PeerFigures(figures).levels[0]
+
+
+def margins(peers, way, level):
+    """Returns: how many times as fast tesk is as the fastest other codec: the worst and the best kind of photographs."""
+    def means(kind):
+        times = (peers.times("photographs", kind, name, way, level) for name in peers.others)
+        return [geometric_mean(found) for found in times if found]
+
+    least = sorted(min(means(kind)) for kind in KINDS if peers.of("photographs", kind))
+    return f"{factor(least[0])} to {factor(least[-1])}"
+
+
+def speed_words(figures):
+    """The sentences of docs/comparison.md, for the best level of the processor and the plain one."""
+    peers = PeerFigures(figures)
+    ends = (peers.levels[0], peers.levels[-1])
+    best, plain = ([margins(peers, way, level) for way in ("compress", "decompress")] for level in ends)
+    return wrapped(f"Beside the fastest other codec of each kind of photographs, tesk at {ends[0]} compresses {best[0]} "
+                   f"times as fast, and decompresses {best[1]} times as fast. At {ends[1]} it is {plain[0]} and {plain[1]} "
+                   f"times as fast; below 1 it is slower.")  # fmt: skip
 
 
 def front_words(figures):

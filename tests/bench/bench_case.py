@@ -1,20 +1,12 @@
-"""Figures that are made up, and the programs of tools/ as modules."""
+"""Figures that are made up, and the modules that are tested."""
 
-import importlib.machinery
-import importlib.util
 import sys
 from pathlib import Path
 
 SOURCE = Path(__file__).resolve().parents[2]
-sys.path.insert(0, str(SOURCE / "bench/tables"))
+sys.path[:0] = [str(SOURCE / "bench/tables"), str(SOURCE / "bench/report")]
 
-
-def program(name):
-    """Returns: a program of tools/ as a module, for its functions."""
-    loader = importlib.machinery.SourceFileLoader(name.replace("-", "_"), str(SOURCE / "tools" / name))
-    module = importlib.util.module_from_spec(importlib.util.spec_from_loader(loader.name, loader))
-    loader.exec_module(module)
-    return module
+from figure_file import program  # noqa: E402, F401
 
 
 def codec(name, compress, decompress, bits=4):

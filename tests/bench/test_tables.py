@@ -13,6 +13,7 @@ from bench_case import SOURCE, two_photographs
 import pages
 import peer_tables
 from summary import PeerFigures, factor, number
+from words import margins
 
 
 class Numbers(unittest.TestCase):
@@ -45,6 +46,17 @@ class Tables(unittest.TestCase):
     def test_lower_levels_are_compared_with_the_others_at_their_best(self):
         row = peer_tables.level_row(self.peers, "photographs", "gray8", "scalar")
         self.assertEqual(row, ["photographs, gray8, 4.00", "scalar", "8.00", "8.00", "4.00", "3.5 / 1.5"])
+
+    def test_the_nearest_codec_counts_for_what_is_said_of_speed(self):
+        # Of compression 5 and 10 times beside OpenJPH, at the lower level 2.5 and 5 times.
+        self.assertEqual([margins(self.peers, "compress", level) for level in ("avx2", "scalar")],
+                         ["7.1 to 7.1", "3.5 to 3.5"])  # fmt: skip
+
+    def test_larger_streams_of_tesk_are_above_zero(self):
+        for picture in self.peers.pictures[:2]:
+            picture["codecs"][2]["streamBytes"] = 400
+        self.assertEqual([peer_tables.size_difference(self.peers, "gray8", name) for name in ("OpenJPH", "WebP")],
+                         ["+25.0 %", "–"])  # fmt: skip
 
     def test_a_table_has_a_cell_for_each_column(self):
         lines = peer_tables.table(["a", "b"], [["1", "2"]]).splitlines()
