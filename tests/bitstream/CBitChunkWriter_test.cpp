@@ -26,8 +26,6 @@ constexpr std::uint64_t bitsOfChunks(int count) {
 static_assert(bitsOfChunks(3) == 64 * (64 + 128 + 256));
 static_assert(bitsOfChunks(9) - bitsOfChunks(7) == 2 * 64 * 4096);
 
-constexpr std::uint64_t kFirstChunkBits = bitsOfChunks(1);
-
 /// Copies the first nbits bits behind the given ones into a buffer of exactly the right size.
 Bytes copied(CBitChunkWriter& source, std::uint64_t nbits, std::uint64_t expectedBits) {
     Bytes bytes((expectedBits + 7) / 8);
