@@ -23,7 +23,7 @@ export class TeskError extends Error {
 // Bytes of the structs, and where they stand in the scratch memory.
 const imageBytes = 20;
 const resultBytes = 20;
-const optionsBytes = 28;
+const optionsBytes = 32;
 const place = { image: 0, options: 0, result: 32, number: 52, end: 56 };
 
 /** Any type of content will do: many servers do not know application/wasm. */
@@ -108,6 +108,7 @@ export class Library {
     options.fill(0);
     options[0] = optionsBytes;
     options[6] = flags;
+    // It keeps no memory between calls: what it gives back stays in this instance anyway.
     const made = this.call("tesk_create", this.#scratch + place.options, this.number);
     if (made !== status.ok) throw this.error(made);
     return this.readNumber();
