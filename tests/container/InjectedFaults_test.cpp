@@ -6,6 +6,7 @@
 
 #include "container/Comparison.h"
 #include "reference/ReferenceDecoder.h"
+#include "support/CodedPlane.h"
 #include "support/CodedRows.h"
 #include "support/CountingHeap.h"
 #include "support/EveryDecoder.h"
@@ -129,31 +130,6 @@ TEST(InjectedFaults, InTheSectionsAreFound) {
     }
 }
 
-/// Rows of any samples, also of some that no image has.
-class PlaneRows final : public qmx::IRowSource<int> {
-public:
-    explicit PlaneRows(const reference::Plane& samples) : plane(samples) {}
-    void load(qmx::CImageData<int>& rows, int slot, int r) override {
-        for (int c = 0; c < rows.x; ++c)
-            rows.row(0, slot)[c] = static_cast<int>(plane.at(r, c));
-    }
-
-private:
-    const reference::Plane& plane;
-};
-
-/// Returns: a stream with these coefficients.
-Bytes streamWith(reference::Plane coefficients, const qmx::TKHeader& header) {
-    reference::inverseTransform(coefficients, 32);
-    qmx::CCodedSections<int> sections(qmx::shapeOf(header), std::pmr::new_delete_resource());
-    PlaneRows source(coefficients);
-    qmx::encodeRows(source, sections, {});
-    Bytes bytes(sections.facts().streamBytes());
-    qmx::CBitWriter writer(bytes.data(), bytes.size());
-    sections.writeStream(writer);
-    return test::headed(header, bytes);
-}
-
 /// Returns: the samples of a gray image.
 reference::Plane planeOf(const RawImage& image) {
     reference::Plane plane(image.width, image.height);
@@ -170,13 +146,13 @@ TEST(InjectedFaults, InTheCoefficientsAreFound) {
         const RawImage image = test::makeImage(Content::photo, bytesPerPixel, bitsPerPixel, 64, 48);
         reference::Plane plane = planeOf(image);
         reference::forwardTransform(plane, 32);
-        ASSERT_TRUE(isFoundGood(streamWith(plane, test::headerOf(image)), image));
+        ASSERT_TRUE(isFoundGood(test::streamWith(plane, test::headerOf(image)), image));
         Faults faults;
         for (std::size_t i = 0; i < plane.values.size(); i += kFaultsBetween)
             for (const int bit : {0, 3, bitsPerPixel - 1}) {
                 const std::int64_t good = plane.values[i];
                 plane.values[i] ^= std::int64_t{1} << bit;
-                faults.expectFound(streamWith(plane, test::headerOf(image)), image);
+                faults.expectFound(test::streamWith(plane, test::headerOf(image)), image);
                 plane.values[i] = good;
                 if (testing::Test::HasFatalFailure()) return;
             }

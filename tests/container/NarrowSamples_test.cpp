@@ -7,7 +7,7 @@
 #include "container/Comparison.h"
 #include "reference/ReferenceImage.h"
 #include "reference/ReferenceWavelet.h"
-#include "support/CodedRows.h"
+#include "support/CodedPlane.h"
 #include "support/RowCalls.h"
 
 namespace {
@@ -85,34 +85,6 @@ TEST(NarrowSamples, AreThoseOfTwoBytesWithLowBitPlanes) {
     EXPECT_FALSE(qmx::mayBeNarrow(qmx::makeHeader(2, 12, 8, 8), nullptr, 0));
 }
 
-/// Rows of any samples, also of some that no image has.
-class PlaneRows final : public qmx::IRowSource<int> {
-public:
-    explicit PlaneRows(const reference::Plane& samples) : plane(samples) {}
-    void load(qmx::CImageData<int>& rows, int slot, int r) override {
-        for (int c = 0; c < rows.x; ++c)
-            rows.row(0, slot)[c] = static_cast<int>(plane.at(r, c));
-    }
-
-private:
-    const reference::Plane& plane;
-};
-
-/// Returns: a stream with these coefficients.
-Bytes streamWith(reference::Plane coefficients, int bitsPerPixel) {
-    reference::inverseTransform(coefficients, 32);
-    const qmx::TKHeader header =
-        qmx::makeHeader(2, bitsPerPixel, static_cast<int>(coefficients.width),
-                        static_cast<int>(coefficients.height));
-    qmx::CCodedSections<int> sections(qmx::shapeOf(header), std::pmr::new_delete_resource());
-    PlaneRows source(coefficients);
-    qmx::encodeRows(source, sections, {});
-    Bytes bytes(sections.facts().streamBytes());
-    qmx::CBitWriter writer(bytes.data(), bytes.size());
-    sections.writeStream(writer);
-    return test::headed(header, bytes);
-}
-
 /// Returns: a stream of coefficients that are `most`, -most or 0.
 Bytes anyStream(int bitsPerPixel, std::int64_t most, std::uint64_t seed) {
     test::Random random(seed);
@@ -122,7 +94,7 @@ Bytes anyStream(int bitsPerPixel, std::int64_t most, std::uint64_t seed) {
     // Bright enough that most samples are above 0, while the others are small.
     for (const auto& [r, c] : {std::pair(0, 0), {0, 32}, {32, 0}, {32, 32}})
         coefficients.at(r, c) = 4000;
-    return streamWith(coefficients, bitsPerPixel);
+    return test::streamWith(coefficients, qmx::makeHeader(2, bitsPerPixel, 64, 48));
 }
 
 template <class T>
