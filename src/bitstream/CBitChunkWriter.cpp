@@ -11,7 +11,8 @@ CBitChunkWriter::CBitChunkWriter() : CBitWriter(nullptr, 0) {
 void CBitChunkWriter::flushBuffer() {
     const MemChunk* last = chunks.last();
     try {
-        chunks.append(last == nullptr ? firstWords : std::min(2 * last->words, kMostChunkWords));
+        chunks.append(last == nullptr ? kFirstChunkWords
+                                      : std::min(2 * last->words, kMostChunkWords));
     } catch (...) {
         stepBitBack();
         throw;

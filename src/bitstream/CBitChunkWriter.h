@@ -10,13 +10,6 @@ class CBitChunkWriter final : public CBitWriter {
 public:
     CBitChunkWriter();
 
-    /// Takes chunks from chunkMemory instead of from new, the first one of firstChunkWords. Requires: nothing
-    /// has been written yet; chunkMemory outlives the writer; firstChunkWords > kSlackWords.
-    void useMemory(std::pmr::memory_resource* chunkMemory, int firstChunkWords = kFirstChunkWords) {
-        chunks.useMemory(chunkMemory);
-        firstWords = firstChunkWords;
-    }
-
     const char* getType() const override { return "dynamic"; }
     std::uint64_t getTotal() const override { return bitsInChunks + CBitWriter::getTotal(); }
     /// Appends a chunk. Throws: std::bad_alloc; the bit that needed the chunk is not counted, and
@@ -29,7 +22,6 @@ public:
     std::uint64_t writeBitsTo(CBitWriter* destination, std::uint64_t nbits);
 
 private:
-    int firstWords = kFirstChunkWords;
     std::uint64_t inlineWord = 0;
     std::uint64_t bitsInChunks = 0;
     CChunkList chunks;

@@ -10,10 +10,4 @@ void CBitEncoder::terminate() {
     terminated = true;
 }
 
-void CBitEncoder::leaveOpen() {
-    finalTotal = run + total;
-    run = 0;
-    terminated = true;
-}
-
 }  // namespace qmx

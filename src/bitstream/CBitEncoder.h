@@ -25,16 +25,9 @@ public:
         writeRunCode(*stream, zeros, kRunParameter);
         run = 0;
     }
-    /// Counts zeros and one bits that were coded elsewhere, the last of them a one bit.
-    void addCoded(std::uint64_t sourceBits) { total += sourceBits; }
     /// Sends the zeros after the last one bit, if there was a one bit at all, and freezes the
     /// total. Throws: as encodeOne.
     void terminate();
-    /// Freezes the total like terminate, but sends nothing: nobody needs the last zeros.
-    void leaveOpen();
-    /// After terminate: sends zeros that terminate did not send, because there was no one bit.
-    /// Throws: as encodeOne.
-    void sendFinalZeros() { writeRunCode(*stream, finalTotal, kRunParameter); }
     bool isTerminated() const { return terminated; }
 
 protected:

@@ -96,28 +96,6 @@ TEST(CBitEncoder, TerminateLeavesAStreamWithoutOneBitsEmpty) {
     EXPECT_EQ(encoder.getRun(), 0U);
 }
 
-TEST(CBitEncoder, LeftOpenItSendsNothingMoreAndFreezesTheTotal) {
-    CBitChunkEncoder encoder;
-    encoder.encodeOne(3);
-    const std::uint64_t stored = encoder.getStoredTotal();
-    encoder.setRun(5);
-    encoder.leaveOpen();
-    encoder.terminate();
-    EXPECT_TRUE(encoder.isTerminated());
-    EXPECT_EQ(encoder.getStoredTotal(), stored);
-    EXPECT_EQ(encoder.getTotal(), 9U);
-}
-
-TEST(CBitEncoder, FinalZerosCanBeSentWithoutAnyOneBit) {
-    CBitChunkEncoder encoder;
-    encoder.setRun(8);
-    encoder.terminate();
-    EXPECT_EQ(encoder.getStoredTotal(), 0U);
-    encoder.sendFinalZeros();
-    EXPECT_EQ(encoder.getTotal(), 8U);
-    EXPECT_EQ(writtenBy(encoder), Bytes{0b00010000});
-}
-
 TEST(CBitEncoder, PassesOnWhatTheWriterThrows) {
     qmx::CBitWriter full(nullptr, 0);
     CBitEncoder encoder(&full);

@@ -10,7 +10,6 @@ namespace qmx {
 /// All sections of an encoder.
 template <class T>
 struct EncoderStreams {
-public:
     /// For an image of so many colour planes and levels; how many samples a plane has decides what the sections
     /// take in advance. Requires: memory outlives the streams. Throws: std::bad_alloc.
     EncoderStreams(int planes, int levels, std::uint64_t samples, std::pmr::memory_resource* memory)
