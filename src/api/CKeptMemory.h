@@ -52,7 +52,7 @@ private:
         std::size_t spareNow = 0;
         std::size_t spareBefore = 0;
     };
-    /// A call asks for some thirty sizes.
+    /// When calls ask for more sizes, all that is kept goes back.
     static constexpr std::size_t kShelves = 128;
 
     /// Returns: the shelf of a size, which may be a new one; null when all are taken.

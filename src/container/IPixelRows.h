@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstring>
+#include <type_traits>
 
 #include "bitstream/CStopRequest.h"
 #include "container/TKHeader.h"
@@ -60,10 +61,11 @@ public:
     void load(CImageData<T>& rows, int slot, int r) override {
         const unsigned char* row = pixels.row(r);
         if (rows.x == 0) return;
-        if (layout == 2) used |= usedBitsOf(row, static_cast<std::size_t>(rows.x) * 2, layout);
+        if constexpr (std::is_same_v<T, short>)
+            if (layout == 2) used |= usedBitsOf(row, static_cast<std::size_t>(rows.x) * 2, layout);
         loadRow(rows, slot, layout, row);
     }
-    /// Returns: the bitwise or of the samples so far, if they have 2 bytes each.
+    /// Returns: the bitwise or of the samples so far, if they have 2 bytes each and become 16-bit ones.
     unsigned usedBits() const { return used; }
 
 private:

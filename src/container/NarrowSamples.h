@@ -18,7 +18,7 @@ namespace qmx {
 //    2^13 they are its 32-bit coefficients, too, which restore it as well.
 //  - Both widths hold coefficients whose highest bit plane is 12, so both read the same from a stream.
 //
-// Photographs of 12 bits take 0.80 of the time to compress and 0.83 to decompress (AVX-512, 2026-11-22).
+// A photograph of 12 bits takes 0.9 of the time to compress and 0.8 to decompress (AVX-512, 2026-11-22).
 
 /// Samples below it have the same coefficients in both widths.
 inline constexpr unsigned kNarrowSamples = 1U << 13;
