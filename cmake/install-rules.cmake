@@ -24,8 +24,8 @@ endif()
 
 # The pages for users. They keep their places beside each other, so that links between them hold.
 install(FILES README.md LICENSE CHANGELOG.md SECURITY.md DESTINATION "${CMAKE_INSTALL_DOCDIR}")
-install(FILES docs/archives.md docs/browser.md docs/comparison.md docs/convert.md docs/format.md docs/hdf5.md docs/limits.md
-  docs/python.md docs/quirks.md docs/trailer.md DESTINATION "${CMAKE_INSTALL_DOCDIR}/docs")
+install(FILES docs/archives.md docs/browser.md docs/comparison.md docs/convert.md docs/format.md docs/hdf5.md
+  docs/install.md docs/limits.md docs/python.md docs/questions.md docs/quirks.md docs/tool.md docs/trailer.md DESTINATION "${CMAKE_INSTALL_DOCDIR}/docs")
 install(DIRECTORY docs/images DESTINATION "${CMAKE_INSTALL_DOCDIR}/docs")
 install(FILES docs/man/tesk.5 DESTINATION "${CMAKE_INSTALL_MANDIR}/man5")
 install(FILES packaging/tesk-mime.xml RENAME tesk.xml

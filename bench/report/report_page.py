@@ -21,7 +21,7 @@ TABLES = {
     **{f"{name}-{kind}": partial(report_tables.rates, kind=kind, metric=metric)
        for name, metric in METRICS.items() for kind in KIND_NAMES},
 }  # fmt: skip
-COMPARISON = Places("comparison", TABLES, {PAGE: tuple(TABLES)})
+COMPARISON = Places("comparison", TABLES, {PAGE: tuple(TABLES), "docs/questions.md": ("drawings",)})
 
 
 def mark_of(comparison):

@@ -6,7 +6,7 @@ from functools import partial
 
 import call_tables
 import peer_tables
-from words import front_words, machine_words, speed_words
+from words import front_machine, front_words, machine_words, speed_words
 
 TABLES = {
     "machine": machine_words,
@@ -22,10 +22,11 @@ TABLES = {
     "rows": call_tables.by_rows,
     "cold": call_tables.cold,
     "front-words": front_words,
+    "front-speeds": peer_tables.front,
+    "front-machine": front_machine,
     "speed-words": speed_words,
-    **{f"front-{group}": partial(peer_tables.front, group=group) for group in peer_tables.GROUPS},
 }  # fmt: skip
-FRONT = ("front-words", "front-photographs", "front-generated", "sizes")
+FRONT = ("front-words", "front-speeds", "front-machine")
 BESIDE = ("size-differences", "speed-words")
 # Which tables a page must have. tools/report puts others into the last one.
 PAGES = {

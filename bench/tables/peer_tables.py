@@ -1,10 +1,12 @@
 """The tables of codecs side by side."""
 
-from summary import FIRST, KINDS, MEMCPY, UNVERIFIED, PeerFigures, factor, geometric_mean, number, with_range
+from summary import (FIRST, KINDS, MEMCPY, UNVERIFIED, PeerFigures, factor, geometric_mean, number, rounded,
+                     with_range)  # fmt: skip
 
 GROUPS = ("photographs", "generated")
 DIRECTIONS = ("compress", "decompress")
 LABELS = {FIRST: f"**{FIRST}**"}
+LONG_KINDS = ("8-bit gray", "8-bit RGB", "12-bit gray", "16-bit gray")
 
 
 def table(heads, rows, left=1):
@@ -94,23 +96,17 @@ def photographs(figures):
     return table(["photograph", "pixels", *KINDS], rows, left=2)
 
 
-def front_cell(peers, group, kind, name, direction):
-    if (name, direction) == (UNVERIFIED, "decompress"):
-        return "the same"
-    nanoseconds = peers.nanoseconds(group, kind, name, direction)
-    if not nanoseconds:
-        return "–"
-    mean = number(geometric_mean(nanoseconds))
-    if name == FIRST:
-        return f"**{mean}**"
-    return f"{mean} ({factor(geometric_mean(peers.times(group, kind, name, direction)))})"
+def rates(peers, kind, name):
+    """Returns: million samples in a second, over the photographs, both ways."""
+    times = [peers.nanoseconds("photographs", kind, name, way) for way in DIRECTIONS]
+    return both_ways(rounded(1e3 / geometric_mean(nanoseconds)) for nanoseconds in times) if all(times) else "–"
 
 
-def front(figures, group):
-    """A table of README.md: both ways."""
+def front(figures):
+    """The table of README.md: speeds both ways, and one size."""
     peers = PeerFigures(figures)
     rows = []
-    for name in (FIRST, UNVERIFIED, *peers.fast_others):
-        cells = [both_ways(front_cell(peers, group, kind, name, way) for way in DIRECTIONS) for kind in KINDS]
-        rows.append([LABELS.get(name, name), *cells])
-    return table([group, *KINDS], rows)
+    for name in (FIRST, UNVERIFIED, *peers.others):
+        cells = [name, *(rates(peers, kind, name) for kind in KINDS), peers.mean_bits("photographs", "rgb8", name)]
+        rows.append([f"**{cell}**" for cell in cells] if name == FIRST else cells)
+    return table(["compress / decompress", *LONG_KINDS, "size, RGB"], rows)

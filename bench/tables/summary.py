@@ -32,6 +32,11 @@ def factor(value):
     return f"{value:.1f}" if value >= 0.995 else f"{value:.2f}"
 
 
+def rounded(value):
+    """Returns: all digits in front of the point, two at least."""
+    return f"{value:.0f}" if value >= 9.95 else f"{value:.1f}"
+
+
 def with_range(values, form):
     """Returns: the geometric mean, with the least and the greatest where there are several."""
     mean = form(geometric_mean(values))

@@ -94,7 +94,7 @@ class Pages(unittest.TestCase):
         self.folder = Path(place.name)
         for path in ("bench/tables", "bench/report", "docs/images/comparison"):
             shutil.copytree(SOURCE / path, self.folder / path)
-        for path in ("bench/figures.json", "bench/comparison.json", "tools/report", report_page.PAGE):
+        for path in ("bench/figures.json", "bench/comparison.json", "tools/report", *report_page.COMPARISON.pages):
             (self.folder / path).parent.mkdir(exist_ok=True)
             shutil.copy(SOURCE / path, self.folder / path)
 
@@ -120,7 +120,8 @@ class Pages(unittest.TestCase):
         figures = json.loads((self.folder / "bench/figures.json").read_text())
         figures["load"][0] += 1
         (self.folder / "bench/figures.json").write_text(json.dumps(figures))
-        self.assertEqual(self.found(), (1, [f"{report_page.PAGE}: drawings", f"{report_page.PAGE}: machine"]))
+        drawings = [f"{path}: drawings" for path in report_page.COMPARISON.pages]
+        self.assertEqual(self.found(), (1, [*drawings, f"{report_page.PAGE}: machine"]))
 
     def test_curves_of_other_numbers_are_noticed(self):
         curve = self.folder / report_page.CURVES[1]

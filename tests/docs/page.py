@@ -2,6 +2,9 @@
 
 import re
 
+# The exit status of tesk-convert for images of cut streams.
+APPROXIMATION = 3
+
 
 def blocks(page):
     """Yields: kind and text of each block, and the text between it and the block above."""
