@@ -47,9 +47,8 @@ inline constexpr std::size_t kFirstBytes<tesk_options> = offsetof(tesk_options, 
 template <class Struct>
 bool hasKnownSize(const Struct& given) {
     // No version had a size between its first one and this one.
-    const bool isOfAVersion =
-        given.struct_bytes == kFirstBytes<Struct> || given.struct_bytes >= sizeof(Struct);
-    return isOfAVersion && given.struct_bytes <= kMostStructBytes;
+    if (given.struct_bytes == kFirstBytes<Struct>) return true;
+    return given.struct_bytes >= sizeof(Struct) && given.struct_bytes <= kMostStructBytes;
 }
 
 /// Returns: whether a struct that a call reads has a known size and asks for nothing that this version

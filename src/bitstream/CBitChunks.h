@@ -21,7 +21,7 @@ public:
         const unsigned char* const surplus = batch.end;
         append(firstWords, pool);
         batch.at = begin() + surplusBytes;
-        batch.end = begin() + last->words * kWordBytes;
+        batch.end = begin() + static_cast<std::ptrdiff_t>(last->words) * kWordBytes;
         if (surplusBytes != 0)
             std::memcpy(begin(), surplus, static_cast<std::size_t>(surplusBytes));
     }

@@ -110,6 +110,7 @@ void replaceNumbers(CPngSource& source, ImageFile& image) {
     int count = 0;
     source.run([&] { png_get_PLTE(source.png, source.info, &colours, &count); });
     std::vector<PaletteColour> palette;
+    palette.reserve(static_cast<std::size_t>(count));
     for (int i = 0; i < count; ++i)
         palette.push_back({colours[i].red, colours[i].green, colours[i].blue});
     if (!expandPalette(image, palette))

@@ -1,6 +1,7 @@
 #include "convert/Thumbnail.h"
 
 #include <algorithm>
+#include <cassert>
 
 namespace qmx {
 namespace {
@@ -18,7 +19,7 @@ void makeBytes(ImageFile& image) {
     image.geometry = eightBitGeometry(image.geometry);
 }
 
-/// A part of an image, from top and left to before bottom and right.
+/// A part of an image, from top and left to before bottom and right, of one pixel at least.
 struct Block {
     std::size_t top;
     std::size_t left;
@@ -28,6 +29,7 @@ struct Block {
 
 unsigned char average(const ImageFile& image, const Block& block, std::size_t channel) {
     const std::size_t count = (block.bottom - block.top) * (block.right - block.left);
+    assert(count != 0);
     std::size_t sum = count / 2;
     for (std::size_t r = block.top; r < block.bottom; ++r)
         for (std::size_t c = block.left; c < block.right; ++c)
