@@ -88,7 +88,7 @@ def reduced(figures):
         shares = [f"{number(one['ms'])} (1/{share:.0f})" for one, share in zip(every[1:], times)]
         rows.append([f"{kind}, ms", number(every[0]["ms"]), *shares])
         rows.append([f"{kind}, kB", *(f"{one['memory_bytes'] / 1000:.0f}" for one in every)])
-    return table(["image", "whole", *(f"1 : {2**n}" for n in range(1, MOST_LEVELS + 1))], rows)
+    return table(["image", "whole", *(f"1:{2**n}" for n in range(1, MOST_LEVELS + 1))], rows)
 
 
 def by_rows(figures):
