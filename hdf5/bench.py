@@ -89,7 +89,7 @@ def all_pictures():
 
 def all_filters():
     """Returns: how create_dataset is called, by the name of the filter."""
-    filters = {"tesk": (TESK, ()), "tesk, not compared": (TESK, (0, 2)), "gzip 4, shuffle": ("gzip", 4), "lzf, shuffle": ("lzf", None),
+    filters = {"tesk": (TESK, ()), "tesk, unverified": (TESK, (0, 2)), "gzip 4, shuffle": ("gzip", 4), "lzf, shuffle": ("lzf", None),
                "bitshuffle, LZ4": (32008, (0, 2)), "Blosc-zstd 5, bitshuffle": (32001, (0, 0, 0, 0, 5, 2, 5))}
     there = {name: how for name, how in filters.items() if not isinstance(how[0], int) or h5py.h5z.filter_avail(how[0])}
     for name in filters.keys() - there.keys():

@@ -60,7 +60,7 @@ def calls(figures):
             pictures = [picture for picture in chosen if picture["kind"] == kind]
             if pictures:
                 rows.append([f"{group}, {kind}", *call_cells(pictures), *mean_faults(pictures)])
-    return table(["first / later", *CALLS.values(), "faults, compress", "faults, decompress"], rows)
+    return table(["ns per sample, first / later", *CALLS.values(), "faults, compress", "faults, decompress"], rows)
 
 
 def small_calls(figures):
@@ -71,7 +71,7 @@ def small_calls(figures):
             cells = [f"{number(1e6 * call['firstSeconds'])} / {number(1e6 * call['laterSeconds'])}"
                      for call in calls_of(picture)]  # fmt: skip
             rows.append([f"{picture['kind']}, {sides(picture)}", *cells])
-    return table(["first / later", *CALLS.values()], rows)
+    return table(["µs, first / later", *CALLS.values()], rows)
 
 
 def warm_figures(figures):
@@ -80,19 +80,19 @@ def warm_figures(figures):
 
 
 def reduced(figures):
-    """Milliseconds and the share of the whole, below it KB."""
+    """Milliseconds and the share of the whole, below it kB."""
     found, rows = warm_figures(figures), []
     for kind in KINDS:
         every = [found["decompress", kind, 0], *(found["reduce", kind, n] for n in range(1, MOST_LEVELS + 1))]
         times = [every[0]["ms"] / one["ms"] for one in every[1:]]
         shares = [f"{number(one['ms'])} (1/{share:.0f})" for one, share in zip(every[1:], times)]
-        rows.append([kind, number(every[0]["ms"]), *shares])
-        rows.append(["KB", *(f"{one['memory_bytes'] / 1000:.0f}" for one in every)])
-    return table(["picture", "whole", *(f"1 : {2**n}" for n in range(1, MOST_LEVELS + 1))], rows)
+        rows.append([f"{kind}, ms", number(every[0]["ms"]), *shares])
+        rows.append([f"{kind}, kB", *(f"{one['memory_bytes'] / 1000:.0f}" for one in every)])
+    return table(["image", "whole", *(f"1:{2**n}" for n in range(1, MOST_LEVELS + 1))], rows)
 
 
 def by_rows(figures):
-    """Whole pictures and row by row: milliseconds and KB."""
+    """Whole images and row by row: milliseconds and kB."""
     found, rows = warm_figures(figures), []
     for kind in KINDS:
         cells = []
@@ -101,8 +101,8 @@ def by_rows(figures):
             cells += [number(one["ms"]) for one in pair]
             cells += [f"{one['memory_bytes'] / 1000:.0f}" for one in pair]
         rows.append([kind, *cells])
-    heads = ["whole", "rows", "memory whole", "rows"]
-    return table(["picture", f"compress {heads[0]}", *heads[1:], f"decompress {heads[0]}", *heads[1:]], rows)
+    heads = ["ms, whole", "ms, rows", "kB, whole", "kB, rows"]
+    return table(["image", *(f"{work}: {head}" for work in ("compress", "decompress") for head in heads)], rows)
 
 
 def cold(figures):
@@ -114,6 +114,6 @@ def cold(figures):
                      number(run["cpu_ms"] * 1e6 / samples), number(run["in_process_ms"]),
                      f"{run['cpu_ms'] / run['in_process_ms']:.2f}", f"{run['peak_mb']:.1f}",
                      f"{run['peak_mb'] * 2**20 / samples:.2f}", str(run["faults"])])  # fmt: skip
-    heads = ["picture", "word", "wall ms", "cpu ms", "cpu ns/sample", "in process ms", "times", "peak MB",
-             "bytes/sample", "page faults"]  # fmt: skip
+    heads = ["image", "command", "wall ms", "CPU ms", "CPU ns/sample", "warm ms", "CPU / warm", "peak MiB",
+             "peak bytes/sample", "page faults"]  # fmt: skip
     return table(heads, rows, left=2)

@@ -54,7 +54,7 @@ def level_row(peers, group, kind, level):
 def levels(figures):
     """tesk at each level, and how many times as fast as others it is there."""
     peers = PeerFigures(figures)
-    heads = ["pictures, bits/sample", "level", "compress", "unverified", "decompress", *peers.fast_others]
+    heads = ["images, bits per sample", "processor level", "compress", "unverified", "decompress", *peers.fast_others]
     rows = [level_row(peers, group, kind, level) for group in GROUPS for kind in KINDS for level in peers.levels
             if peers.of(group, kind)]  # fmt: skip
     return table(heads, rows, left=2)

@@ -104,13 +104,16 @@ class Pages(unittest.TestCase):
         figures["cold"][0]["cpu_ms"] *= 2
         (self.folder / "bench/figures.json").write_text(json.dumps(figures))
         status, printed = self.run_figures("--check")
-        self.assertEqual((status, printed.splitlines()[1:]), (1, ["bench/README.md: cold"]))
+        self.assertEqual((status, printed.splitlines()[1:]), (1, ["bench/FIGURES.md: cold"]))
 
     def test_a_table_that_is_gone_is_noticed(self):
-        self.change("bench/README.md", "<!-- figures: levels -->", "")
+        self.change("bench/FIGURES.md", "<!-- figures: levels -->", "")
         status, printed = self.run_figures("--check")
         self.assertEqual(status, 1)
-        self.assertIn("bench/README.md has places for", printed)
+        self.assertIn("bench/FIGURES.md has places for", printed)
+
+    def test_every_table_is_on_a_page(self):
+        self.assertEqual(set().union(*pages.PAGES.values()), set(pages.TABLES))
 
 
 if __name__ == "__main__":

@@ -1,4 +1,4 @@
-/** Makes streams of tesk in WebAssembly: the same bytes as the tool and the library. */
+/** Makes streams of tesk in WebAssembly: the same bytes as the C library makes. */
 
 import type { Source } from "./tesk.mjs";
 
@@ -11,22 +11,22 @@ export interface Image {
   readonly height: number;
   /** 1: 8-bit gray, 2: 16-bit gray, 3: interleaved 8-bit red, green, blue. */
   readonly bytesPerPixel: number;
-  /** Significant bits of one sample. If left out: 8, or with 2 bytes per pixel what the samples use. */
+  /** Declared bits: how many low bits of one sample are used. Default: 8; with 2 bytes per pixel, found from the samples. */
   readonly bitsPerSample?: number;
   readonly samples: Uint8Array | Uint8ClampedArray | Uint16Array;
 }
 
 export interface EncodeOptions {
-  /** The most bytes of the stream, 16 or more: it is cut there. Without it, or 0, the stream is complete. */
+  /** The most bytes of the stream, 16 or more: a longer one is cut. Without it, or with 0, the stream is complete. */
   budget?: number;
-  /** Whether a complete stream is decoded and compared before it is returned. True, if left out. */
+  /** Whether to verify: decode a complete stream and compare it with the image before it is returned. Default: true. */
   verify?: boolean;
 }
 
 /** As `load`, with tesk-encoder.wasm. */
 export function loadEncoder(source?: Source): Promise<Encoder>;
 
-/** For one thread. Memory for the samples and the stream is taken for a call, and used again. */
+/** For one thread. A call takes memory for the samples and the stream; the next call uses it again. */
 export class Encoder {
   private constructor();
 

@@ -1,6 +1,6 @@
 /**
- * Decodes streams of tesk, a lossless, embedded codec for raw images, in WebAssembly: whole, or as far as
- * they have come. The stream: docs/format.md in the sources of tesk.
+ * Decodes streams of tesk, a lossless codec for raw images, in WebAssembly: whole ones, and any prefix.
+ * The stream is described in docs/format.md in the sources of tesk.
  */
 
 /** The geometry of an image. */
@@ -10,50 +10,50 @@ export interface Info {
   readonly height: number;
   /** 1: 8-bit gray, 2: 16-bit gray, 3: interleaved 8-bit red, green, blue. */
   readonly bytesPerPixel: number;
-  /** Significant bits of one sample: 8 for red, green, blue, not 24. */
+  /** Declared bits: how many low bits of one sample are used. 8 for red, green, blue, not 24. */
   readonly bitsPerSample: number;
-  /** How often the sides can be halved: the most that `reduce` may be, 0 to 5. */
+  /** The largest `reduce` that the image allows, 0 to 5. */
   readonly reductions: number;
 }
 
-/** A picture, or an approximation of it. */
+/** An image, or an approximation of it. */
 export interface Picture extends Info {
-  /** Whether the stream was complete. If so, and not reduced, samples are those of the image, bit by bit. */
+  /** Whether the stream was complete. If so, and without `reduce`, the samples are exactly those of the image. */
   readonly complete: boolean;
   /**
-   * Row by row without gaps: width x height x (3 for colours, else 1). Uint16Array for 2 bytes per pixel.
-   * A view of the decoder's memory: the next call of the decoder may take it away. Copy what you keep (`slice`).
+   * Row by row without gaps: width x height x (3 for RGB, else 1). Uint16Array for 2 bytes per pixel.
+   * A view of the decoder's memory. The next call of the decoder may take it away: copy what you keep (`slice`).
    */
   readonly samples: Uint8Array | Uint16Array;
 }
 
 export interface DecodeOptions {
-  /** Bytes of the stream to decode, 16 or more; more than have come are these. All that have come, if left out. */
+  /** Decodes only the first bytes of the stream: 16 or more. Default: all that have come; never more than these. */
   prefix?: number;
-  /** The picture has 1 : 2^reduce of the image's sides, rounded up, in a part of the time. 0, if left out. */
+  /** Divides both sides by 2^reduce, rounded up, in less time. Default: 0. */
   reduce?: number;
-  /** Larger pictures are refused. 2^28, if left out. */
+  /** Images of more pixels are refused. Default: 2^28. */
   maxPixels?: number;
 }
 
-/** What the module is made of: its bytes, a response with them, or the compiled module. */
+/** Where the module comes from: its bytes, a response with them, or the compiled module. */
 export type Source = Response | Promise<Response> | BufferSource | WebAssembly.Module;
 
 /**
- * Makes a decoder, with an instance of its own.
+ * Makes a decoder, with its own instance of the module.
  *
- * Without a source it takes tesk-decoder.wasm from beside this file. Several decoders: compile once, and
- * load from the module.
+ * Without a source it loads tesk-decoder.wasm from beside this file. For several decoders, compile the module
+ * once and load from that.
  *
- * Throws: Error when the file is not to be had, WebAssembly.CompileError when it is none.
+ * Throws: Error when the file cannot be loaded, WebAssembly.CompileError when it is no module.
  */
 export function load(source?: Source): Promise<Decoder>;
 
 /**
- * A stream as far as it has come. For one thread; a decode blocks it, so pages decode in a worker.
+ * Holds a stream as far as it has come. For one thread. A decode blocks that thread: pages decode in a worker.
  *
- * Memory: the stream, up to twice its length while it grows, the last picture, and a few rows. It is
- * given back for further use by `reset`, to the system with the decoder.
+ * Memory: the stream (up to twice its length while it grows), the last image and a few rows. `reset` lets the
+ * decoder use it again. The system gets it back with `close`, or when the decoder is dropped.
  */
 export class Decoder {
   private constructor();
@@ -64,33 +64,33 @@ export class Decoder {
   /**
    * Adds what has come. The chunk is copied; it may be a view of the decoder's own memory.
    *
-   * Throws: TeskError without memory, or when the chunk has no bytes as elements; the stream is as before.
+   * Throws: TeskError when there is no memory, or the chunk is no array of bytes. The stream is then as before.
    */
   push(chunk: Uint8Array): void;
 
-  /** Returns: the bytes that have come: a view of the decoder's memory, which the next call may take away. */
+  /** Returns: the bytes that have come. A view of the decoder's memory, which the next call may take away. */
   stream(): Uint8Array;
 
-  /** Forgets the stream and the picture. */
+  /** Forgets the stream and the image. */
   reset(): void;
 
-  /** Lets go of all memory. Every other call then throws TeskError. */
+  /** Releases all memory. Every other call then throws TeskError. */
   close(): void;
 
   /** Returns: the geometry; null before 16 bytes have come. Throws: TeskError when it is no stream. */
   probe(): Info | null;
 
   /**
-   * Finds where the stream ends, without decoding. Returns: its bytes, those that have come when it is not
-   * complete; what follows them is not part of it. Throws: TeskError when it is no stream, or broken.
+   * Finds where the stream ends, without decoding. Returns: the length of the stream in bytes, or, if it is not
+   * complete, of what has come. Throws: TeskError when it is no stream, or broken.
    */
   measure(): { bytes: number; complete: boolean };
 
   /**
    * Decodes the stream as far as it has come.
    *
-   * Throws: TeskError when it is no stream or broken, the picture is larger than `maxPixels`, the memory
-   * does not hold it, or the image has fewer reductions. The decoder stays usable.
+   * Throws: TeskError when it is no stream or a broken one, when the image has more than `maxPixels` or does not fit
+   * into memory, and when `reduce` is too large. The decoder stays usable.
    */
   decode(options?: DecodeOptions): Picture;
 }
@@ -98,9 +98,9 @@ export class Decoder {
 /**
  * Makes the pixels of a canvas: `new ImageData(toRgba(picture), picture.width)`. Opaque.
  *
- * Samples up to the first number of the window are black, from the second on white; where the second is not the
- * larger one, all above the first are white. Without a window it is all that `bitsPerSample` can say, as far as the
- * samples can.
+ * Samples up to the first number of the window are black, from the second on white. If the second is not
+ * larger, all samples above the first are white. Without a window: from 0 to the largest value that `bitsPerSample`
+ * and the type of the samples allow.
  *
  * Throws: TeskError when the decoder has taken the samples away.
  */
@@ -108,7 +108,8 @@ export function toRgba(picture: Picture, window?: readonly [number, number]): Ui
 
 /** The message is the library's, with numbers where they help. */
 export class TeskError extends Error {
-  /** A tesk_status of tesk/tesk.h: 3 no stream or broken, 4 not supported, 5 too large, 6 no memory, 8 wrong use. */
+  /** A tesk_status of tesk/tesk.h: 3 no stream or broken, 4 not supported, 5 too large, 6 no memory, 8 wrong use,
+   * 9 an image with a side of 1. */
   readonly status: number;
   constructor(message: string, status: number);
 }

@@ -1,11 +1,11 @@
-/** Small pictures of large files on a server, from their first bytes. */
+/** Thumbnails of large files on a server, from their first bytes. */
 
 import type { Decoder, Picture } from "./tesk.mjs";
 
 export interface ThumbnailOptions {
-  /** The longer side has at most so many pixels, unless the image has too few reductions. 256, if left out. */
+  /** The most pixels of the longer side, as far as the image has reductions. Default: 256. */
   side?: number;
-  /** Bits to fetch for each sample of the thumbnail. 2, if left out: see README.md. */
+  /** How many bits to download for each sample of the thumbnail; not the depth of the image. Default: 2. See README.md. */
   bitsPerSample?: number;
   signal?: AbortSignal;
 }
@@ -13,19 +13,19 @@ export interface ThumbnailOptions {
 export interface Thumbnail {
   /** A view of the decoder's memory, as `Decoder.decode` returns it. */
   readonly picture: Picture;
-  /** 1 : 2^reduce of the image's sides. */
+  /** The sides are those of the image divided by 2^reduce. */
   readonly reduce: number;
   /** Bytes of the file that were decoded. */
   readonly bytes: number;
-  /** Bytes of the file; null where the server does not tell. */
+  /** Length of the file; null if the server does not say it. */
   readonly fileBytes: number | null;
-  /** Requests that it took: two ranges, or one where the first 4096 bytes are enough. */
+  /** Number of requests: two ranges, or one if the first 4096 bytes are enough. */
   readonly requests: number;
 }
 
 /**
- * Fetches the first bytes of a file by HTTP ranges and decodes a small picture. A server without ranges
- * is stopped when enough has come. The decoder's stream is then that beginning of the file.
+ * Fetches the first bytes of a file by HTTP ranges and decodes a reduced image. If a server has no ranges, the
+ * download is stopped when enough has come. The decoder's stream is then this prefix of the file.
  *
  * Throws: Error with the status of the server, TeskError when the file is no stream.
  */

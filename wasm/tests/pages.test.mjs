@@ -5,10 +5,18 @@ import { readdirSync, readFileSync, symlinkSync } from "node:fs";
 import test, { after } from "node:test";
 import { pathToFileURL } from "node:url";
 
+import { loadEncoder } from "../../build/wasm/package/encoder.mjs";
 import { load, toRgba } from "../../build/wasm/package/tesk.mjs";
 import { Consumer } from "./consumer.mjs";
 import { decoded, golden, packageFolder, sourceFolder } from "./support.mjs";
 import { FileServer } from "./server.mjs";
+
+/** Returns: a stream of more samples than a call can have arguments: what a page does with all of them must bear that. */
+async function largeScan() {
+  const [width, height] = [1000, 1000];
+  const samples = Uint16Array.from({ length: width * height }, (_, i) => (i % width) * 3 + Math.trunc(i / width) * 17);
+  return (await loadEncoder()).encode({ width, height, bytesPerPixel: 2, samples });
+}
 
 /** The files that the pages name. */
 const server = await FileServer.of({
@@ -16,7 +24,7 @@ const server = await FileServer.of({
   "tesk/tesk-decoder.wasm": { bytes: readFileSync(`${packageFolder}tesk-decoder.wasm`), type: "application/wasm" },
 });
 const consumer = new Consumer();
-consumer.write("scan.tk", golden("g16_photo16_242x271.c.tk"));
+consumer.write("scan.tk", await largeScan());
 symlinkSync(`${sourceFolder}build`, `${consumer.folder}/build`);
 after(() => {
   consumer.remove();

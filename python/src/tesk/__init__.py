@@ -1,6 +1,6 @@
 """Fast lossless compression of raw sensor images, readable from any prefix.
 
-stream = tesk.encode(image); image = tesk.decode(stream). The page docs/python.md of the sources shows the rest."""
+stream = tesk.encode(image); image = tesk.decode(stream). docs/python.md in the sources has the rest."""
 
 from ._bayer import merge_bayer, split_bayer
 from ._coding import decode, decode_prefix, encode
@@ -31,7 +31,7 @@ __all__ = [
 
 
 def load_ipython_extension(ipython: object) -> None:
-    """`%load_ext tesk` lets arrays that are images show themselves in a notebook."""
+    """`%load_ext tesk`: arrays that tesk can hold show themselves as images in a notebook."""
     from .notebook import load_ipython_extension as load
 
     load(ipython)

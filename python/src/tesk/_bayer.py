@@ -1,4 +1,4 @@
-"""The mosaic behind a Bayer filter and its four planes, which take fewer bits."""
+"""The mosaic of a Bayer filter, and its four planes, which compress better."""
 
 from __future__ import annotations
 
@@ -10,9 +10,9 @@ _PLACES = ((0, 0), (0, 1), (1, 0), (1, 1))
 
 
 def split_bayer(mosaic: Array) -> Array:
-    """Takes the mosaic of a camera apart: neighbours of one colour are more alike than neighbours of two.
+    """Splits the mosaic of a camera into planes of one colour, whose neighbours are more alike.
 
-    mosaic: shape (h, w), both even.
+    mosaic: shape (h, w), both even. The order of its colours does not matter.
     Returns: an array of shape (2 * h, w / 2): the four planes, one below the other."""
     if mosaic.ndim != 2 or mosaic.shape[0] % 2 or mosaic.shape[1] % 2:
         raise ValueError(f"a mosaic has two even sides; this has the shape {mosaic.shape}")
@@ -20,7 +20,7 @@ def split_bayer(mosaic: Array) -> Array:
 
 
 def merge_bayer(planes: Array) -> Array:
-    """Puts the four planes of split_bayer together again: shape (2 * h, w / 2) becomes (h, w)."""
+    """Undoes split_bayer. Returns: the mosaic, of shape (h, w), from planes of shape (2 * h, w / 2)."""
     if planes.ndim != 2 or planes.shape[0] % 4:
         raise ValueError(f"four planes have four times the rows of one; this has the shape {planes.shape}")
     height, width = planes.shape[0] // 2, planes.shape[1] * 2

@@ -1,7 +1,8 @@
-"""Chunks of zarr and HDF5 as pictures: both store the same streams.
+"""Chunks of zarr and HDF5 as images: both store the same streams.
 
-Axes of length 1 do not count. A last axis of 3 with uint8 is colour. All axes but the last (two, with colour) are
-stacked: a chunk of (8, 512, 512) is a picture of 4096 rows. Signed samples have their sign bit flipped."""
+Axes of length 1 are dropped. uint8 with a last axis of 3 is RGB. The last axis (RGB: the last but one) has the
+columns, and all axes before it become rows: a chunk of (8, 512, 512) is an image of 4096 rows. Signed samples are
+stored with the sign bit flipped."""
 
 from __future__ import annotations
 
@@ -18,7 +19,7 @@ _SIGN = {1: numpy.uint8(0x80), 2: numpy.uint16(0x8000)}
 
 
 def picture_shape(shape: tuple[int, ...], dtype: numpy.dtype[Any]) -> tuple[int, ...]:
-    """Returns: the shape of the picture of a chunk. Raises: TypeError, ValueError where it has none."""
+    """Returns: the shape of a chunk as an image. Raises: TypeError, ValueError where it cannot be one."""
     if dtype.byteorder == ">":
         raise TypeError(f"a chunk of {dtype.str}: store big-endian samples as little-endian ones")
     sides = [length for length in shape if length != 1]
@@ -36,7 +37,7 @@ def is_signed(dtype: numpy.dtype[Any]) -> bool:
 
 
 def as_picture(chunk: Array) -> Array:
-    """Returns: the picture of a chunk of any integers; encode looks at their type."""
+    """Returns: a chunk of any integers as an image. It does not check their type: encode does."""
     picture = chunk.reshape(picture_shape(chunk.shape, chunk.dtype))
     if not is_signed(chunk.dtype):
         return picture

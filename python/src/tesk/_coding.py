@@ -51,13 +51,13 @@ def encode(
 ) -> bytes:
     """Encodes an image: uint8 of shape (h, w) or (h, w, 3), or uint16 of shape (h, w), in any memory layout.
 
-    bits: significant bits of a sample; found from the samples unless given.
-    budget: the most bytes of the stream, 16 or more. Where it does not suffice the stream is cut there, and
-        decodes to an approximation.
-    verify: without a budget, decode the stream and compare it with the image before it is returned.
+    bits: how many low bits of a sample are used; found from the samples unless given.
+    budget: the most bytes of the stream, 16 or more. A longer stream is cut there, and decodes to an approximation.
+    verify: decode the new stream and compare it with the image before it is returned. Not with a budget.
 
     Returns: the stream. Without a budget it restores the image exactly.
-    Raises: TypeError for other arrays; Error where a side is above 65535, or is 1: no stream restores that."""
+    Raises: TypeError for other arrays; ValueError for bits or a budget that do not fit; Error where a side is above
+        65535, and where a side is 1, unless all samples are 0: no stream restores that."""
     pixels = pixels_of(image)
     pixels.geometry.bits_per_pixel = declared_bits(bits, pixels)
     codec = codec_of_thread(verify)
@@ -78,14 +78,15 @@ def decode(
     reduce: int = 0,
     max_pixels: int = DEFAULT_MAX_PIXELS,
 ) -> Array:
-    """Decodes a stream, which may be any buffer. What follows the stream in the buffer is not looked at.
+    """Decodes a stream, which may be any buffer. Bytes after the stream are ignored.
 
-    out: a writable array of the picture's shape and type to decode into; gaps between its rows stay as they are.
-    partial: accept a stream that is cut, whose picture is an approximation.
-    reduce: halve both sides so often, 0 to 5: a small picture for a part of the time.
-    max_pixels: the most pixels of the picture.
+    out: a writable array of the right shape and type to decode into. Gaps between its rows stay as they are.
+    partial: accept a cut stream, and return an approximation.
+    reduce: divide both sides by 2**reduce, 0 to 5, which takes less time.
+    max_pixels: the most pixels of the result.
 
-    Raises: Error for what is no stream, for a cut one unless partial, for too many pixels."""
+    Raises: Error where it is no stream, is cut (unless partial) or has too many pixels; ValueError and TypeError for
+        arguments that do not fit."""
     picture, is_complete = decode_prefix(stream, out=out, reduce=reduce, max_pixels=max_pixels)
     if not is_complete and not partial:
         raise cut_error()
@@ -95,9 +96,9 @@ def decode(
 def decode_prefix(
     stream: Buffer, *, out: Array | None = None, reduce: int = 0, max_pixels: int = DEFAULT_MAX_PIXELS
 ) -> tuple[Array, bool]:
-    """Decodes a stream or the beginning of one, of 16 bytes or more.
+    """Decodes a stream or any prefix of 16 bytes or more. The arguments are those of decode.
 
-    Returns: the picture, and whether the stream was complete; if not, the picture is an approximation.
+    Returns: the image, and whether the stream is complete. If not, the image is an approximation.
     Raises: as decode."""
     view = bytes_of(stream)
     geometry = reduced_geometry(geometry_of_stream(stream), reduce)

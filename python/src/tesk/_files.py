@@ -20,7 +20,7 @@ PathLike = Union[str, "os.PathLike[str]"]
 def read(path: PathLike, *, partial: bool = False, **as_decode: Any) -> Array:
     """Decodes the stream of a file. The other arguments are those of tesk.decode.
 
-    Raises: Error where the file is damaged, cut (unless partial), or has something else behind its stream."""
+    Raises: Error where the file is damaged, is cut (unless partial), or has bytes after its stream that are no trailer."""
     stream, _ = trailer.split(Path(path).read_bytes())
     if not partial:
         length, is_complete = measure(stream)
@@ -31,15 +31,17 @@ def read(path: PathLike, *, partial: bool = False, **as_decode: Any) -> Array:
 
 
 def read_metadata(path: PathLike) -> dict[str, Any]:
-    """Returns: the metadata in the trailer of a file, by the names of tesk.trailer.join. Raises: as read."""
+    """Returns: the metadata of a file, by the names of tesk.trailer.join; empty without a trailer.
+    Raises: Error where the file has a trailer and is damaged."""
     return trailer.split(Path(path).read_bytes())[1]
 
 
 def write(path: PathLike, image: Any, *, metadata: Mapping[str, Any] | None = None, **as_encode: Any) -> None:
-    """Encodes an image into a file, which has its name only when it is complete; a file of that name is replaced.
+    """Encodes an image into a file. Writes under another name first: the file is complete when it gets its name. A file
+    of that name is replaced.
 
-    metadata: what a trailer keeps, by the names of tesk.trailer.join.
-    The other arguments are those of tesk.encode. With a budget the file is the stream alone."""
+    metadata: a dict, with the names of tesk.trailer.join.
+    The other arguments are those of tesk.encode. With a budget the file is the stream alone, and has no metadata."""
     stream = encode(image, **as_encode)
     if as_encode.get("budget") is None:
         stream = trailer.join(stream, metadata)

@@ -14,14 +14,14 @@ from ._tesk import ffi, lib
 
 @dataclass(frozen=True)
 class Info:
-    """The picture of a stream. In a notebook it shows itself, with a small picture of what has come."""
+    """What a stream holds. In a notebook it shows itself, with a small image of as much of the stream as there is."""
 
     shape: tuple[int, ...]
     """(height, width), or (height, width, 3) for colour."""
     dtype: numpy.dtype[Any]
     """uint8 or uint16."""
     bits: int
-    """Significant bits of a sample, as declared."""
+    """Declared bits: how many low bits of a sample are used."""
     _stream: Any = field(default=None, repr=False, compare=False)
 
     @property
@@ -51,7 +51,7 @@ def geometry_of_stream(stream: Buffer) -> Any:
 
 
 def probe(stream: Buffer) -> Info:
-    """Reads what a stream holds, from its first 16 bytes. Decodes and allocates nothing.
+    """Reads shape, type and bits from the first 16 bytes of a stream. Decodes nothing.
 
     Raises: Error where they are no stream."""
     geometry = geometry_of_stream(stream)
@@ -67,10 +67,10 @@ def cut_error() -> Error:
 
 
 def measure(stream: Buffer) -> tuple[int, bool]:
-    """Finds where a stream ends, without decoding it: what follows it is not part of it.
+    """Finds where a stream ends, without decoding it. Other bytes may follow it.
 
-    Returns: its bytes, and whether it is complete; all bytes that there are where it is cut.
-    Raises: Error where they are no stream."""
+    Returns: the length of the stream in bytes, and whether it is complete. Of a cut stream: the length of the buffer.
+    Raises: Error where it is no stream."""
     view = bytes_of(stream)
     length = ffi.new("size_t *")
     status = lib.tesk_measure(view, len(view), length)

@@ -15,9 +15,8 @@ Buffer = Union[bytes, bytearray, memoryview, Array]
 
 
 class Error(ValueError):
-    """What tesk refuses. `status` is the number that tesk.h has for the reason: 1 for a stream that is cut, 3 for
-    what is no stream, 4 for an image that no stream holds, 5 for a limit, 9 for an image that no stream restores.
-    Where memory ends it is a MemoryError."""
+    """What tesk refuses. `status` is the number in tesk.h: 1 a cut stream, 3 no stream or a damaged one, 4 an image
+    that no stream can hold, 5 more than a limit, 9 an image that no stream restores. Without memory it is a MemoryError."""
 
     def __init__(self, message: str, status: int) -> None:
         # Both are arguments, so that the error comes through pickle to another process.

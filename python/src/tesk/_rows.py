@@ -1,4 +1,4 @@
-"""Images that come or go by rows, so that memory holds the stream and a few rows of them."""
+"""Images row by row: memory holds the stream and a few rows."""
 
 from __future__ import annotations
 
@@ -74,7 +74,7 @@ class _RowCodec:
 
 
 class Encoder(_RowCodec):
-    """Encodes an image whose rows come any number at a time:
+    """Encodes an image row by row. Write any number of rows at a time:
 
         with tesk.Encoder((height, width), "uint16", bits=12) as encoder:
             for rows in camera:
@@ -82,8 +82,8 @@ class Encoder(_RowCodec):
             stream = encoder.finish()
 
     shape: (height, width), or (height, width, 3) for colour, which is uint8.
-    bits: significant bits of a sample; all of the type unless given.
-    budget, verify: as for tesk.encode. The bytes are those of tesk.encode with the same bits."""
+    bits: how many low bits of a sample are used. All bits of the type unless given: it cannot look ahead.
+    budget, verify: as for tesk.encode. With the same bits the stream is that of tesk.encode."""
 
     def __init__(
         self,
@@ -124,7 +124,7 @@ class Encoder(_RowCodec):
 
     @_one_at_a_time
     def finish(self) -> bytes:
-        """Returns: the stream. Raises: ValueError where rows are missing, else as tesk.encode."""
+        """Returns: the stream. Raises: ValueError where rows are missing; otherwise as tesk.encode."""
         self._require_open()
         if self._rows_done < self.shape[0]:
             raise ValueError(f"{self._rows_done} rows have come; the image has {self.shape[0]}")
@@ -137,7 +137,7 @@ class Encoder(_RowCodec):
 
 
 class Decoder(_RowCodec):
-    """Decodes a stream by rows, from the upper edge on:
+    """Decodes a stream row by row, from the top:
 
         with tesk.Decoder(stream) as decoder:
             for rows in decoder.blocks(256):
@@ -172,7 +172,7 @@ class Decoder(_RowCodec):
 
     @_one_at_a_time
     def read(self, count: int, *, out: Array | None = None) -> Array:
-        """Returns: the next rows, fewer at the lower edge and none behind it. out: as for tesk.decode."""
+        """Returns: the next rows, fewer at the end of the image, and none after it. out: as for tesk.decode."""
         self._require_open()
         if count < 0:
             raise ValueError(f"count is {count}")
@@ -189,7 +189,7 @@ class Decoder(_RowCodec):
         return pixels.array
 
     def blocks(self, row_count: int) -> Iterator[Array]:
-        """Returns: the rows that are left, row_count at a time, fewer at the lower edge."""
+        """Returns: the rows that are left, row_count at a time; the last block may have fewer."""
         if row_count < 1:
             raise ValueError(f"row_count is {row_count}; a block has at least a row")
         return self._blocks(row_count)

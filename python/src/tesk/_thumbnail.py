@@ -1,4 +1,4 @@
-"""Small pictures of 8 bits, as tesk-convert --thumbnail makes them."""
+"""Thumbnails of 8 bits, as tesk-convert --thumbnail makes them."""
 
 from __future__ import annotations
 
@@ -12,12 +12,12 @@ from ._native import Array, Buffer
 
 
 def thumbnail(stream: Buffer, side: int, *, max_pixels: int = DEFAULT_MAX_PIXELS) -> Array:
-    """Decodes a stream, or the beginning of one, to a picture whose sides are at most `side` pixels.
+    """Decodes a stream or any prefix of it to an image whose sides have at most `side` pixels.
 
-    Returns: uint8 of shape (h, w) or (h, w, 3); gray samples are scaled by their declared bits, or more where they
-        have more. An image that is smaller keeps its size.
-    Raises: as tesk.decode. max_pixels counts the pixels that are decoded: up to 4 * side * side, or more where an
-        image is more than 64 times as long as side."""
+    Returns: uint8 of shape (h, w) or (h, w, 3). An image that is smaller keeps its size. Gray samples are scaled to 8
+        bits from their declared bits, or from more if they use more.
+    Raises: as tesk.decode, except that it accepts a cut stream. max_pixels limits the pixels that are decoded: up to
+        4 * side * side, or more if the image is more than 64 times as long as side."""
     if side < 1:
         raise ValueError(f"side is {side}; a picture has at least a pixel")
     geometry = geometry_of_stream(stream)

@@ -1,8 +1,8 @@
 """HDF5 files whose chunks are streams of tesk, with and without the filter plugin of HDF5.
 
-Where the plugin is installed, h5py reads such datasets by itself, and `compression=tesk.hdf5.FILTER` makes them
-(docs/hdf5.md). What is here goes past the filter: chunk by chunk, from any number of threads that encode, and with
-a h5py that cannot load it. Both make the same files."""
+With the plugin, h5py reads such datasets by itself, and `compression=tesk.hdf5.FILTER` makes them (docs/hdf5.md). This
+module does not use the plugin: it writes and reads chunk by chunk, from any number of threads, and with an h5py that
+cannot load the plugin. Both make the same files."""
 
 from __future__ import annotations
 
@@ -19,7 +19,7 @@ from ._pixels import bytes_per_pixel, checked_bits, geometry_of
 from ._tesk import lib
 
 FILTER = 32799
-"""The number of the filter, for use inside a house until The HDF Group gives it one."""
+"""The number of the filter, for use inside one organisation until The HDF Group registers one."""
 
 _VERSION = 1
 _SIGNED = 1
@@ -37,8 +37,8 @@ def create_dataset(
 ) -> Any:
     """Creates a dataset with the filter, whether or not the plugin is there.
 
-    parent: a file or group of h5py. bits: significant bits of a sample; found for each chunk unless given.
-    Returns: the dataset. Raises: TypeError, ValueError where no stream holds such chunks."""
+    parent: a file or group of h5py. bits: how many low bits of a sample are used; found for each chunk unless given.
+    Returns: the dataset. Raises: TypeError, ValueError where no stream can hold such chunks."""
     kind = numpy.dtype(dtype)
     creation = h5py.h5p.create(h5py.h5p.DATASET_CREATE)
     creation.set_chunk(chunks)
@@ -55,7 +55,7 @@ def write_chunk(
 
     samples: an array of the dataset's type, of the shape of its chunks; axes of length 1 may be missing.
     bits: those of the dataset unless given. verify: as for tesk.encode.
-    Raises: ValueError where the dataset has other chunks or filters."""
+    Raises: ValueError where the dataset has other chunks, or another filter besides, as fletcher32."""
     bits_of_dataset = _filter_bits(dataset)
     if isinstance(samples, numpy.ma.MaskedArray):
         raise TypeError("a chunk has no place for the mask of a masked array: write its .data")
@@ -71,7 +71,8 @@ def write_chunk(
 
 def read_chunk(dataset: Any, offset: tuple[int, ...], *, max_pixels: int = DEFAULT_MAX_PIXELS) -> Array:
     """Returns: the samples of the chunk that begins at `offset`, in the shape of the dataset's chunks.
-    Raises: Error unless it is a complete stream of such a chunk and nothing else, ValueError where it was never written."""
+    Raises: Error unless it is a complete stream of such a chunk and nothing else; ValueError where it was never
+        written, and where the dataset has another filter besides."""
     _filter_bits(dataset)
     info = dataset.id.get_chunk_info_by_coord(offset)
     if info.byte_offset is None:

@@ -16,9 +16,9 @@ _MOST_BITS = 16
 
 
 class Tesk(Codec):  # type: ignore[misc]
-    """bits: significant bits of a sample; found for each chunk unless given.
-    signed: samples are int8 or int16; their sign bit is flipped, which costs nothing.
-    verify: decode each chunk and compare it before it is stored."""
+    """bits: how many low bits of a sample are used; found for each chunk unless given.
+    signed: samples are int8 or int16. They are stored with the sign bit flipped, at no cost.
+    verify: decode each chunk and compare it with its samples before it is stored."""
 
     codec_id = "tesk"
 
@@ -31,7 +31,7 @@ class Tesk(Codec):  # type: ignore[misc]
         self.verify = verify
 
     def encode(self, buf: Any) -> bytes:
-        """Raises: TypeError, ValueError, Error for chunks that are no pictures, or larger than decode allows."""
+        """Raises: TypeError, ValueError, Error for chunks that cannot be images, or are larger than decode allows."""
         chunk = _in_memory_order(ensure_ndarray(buf))
         if (chunk.dtype.kind == "i") != self.signed:
             raise TypeError(f"a chunk of {chunk.dtype.name} with signed={self.signed}")
@@ -48,8 +48,8 @@ class Tesk(Codec):  # type: ignore[misc]
 
 
 def _in_memory_order(array: Array) -> Array:
-    """A chunk of order "F" comes as its array. What lies in memory is the transposed one, and zarr takes the
-    decoded samples as they lie in memory."""
+    """zarr passes a chunk of order "F" as its array, whose samples are transposed in memory, and expects decoded
+    samples in the order of memory."""
     if array.flags.f_contiguous and not array.flags.c_contiguous:
         return array.T
     return array

@@ -1,6 +1,6 @@
 """The plugin for Pillow: `import tesk.pillow`, then Image.open and Image.save know .tk files.
 
-Modes are L, RGB and I;16. A cut stream opens as an approximation; info["complete"] says whether it is whole."""
+Modes are L, RGB and I;16. A cut stream opens as an approximation; info["complete"] says whether it is complete."""
 
 from __future__ import annotations
 
@@ -52,7 +52,7 @@ class TeskImageFile(ImageFile.ImageFile):  # type: ignore[misc]
             self.mode = mode
 
     def draft(self, mode: str | None, size: tuple[int, int] | None) -> tuple[str, tuple[float, ...]] | None:
-        """Before it is loaded, an image can be halved at little cost: Image.thumbnail asks for it."""
+        """Chooses a reduced image before anything is decoded. Image.thumbnail calls it."""
         if self._is_loaded or size is None:
             return None
         self._reduce = _halvings(self._geometry, size)

@@ -1,4 +1,4 @@
-"""Metadata and a checksum behind a stream, as docs/trailer.md of the sources describes them."""
+"""Metadata and a checksum after a stream, as docs/trailer.md in the sources describes them."""
 
 from __future__ import annotations
 
@@ -60,13 +60,13 @@ _READERS: dict[str, Callable[[memoryview], Any]] = {
 
 
 def join(stream: Buffer, metadata: Mapping[str, Any] | None = None) -> bytes:
-    """Returns: a complete stream with its trailer behind it: a checksum, and metadata by name:
+    """Returns: a complete stream, and after it the trailer: a checksum, and metadata by name:
 
-    icc, exif: bytes; xmp, desc: text; res: pixels per metre across and down; max: the largest sample value that
-    the image may have; raw: the type of the raw file that the image comes from.
+    icc, exif: bytes; xmp, desc: text; res: pixels per metre across and down; max: the largest value that a sample may
+    have; raw: text, the type of the raw file that the image comes from.
 
-    Raises: KeyError for another name, TypeError and ValueError for a value that has no place in its box, Error where
-        the stream is cut: it has no place for a trailer."""
+    Raises: KeyError for another name; TypeError and ValueError for a value that does not fit; Error where the stream is
+        cut, since only a complete one can have a trailer."""
     view = bytes_view(stream)
     if measure(view) != (len(view), True):
         raise Error("only a complete stream has a trailer", lib.TESK_CUT)
@@ -90,8 +90,8 @@ def _box(name: str, data: bytes) -> bytes:
 
 
 def split(file: Buffer) -> tuple[memoryview, dict[str, Any]]:
-    """Returns: the stream of a file, and the metadata of its trailer; all of the file where it has no trailer.
-    Raises: Error where the checksum of the trailer is another, or the stream ends elsewhere."""
+    """Returns: the stream of a file, and the metadata of its trailer. Without a trailer: all of the file, and none.
+    Raises: Error where the checksum is wrong, or the stream does not end where the trailer begins."""
     view = bytes_view(file)
     boxes = _boxes(view)
     if boxes is None:
