@@ -49,7 +49,6 @@ class Cut(unittest.TestCase):
             self.assertLess(max(map(abs, others)), 0.01)
         self.assertEqual(f"{max(gains('gray8', 'JPEG') + gains('rgb8', 'JPEG')):.1f}", "1.1")
 
-
     def test_for_the_same_psnr_all_take_fewer_bytes_and_jpeg_mostly_more(self):
         for codec in CURVES.codecs[1:]:
             times = [CURVES.times_the_bytes(kind, codec, quality) for kind in KIND_NAMES for quality in DECIBELS]
