@@ -12,7 +12,7 @@ from report_tables import KIND_NAMES, METRICS
 PAGE = "docs/comparison.md"
 CURVES = tuple(f"docs/images/comparison/{name}.svg" for name in METRICS)
 TABLES = {
-    "lossy-words": report_words.lossy_words,
+    "lossy-differences": report_tables.differences,
     "drawing-words": report_words.drawing_words,
     "versions": report_words.version_words,
     "same-quality": report_tables.same_quality,

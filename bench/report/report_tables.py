@@ -10,6 +10,7 @@ KIND_NAMES = {"gray8": "gray", "rgb8": "colours"}
 PSNR, SSIM = 1, 2
 METRICS = {"psnr": PSNR, "ssim": SSIM}
 RATES = (0.1, 0.25, 0.5, 1, 2)
+TWO_RATES = (0.25, 2)
 DECIBELS = (30, 35, 40)
 GENERATED = "generated"
 EACH_AT = 0.5
@@ -92,8 +93,22 @@ def rates(comparison, kind, metric):
     return table([f"{unit}, {KIND_NAMES[kind]}, at bits per sample", *map(str, RATES)], rows)
 
 
+def differences(comparison):
+    """How far tesk is above or below the others in two sizes."""
+    curves = Curves(comparison)
+    others = [codec for codec in curves.codecs if codec != FIRST]
+
+    def cell(kind, codec, bits):
+        other, own = (curves.mean(kind, name, bits, PSNR) for name in (codec, FIRST))
+        return NONE if None in (other, own) else signed(own - other, 1)
+
+    rows = [[f"{KIND_NAMES[kind]}, {bits} bits per sample", *(cell(kind, codec, bits) for codec in others)]
+            for bits in TWO_RATES for kind in KIND_NAMES]  # fmt: skip
+    return table(["dB of tesk beside", *others], rows)
+
+
 def same_quality(comparison):
-    """How many times the bytes of others tesk takes for a PSNR."""
+    """Bytes of tesk over those of others for a PSNR."""
     curves = Curves(comparison)
 
     def cell(kind, codec, quality):
@@ -103,7 +118,7 @@ def same_quality(comparison):
     places = [(kind, quality) for kind in KIND_NAMES for quality in DECIBELS]
     rows = [[codec, *(cell(kind, codec, quality) for kind, quality in places)]
             for codec in curves.codecs if codec != FIRST]  # fmt: skip
-    return table(["bytes of tesk for one of", *(f"{KIND_NAMES[kind]}, {quality} dB" for kind, quality in places)], rows)
+    return table(["bytes of tesk / bytes of", *(f"{KIND_NAMES[kind]}, {quality} dB" for kind, quality in places)], rows)
 
 
 def each_picture(comparison):

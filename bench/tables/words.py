@@ -31,8 +31,8 @@ def versions(figures):
 def machine_words(figures):
     before, after = figures["load"]
     return wrapped(f"{machine_line(figures)}, Linux {figures['kernel']}; tesk {figures['versions'][FIRST]} of commit "
-                   f"{figures['commit']} at {level_of(figures)}, {versions(figures)}. Rounds: {figures['rounds']}. "
-                   f"Load: {before} before, {after} after, of which 1 is the bench.{busy_words(figures)}")  # fmt: skip
+                   f"{figures['commit']} {LEVELS[level_of(figures)]}, {versions(figures)}. {figures['rounds']} rounds. Load "
+                   f"average: {before} before, {after} after; the benchmark itself counts 1.{busy_words(figures)}")  # fmt: skip
 
 
 def busy_words(figures):
@@ -56,13 +56,10 @@ def margins(peers, way, level):
 
 
 def speed_words(figures):
-    """The sentences of docs/comparison.md, for the best level of the processor and the plain one."""
+    """The list of docs/comparison.md, an entry for each level of the processor."""
     peers = PeerFigures(figures)
-    ends = (peers.levels[0], peers.levels[-1])
-    best, plain = ([margins(peers, way, level) for way in ("compress", "decompress")] for level in ends)
-    return wrapped(f"Beside the fastest other codec of each kind of photographs, tesk at {ends[0]} compresses {best[0]} "
-                   f"times as fast, and decompresses {best[1]} times as fast. At {ends[1]} it is {plain[0]} and {plain[1]} "
-                   f"times as fast; below 1 it is slower.")  # fmt: skip
+    each = ([LEVELS[level], *(margins(peers, way, level) for way in ("compress", "decompress"))] for level in peers.levels)
+    return "\n".join(f"- {name}: compression {compress}, decompression {decompress}" for name, compress, decompress in each)
 
 
 def front_words(figures):

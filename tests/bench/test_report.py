@@ -77,12 +77,18 @@ class Tables(unittest.TestCase):
                                 "| map | 9 x 9, colours | **600** | 200 (3.0) | 300 (2.0) |"])  # fmt: skip
         self.assertIn("3 to 8 times the bytes of PNG, and 3 to 16 times those", report_words.drawing_words(compared()))
 
-    def test_the_worst_is_named_first(self):
+    def test_a_codec_that_does_not_go_so_far_is_no_better_and_no_worse(self):
         three = compared()
         for picture in three["curves"]:
-            picture["points"]["Y"] = line(20 + picture["points"]["tesk"][0][1] - 20 + 5)
-        words = report_words.rate_words(three, "gray8", 0.25)
-        self.assertEqual(words, "Photographs in gray at 0.25 bits per sample, dB of tesk: −5.0 beside Y, −3.0 beside X.")
+            picture["points"]["Y"] = line(picture["points"]["tesk"][0][1] + 5)[:3]
+        rows = report_tables.differences(three).splitlines()
+        self.assertEqual(rows[0], "| dB of tesk beside | X | Y |")
+        self.assertEqual([rows[2], rows[4]], ["| gray, 0.25 bits per sample | −3.0 | – |", "| gray, 2 bits per sample | −3.0 | – |"])
+
+    def test_versions_are_those_of_the_makers(self):
+        made = {"processor": {"name": "P", "family": 6, "model": 1, "count": 2}, "system": "S", "compiler": "C", "date": "D",
+                "commit": "12", "versions": {"X": "0.9.0-3+b1", "Y": "2.5.0"}}  # fmt: skip
+        self.assertTrue(report_words.version_words(made).endswith("; X 0.9.0, Y 2.5.0."))
 
 
 class Pages(unittest.TestCase):

@@ -13,7 +13,7 @@ from bench_case import SOURCE, two_photographs
 import pages
 import peer_tables
 from summary import PeerFigures, factor, number
-from words import margins
+from words import margins, speed_words
 
 
 class Numbers(unittest.TestCase):
@@ -51,6 +51,11 @@ class Tables(unittest.TestCase):
         # Of compression 5 and 10 times beside OpenJPH, at the lower level 2.5 and 5 times.
         self.assertEqual([margins(self.peers, "compress", level) for level in ("avx2", "scalar")],
                          ["7.1 to 7.1", "3.5 to 3.5"])  # fmt: skip
+
+    def test_speeds_are_told_for_each_level(self):
+        self.assertEqual(speed_words(two_photographs()).splitlines(),
+                         ["- with AVX2: compression 7.1 to 7.1, decompression 3.0 to 3.0",
+                          "- in plain C++: compression 3.5 to 3.5, decompression 1.5 to 1.5"])  # fmt: skip
 
     def test_the_front_page_has_million_samples_in_a_second(self):
         # 4 ns in the mean are 250 million, 28.3 ns are 35, 6 ns are 167; what a codec does not take is –.

@@ -208,6 +208,11 @@ class Folders(FilesCase):
         self.assertEqual(said[0], "in/a.png: would have the same output as 'a.png'")
         self.assertEqual(self.files_below("out"), ["a.png.tk"])
 
+    def test_two_inputs_with_one_output_are_no_finished_run(self):
+        self.convert("-d", "out", "a.png")
+        said = self.convert("-d", "out", "--resume", "a.png", "in/a.png", status=1)
+        self.assertEqual(said[0], "in/a.png: would have the same output as 'a.png'")
+
     def test_one_file_by_two_names(self):
         said = self.convert("-j2", "-r", "in/b/d", "in/b/../b/d", status=1)
         self.assertEqual(said[0], "in/b/../b/d/e.png: would have the same output as 'in/b/d/e.png'")
