@@ -9,8 +9,8 @@ namespace qmx {
 
 #pragma GCC visibility push(default)
 
-/// Decompresses one stream that begins with its header. The magic is not looked at. decompress holds a raw
-/// image besides the caller's until all of it is decoded: who is stopped has written nothing.
+/// Decompresses one stream that begins with its header. It does not look at the magic. decompress holds a raw
+/// image besides the caller's until all of it is decoded, so it writes nothing if it is stopped.
 /// Format: docs/format.md, 13 Decoding, memory profile.
 class CTeskDecompressor : public ITeskDecompressor, protected CTeskHeader {
 public:

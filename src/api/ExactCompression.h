@@ -6,7 +6,7 @@ namespace qmx {
 
 #pragma GCC visibility push(default)
 
-/// What became of an image that was to be compressed without any loss.
+/// The outcome of compressExactly.
 enum class Exactness {
     /// The plain stream restores it.
     plain,
@@ -28,13 +28,14 @@ struct ExactStream {
     std::vector<unsigned char> bytes;
 };
 
-/// Compresses a raw image to a complete stream that restores it, which plain streams of some images
-/// do not: of small, flat or thin ones, and of those with samples beyond their bits.
+/// Compresses a raw image to a complete stream that restores it. Plain streams do not restore some images: small,
+/// flat or thin ones, and those whose samples exceed their declared bits.
 /// Format: docs/format.md, 15 Images that do not come back.
 ///
 ///  - width, height, sampleBits, pixelBytes, data: as for CTeskCompressor.
-///  - verify: decode the stream and compare it with the image in the end.
+///  - verify: whether to decode the stream in the end and to compare it with the image.
 ///
+/// Returns: the stream, and what was done for it.
 /// Throws: std::bad_alloc.
 ExactStream compressExactly(int width, int height, int sampleBits, int pixelBytes, const void* data,
                             bool verify = true);

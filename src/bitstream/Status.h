@@ -21,10 +21,10 @@ inline constexpr int kComplete = 0;
 inline constexpr int kCut = 4;
 /// Stopped on request; the next call goes on where this one stopped.
 inline constexpr int kSuspended = 8;
-/// Killed while the decoder read section headers.
+/// Killed while the decoder was reading section headers.
 inline constexpr int kKilled = 16;
-/// A section header names a plane or an order that the image does not have; the codec objects also
-/// answer this for a format that they do not know.
+/// A section header names a plane or an order that the image does not have. The codec objects also return this
+/// for a format that they do not know.
 inline constexpr int kInvalidSection = 128;
 /// The coder has not run yet.
 inline constexpr int kNotRun = -1;

@@ -9,7 +9,7 @@ namespace qmx {
 
 #pragma GCC visibility push(default)
 
-/// The 16 bytes in front of every stream, as they stand in the file.
+/// The first 16 bytes of every stream, as they are in the file.
 /// Format: docs/format.md, 3 Header.
 struct TKHeader {
     static constexpr char kMagic[] = {'T', 'K', '3', '0'};
@@ -17,12 +17,12 @@ struct TKHeader {
     char magic[4];
     /// 1: one plane of 8 bits; 2: one plane of 16 bits; 3: three interleaved planes of 8 bits.
     std::uint8_t bytesPerPixel;
-    /// Significant bits of one sample: 8 for an RGB image of 8-bit samples, not 24.
+    /// Declared bits of one sample: 8 for an RGB image of 8-bit samples, not 24.
     std::uint8_t bitsPerPixel;
     /// Pixels, little-endian.
     std::uint16_t xSize;
     std::uint16_t ySize;
-    /// Written as 0, ignored on reading.
+    /// Written as 0, ignored when read.
     std::uint8_t reserved[6];
 
     bool isRecognised() const { return std::memcmp(magic, kMagic, sizeof magic) == 0; }

@@ -29,3 +29,14 @@ def source_name(above):
     """Returns: the C file that is named last above a block, None when there is none."""
     names = re.findall(r"`([a-z_]+\.c)`", above)
     return names[-1] if names else None
+
+
+def programs(page):
+    """Returns: the text of each C program by its file name. A block belongs to the file that is named above it, or
+    goes on with the one before."""
+    texts, name = {}, None
+    for kind, text, above in blocks(page):
+        if kind == "c":
+            name = source_name(above) or name
+            texts[name] = texts[name] + "\n" + text if name in texts else text
+    return texts
