@@ -68,7 +68,7 @@ def front_words(figures):
     best, *others = [(LEVELS[level], *(margins(peers, way, level) for way in ("compress", "decompress")))
                      for level in peers.levels]  # fmt: skip
     rest = ", ".join(f"{compress} and {decompress} {name}" for name, compress, decompress in others)
-    return wrapped(f"tesk compresses and verifies {best[1]} times as fast as the next fastest codec that we measured, "
+    return wrapped(f"tesk compresses and verifies {best[1]} times as fast as the next fastest image codec that we measured, "
                    f"and decompresses {best[2]} times as fast, {best[0]}. The factors are {rest}: below 1 the other codec is "
                    "faster.")  # fmt: skip
 
