@@ -26,7 +26,7 @@ bool readPicture(const char* argument, Picture& picture) {
     tesk_image& image = picture.image;
     if (std::sscanf(argument, "%4095[^,],%u,%u,%u,%u", name, &image.bytes_per_pixel,
                     &image.bits_per_pixel, &image.width, &image.height) != 5) {
-        std::fprintf(stderr, "--image=%s: not FILE,BYTES/PIXEL,BITS/PIXEL,WIDTH,HEIGHT\n",
+        std::fprintf(stderr, "--image=%s: not FILE,BYTES/PIXEL,BITS/SAMPLE,WIDTH,HEIGHT\n",
                      argument);
         return false;
     }

@@ -31,7 +31,7 @@ std::vector<Picture> generatedPictures();
 /// Requires: width and height are those of the picture at most.
 Picture middleOf(const Picture& picture, std::uint32_t width, std::uint32_t height);
 
-/// Takes the arguments `--image=FILE,BYTES/PIXEL,BITS/PIXEL,WIDTH,HEIGHT` out of argv and reads those
+/// Takes the arguments `--image=FILE,BYTES/PIXEL,BITS/SAMPLE,WIDTH,HEIGHT` out of argv and reads those
 /// files. Returns: false, after a line on standard error, when one of them is of no use.
 bool takePictures(int& argc, char** argv, std::vector<Picture>& pictures);
 

@@ -2,7 +2,7 @@
 // it wrote with the image and one that does not, decompression; whole pictures and small ones from their
 // middle; from memory to memory, one thread, through the C interface.
 //
-// `calls [--cpu-level=LEVEL] [--rounds=N] [--json] [--image=FILE,BYTES/PIXEL,BITS/PIXEL,WIDTH,HEIGHT ...]`: without
+// `calls [--cpu-level=LEVEL] [--rounds=N] [--json] [--image=FILE,BYTES/PIXEL,BITS/SAMPLE,WIDTH,HEIGHT ...]`: without
 // images it takes those of tesk_bench. Every round makes each kind of call once, so that a slow moment of the
 // machine meets all of them, and the fastest round counts. Times are processor times. Page faults are
 // those of the last round.

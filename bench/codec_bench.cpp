@@ -2,7 +2,7 @@
 // through the C interface.
 //
 // `--cpu-level=scalar|avx2|avx512`, as the first argument, holds the kernels at a level. Without
-// `--image=FILE,BYTES/PIXEL,BITS/PIXEL,WIDTH,HEIGHT`, given any number of times, it works on generated
+// `--image=FILE,BYTES/PIXEL,BITS/SAMPLE,WIDTH,HEIGHT`, given any number of times, it works on generated
 // images of 3000 x 2000 pixels, one of each sample type. All other arguments are those of Google
 // Benchmark.
 

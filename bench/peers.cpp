@@ -1,7 +1,7 @@
 // tesk beside general lossless codecs and memcpy: memory to memory, one thread, the same images, in
 // the same run.
 //
-// `peers [--cpu-level=LEVEL] [--rounds=N] [--own] [--json] [--image=FILE,BYTES/PIXEL,BITS/PIXEL,WIDTH,HEIGHT ...]`.
+// `peers [--cpu-level=LEVEL] [--rounds=N] [--own] [--json] [--image=FILE,BYTES/PIXEL,BITS/SAMPLE,WIDTH,HEIGHT ...]`.
 // The level is that of tesk; with --own it runs without other codecs; without images it takes those of
 // tesk_bench. tesk is there twice: as callers get it by default, with streams that are compared with their
 // images, and without that. Every round runs every codec once, so that a slow moment of the machine

@@ -1,4 +1,4 @@
-// Times the package in Node: `node wasm/bench.mjs FILE,BYTES/PIXEL,BITS/PIXEL,WIDTH,HEIGHT ...`, raw files.
+// Times the package in Node: `node wasm/bench.mjs FILE,BYTES/PIXEL,BITS/SAMPLE,WIDTH,HEIGHT ...`, raw files.
 // Each figure is the least of several runs, in milliseconds.
 
 import { readFileSync } from "node:fs";

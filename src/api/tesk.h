@@ -25,7 +25,8 @@
  * writes; it does not restore every image. To verify a stream is to decode it and to compare it with the image
  * before the call returns.
  *
- * The stream: docs/format.md in the sources of tesk, memory profile.
+ * The stream: docs/format.md in the sources of tesk, with the coefficient widths of the memory profile. Unlike the
+ * C++ objects, these calls check the magic, and take a stream of 16 bytes.
  */
 
 #include <stddef.h>
@@ -256,8 +257,9 @@ typedef struct tesk_result {
  *  - pixels: height rows of width pixels; row_stride_bytes from one row to the next, 0 for rows without gaps.
  *    pixels may be null if the image has none.
  *  - budget_bytes: the most bytes that the stream may have, header included; at least 16. A longer stream is cut
- *    to exactly that size: TESK_CUT. From 17 bytes on it decodes to an approximation, unless TESK_PLAIN is set;
- *    16 bytes are the header alone, which decodes to zeros. 0: no budget, the stream is complete.
+ *    to exactly that size: TESK_CUT. From 17 bytes on it decodes to an approximation; with TESK_PLAIN decoders
+ *    may refuse some cut streams, TESK_LOSS_LONG_SECTION. 16 bytes are the header alone, which decodes to zeros.
+ *    0: no budget, the stream is complete.
  *  - out: out_bytes bytes. Null has no room: the call then returns TESK_BUFFER_TOO_SMALL and says in result how
  *    many bytes are needed.
  *  - block: *block belongs to the caller, who gives it to tesk_release_block. It is null unless the status is

@@ -1,7 +1,7 @@
 // The pages: every block of README.md of the package and of docs/browser.md is run, in a page that is a stand-in.
 
 import assert from "node:assert/strict";
-import { readdirSync, readFileSync, symlinkSync } from "node:fs";
+import { readFileSync, symlinkSync } from "node:fs";
 import test, { after } from "node:test";
 import { pathToFileURL } from "node:url";
 
@@ -59,6 +59,8 @@ class StandInWorker {
     this.loaded = import(url).then(() => (this.receive = globalThis.self.onmessage));
   }
   async postMessage(data) {
+    // A worker completes addresses by that of its script, which is in another folder: a page sends whole ones.
+    assert.ok(new URL(data).href === data, data);
     await this.loaded;
     StandInWorker.done = this.receive({ data });
   }
@@ -74,7 +76,7 @@ class ImageDataOfPage {
 const fetchOfNode = fetch;
 const printed = [];
 Object.assign(globalThis, {
-  document: { querySelector: () => canvas },
+  document: { querySelector: () => canvas, baseURI: server.url("") },
   Worker: StandInWorker,
   ImageData: ImageDataOfPage,
   fetch: (address, options) => fetchOfNode(new URL(address, server.url("")), options),
@@ -121,9 +123,8 @@ const npm = (project, ...words) => project.run("npm", "--offline", "--no-update-
 function install(words) {
   npm(consumer, "pack", "./build/wasm/package");
   const project = new Consumer({ empty: true });
-  for (const name of readdirSync(consumer.folder).filter((name) => name.endsWith(".tgz")))
-    symlinkSync(`${consumer.folder}/${name}`, `${project.folder}/${name}`);
-  npm(project, ...words);
+  // The page has the sources beside the project.
+  npm(project, ...words.map((word) => word.replace("../tesk", consumer.folder)));
   project.write("program.mjs", `import { loadEncoder } from "tesk/encoder"; console.log(typeof (await loadEncoder()).encode);`);
   assert.equal(project.run("node", "program.mjs"), "function\n");
   project.remove();
